@@ -1,0 +1,81 @@
+#include "framework/index.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace switchmib {
+namespace {
+
+constexpr int kFixedString = 0;
+constexpr int kCountedString = 14;
+constexpr int kMaxNameLength = 128;
+constexpr std::size_t kSlots = 3;  // of a kind in the host's conversion table
+
+// A size that the host read out of a request: a hostile count is as good as one sub-identifier too many.
+int bounded(int size) { return size < 0 || size > kMaxNameLength ? kMaxNameLength + 1 : size; }
+
+void to_field(const KeyShape::Field& field, const oid* first, int count, void* key) {
+    unsigned char* octets = static_cast<unsigned char*>(key) + field.offset;
+    if (field.kind == kFixedString) {
+        for (int i = 0; i < std::min<int>(count, field.octets); ++i) octets[i] = static_cast<unsigned char>(first[i]);
+        return;
+    }
+    auto* convert = reinterpret_cast<uib_to_field*>(uib_oid_convert[kSlots * field.kind]);
+    CountedString string{0, field.octets, octets};
+    convert(first, count, field.kind == kCountedString ? static_cast<void*>(&string) : octets);
+}
+
+// Returns the number of sub-identifiers, which stand at `out` then; `room` at the most.
+int to_oid(const KeyShape::Field& field, oid* out, int room, const void* key) {
+    const unsigned char* octets = static_cast<const unsigned char*>(key) + field.offset;
+    CountedString string{field.octets, field.octets, const_cast<unsigned char*>(octets)};
+    const void* source = field.kind == kCountedString ? static_cast<const void*>(&string) : octets;
+    const int count = uib_snmp_set_oid_size(out, field.kind, source);
+    if (count < 0 || count > room) return 0;
+    if (field.kind == kFixedString)
+        for (int i = 0; i < count; ++i) out[i] = i < field.octets ? octets[i] : 0;
+    else
+        reinterpret_cast<uib_to_oid*>(uib_oid_convert[kSlots * field.kind + 1])(out, source, count);
+    return count;
+}
+
+}  // namespace
+
+int parse_index(const oid* prefix, std::size_t prefix_length, const oid* name, std::size_t* name_length,
+                const KeyShape& shape, void* key, int exact) {
+    if (*name_length == prefix_length) return 0;
+
+    const oid* index = name + prefix_length;
+    const int given = static_cast<int>(*name_length) - static_cast<int>(prefix_length);
+    int sizes[KeyShape::kMaxFields];
+    int end = 0;
+    for (int i = 0; i < shape.count; ++i) {
+        sizes[i] = end < given ? bounded(uib_snmp_get_oid_size(index + end, shape.fields[i].kind)) : 0;
+        end += sizes[i];
+    }
+
+    if (exact) {
+        if (given != end) return -1;
+    } else if (given < 1 || snmp_oid_compare(name, *name_length, prefix, prefix_length) < 0) {
+        *name_length = prefix_length;
+        return 0;
+    }
+
+    for (int i = 0, at = 0; i < shape.count && at < given; at += sizes[i++]) {
+        const KeyShape::Field& field = shape.fields[i];
+        if (field.kind == kCountedString && index[at] != field.octets) return -1;
+        to_field(field, index + at, std::min(given - at, sizes[i]), key);
+    }
+    return 0;
+}
+
+void build_name(const oid* prefix, std::size_t prefix_length, oid* name, std::size_t* name_length,
+                const KeyShape& shape, const void* key) {
+    std::memcpy(name, prefix, prefix_length * sizeof(oid));
+    int length = static_cast<int>(prefix_length);
+    for (int i = 0; i < shape.count; ++i)
+        length += to_oid(shape.fields[i], name + length, kMaxNameLength - length, key);
+    *name_length = static_cast<std::size_t>(length);
+}
+
+}  // namespace switchmib

@@ -1,0 +1,142 @@
+// A module's exports and its registration.
+//
+// in front of everything, the module's OID:          MODULE(interfaces, kMib2, 2);
+// in front of a table, its entry OID in the module:  TABLE(interfaces, IFTABLE, 2, 1);
+// behind everything, the objects that it registers:  MODULE_INIT(interfaces, interfaces_snmp_init,
+//                                                                "user/interfaces_snmp", 23, scalars, ifTable);
+#pragma once
+
+#include "framework/host.h"
+#include "framework/read.h"
+#include "framework/table.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <type_traits>
+
+#ifndef SWITCHMIB_VENDOR_ENTERPRISE
+#define SWITCHMIB_VENDOR_ENTERPRISE 32473
+#endif
+#ifndef SWITCHMIB_SECOND_ENTERPRISE
+#define SWITCHMIB_SECOND_ENTERPRISE 32473
+#endif
+
+namespace switchmib {
+
+// An exported array of sub-identifiers; to whoever looks it up a plain `oid name[length]`.
+template <std::size_t length>
+struct OidArray {
+    oid ids[length];
+};
+
+template <std::size_t length, class... Ids>
+constexpr auto join(const OidArray<length>& prefix, Ids... ids) {
+    OidArray<length + sizeof...(Ids)> joined{};
+    std::size_t at = 0;
+    for (const oid id : prefix.ids) joined.ids[at++] = id;
+    ((joined.ids[at++] = static_cast<oid>(ids)), ...);
+    return joined;
+}
+
+inline constexpr OidArray<6> kMib2{{1, 3, 6, 1, 2, 1}};
+inline constexpr OidArray<7> kIeee8021{{1, 3, 111, 2, 802, 1, 1}};
+inline constexpr OidArray<7> kVendor{{1, 3, 6, 1, 4, 1, SWITCHMIB_VENDOR_ENTERPRISE}};
+inline constexpr OidArray<7> kSecondVendor{{1, 3, 6, 1, 4, 1, SWITCHMIB_SECOND_ENTERPRISE}};
+
+// An exported array with one element for each object of a module; to whoever looks it up a plain `Element name[size]`.
+template <class Element, std::size_t size>
+struct PerObject {
+    Element elements[size];
+};
+
+template <const auto&... groups>
+inline constexpr std::size_t object_count = (groups.objects().size() + ...);
+
+template <const auto&... groups>
+consteval auto make_variables() {
+    PerObject<VariableEntry, object_count<groups...>> variables{};
+    VariableEntry* entry = variables.elements;
+    const auto add = [&entry]<const auto & group>() {
+        std::uint8_t magic = 0;
+        for (const auto& object : group.objects()) {
+            entry->magic = ++magic;
+            entry->type = object.type;
+            entry->acl = object.access;
+            entry->findVar = read_method<group>();
+            group.for_each_sub_id(object, [entry](oid id) { entry->name[entry->namelen++] = id; });
+            ++entry;
+        }
+    };
+    (add.template operator()<groups>(), ...);
+    return variables;
+}
+
+template <const auto&... groups>
+consteval auto make_names() {
+    PerObject<const char*, object_count<groups...>> names{};
+    const char** name = names.elements;
+    const auto add = [&name](const auto& group) {
+        for (const auto& object : group.objects()) *name++ = object.name;
+    };
+    (add(groups), ...);
+    return names;
+}
+
+// What a module hands to the agent.
+struct Registration {
+    const char* descr;
+    const VariableEntry* variables;
+    std::size_t entries;
+    const oid* module_oid;
+    std::size_t module_oid_length;
+};
+
+// Registers a module. When the agent refuses and debugging is on, says so in two debug lines.
+void register_module(const Registration& module, const char* init, const char* source, int line);
+
+}  // namespace switchmib
+
+#define SWITCHMIB_EXPORT extern "C" __attribute__((visibility("default")))
+
+// Defines and exports a constant of the type of its value.
+#define SWITCHMIB_EXPORT_CONST(name, ...)                                   \
+    SWITCHMIB_EXPORT const std::remove_cvref_t<decltype(__VA_ARGS__)> name; \
+    constinit const std::remove_cvref_t<decltype(__VA_ARGS__)> name = __VA_ARGS__
+
+// Exports `<module>_oid` and `<module>_oid_length`: a root arc and the sub-identifiers below it.
+#define MODULE(module, root, ...)                                        \
+    constexpr auto module##_root = ::switchmib::join(root, __VA_ARGS__); \
+    SWITCHMIB_EXPORT_CONST(module##_oid, module##_root);                 \
+    SWITCHMIB_EXPORT_CONST(module##_oid_length, std::size(module##_root.ids))
+
+// Exports `<TABLE>_oid`, the table's entry OID and a column slot, and names it TABLE for its writers and its data.
+#define TABLE(module, TABLE_NAME, ...)                                                                        \
+    SWITCHMIB_EXPORT decltype(::switchmib::join(module##_root, __VA_ARGS__, 0)) TABLE_NAME##_oid;             \
+    constinit decltype(TABLE_NAME##_oid) TABLE_NAME##_oid = ::switchmib::join(module##_root, __VA_ARGS__, 0); \
+    constexpr ::switchmib::TableId TABLE_NAME { {__VA_ARGS__}, TABLE_NAME##_oid.ids, std::size(TABLE_NAME##_oid.ids) }
+
+#ifdef SWITCHMIB_NO_NAMES
+#define SWITCHMIB_NAMES(module, ...) static_assert(true)
+#else
+#define SWITCHMIB_NAMES(module, ...) SWITCHMIB_EXPORT_CONST(module##_names, ::switchmib::make_names<__VA_ARGS__>())
+#endif
+
+// Exports `<module>_variables`, `<module>_variables_count` and `<module>_names`: the objects of the groups named.
+#define VARIABLES(module, entries, ...)                                                                            \
+    static_assert(::switchmib::object_count<__VA_ARGS__> == entries, "another number of objects than registered"); \
+    SWITCHMIB_EXPORT_CONST(module##_variables, ::switchmib::make_variables<__VA_ARGS__>());                        \
+    SWITCHMIB_EXPORT_CONST(module##_variables_count, std::size_t{entries});                                        \
+    SWITCHMIB_NAMES(module, __VA_ARGS__)
+
+// Hands a module to the agent, in an init function named `init`.
+#define REGISTER(module, init, source)                                                                           \
+    ::switchmib::register_module(                                                                                \
+        {#module, module##_variables.elements, module##_variables_count, module##_oid.ids, module##_oid_length}, \
+        #init, source, __LINE__)
+
+// The end of an ordinary module: its variables, and the exported init function that registers them.
+#define MODULE_INIT(module, init, source, entries, ...)              \
+    VARIABLES(module, entries, __VA_ARGS__);                         \
+    SWITCHMIB_EXPORT void init() { REGISTER(module, init, source); } \
+    static_assert(true)

@@ -1,0 +1,71 @@
+#include "framework/write.h"
+
+#include <cstring>
+
+namespace switchmib {
+
+Error configure(Mode mode, const char* command, const char* caller, int line) {
+    return uib_sh_config_request(mode, command, caller, line) == 0 ? noError : genErr;
+}
+
+Error enter_intf(std::uint32_t ifindex, int line) {
+    InterfaceName name;
+    if_utl_ifindex_to_ifname(ifindex, name.text);
+    return configure(global_mode, Command("interface %s", name.text), "_enter_intf", line);
+}
+
+std::uint32_t port_info(std::uint32_t ifindex, int item, int line) {
+    std::uint32_t value = 0;
+    std::size_t length = 0;
+    uib_sh_show_request(2, Command("show swport type-medium %d", static_cast<int>(ifindex)), &value, sizeof value,
+                        &length, nullptr, 0, item, 1, 0, "_get_port_info", line);
+    return value;
+}
+
+Error Set::integer(std::int32_t& number) const {
+    TRY(type(Integer));
+    TRY(length(sizeof number));
+    std::memcpy(&number, value, sizeof number);
+    return noError;
+}
+
+Error Set::unsigned32(std::uint32_t& number) const {
+    TRY(type(Unsigned32));
+    TRY(length(sizeof number));
+    std::memcpy(&number, value, sizeof number);
+    return noError;
+}
+
+Error Set::column(const TableId& table) const {
+    if (name_length < table.length) return noSuchName;
+    table.oids[table.length - 1] = name[table.length - 1];
+    return noError;
+}
+
+Error Set::row(const TableId& table, const KeyShape& shape, void* key) const {
+    TRY(column(table));
+    std::size_t given = name_length;
+    return parse_index(table.oids, table.length, name, &given, shape, key, 1) < 0 ? noSuchName : noError;
+}
+
+Error Set::interface_name(std::uint32_t ifindex, InterfaceName& name) {
+    return if_utl_ifindex_to_ifname(ifindex, name.text) < 0 ? genErr : noError;
+}
+
+Error Set::enter(const InterfaceName& interface, int line) const {
+    return global(Command("interface %s", interface.text), line);
+}
+
+Error refuse(const Refusal& refusal, const Set& set) {
+    TRY(set.type(refusal.type));
+    if (refusal.length != kAnyLength) TRY(set.length(static_cast<std::size_t>(refusal.length)));
+    if (refusal.table != nullptr) TRY(set.column(*refusal.table));
+    if (refusal.low != INT_MIN || refusal.high != INT_MAX) {
+        std::int32_t number;
+        std::memcpy(&number, set.value, sizeof number);
+        TRY(Set::range(number, refusal.low, refusal.high));
+    }
+    return set.acting() ? genErr : noError;
+}
+
+}  // namespace switchmib

@@ -1,0 +1,132 @@
+// The write path. A writer is a function of one Set, `Error write_<object>(Set& set)`: the checks in its order, then
+// in the ACTION phase the configuration lines. WRITER makes the write method of it that its column hands out.
+#pragma once
+
+#include "framework/command.h"
+#include "framework/host.h"
+#include "framework/index.h"
+#include "framework/snmp.h"
+#include "framework/table.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstddef>
+#include <cstdint>
+
+// Ends the writer with the error of a step that failed.
+#define TRY(step)                                                                                       \
+    do {                                                                                                \
+        if (const ::switchmib::Error failed_ = (step); failed_ != ::switchmib::noError) return failed_; \
+    } while (false)
+
+namespace switchmib {
+
+// An interface's command-line name: at most 21 octets, empty until it is known.
+struct InterfaceName {
+    char text[22] = {};
+};
+
+// Sends one configuration line; `caller` and `line` are for the host's diagnostics. genErr when it is refused.
+enum Mode : int { global_mode = 5, sub_mode = -1, executive_mode = 4 };
+Error configure(Mode mode, const char* command, const char* caller, int line);
+
+// Enters an interface for writers that leave an unknown ifIndex to the backend: the name is sent as it comes, an empty
+// one too.
+Error enter_intf(std::uint32_t ifindex, int line = __builtin_LINE());
+
+// What a port is: item 1 its type flags, item 2 its active medium. A refused lookup counts as what its cell holds, 0.
+std::uint32_t port_info(std::uint32_t ifindex, int item, int line = __builtin_LINE());
+inline constexpr int kPortType = 1;
+inline constexpr int kPortMedium = 2;
+inline constexpr std::uint32_t kComboPort = 2;  // two media; commands name the medium
+inline constexpr std::uint32_t kCopper = 1;
+inline constexpr std::uint32_t kFiber = 2;
+
+// One phase of a SET of one varbind. Checks answer the error of their refusal.
+class Set {
+public:
+    int phase;
+    const unsigned char* value;
+    std::uint8_t type_given;
+    std::size_t length_given;
+    const unsigned char* current;  // the row's current value, null when it has none
+    const oid* name;
+    std::size_t name_length;
+    const char* caller;  // the write method's name
+
+    // The only phase that configures anything.
+    bool acting() const { return phase == action; }
+
+    Error type(Asn expected) const { return type_given == expected ? noError : wrongType; }
+    Error length(std::size_t expected) const { return length_given == expected ? noError : wrongLength; }
+
+    // The varbind as a number of 4 octets.
+    Error integer(std::int32_t& number) const;
+    Error unsigned32(std::uint32_t& number) const;
+
+    // The request's OID reaches into the table's columns; its column goes into the table's exported slot, which stays
+    // patched after the call on purpose: the codec compares against it.
+    Error column(const TableId& table) const;
+    // That, and the index parsed exactly.
+    template <class Key>
+    Error row(const TableId& table, Key& key) const {
+        key = {};
+        return row(table, shape_of<Key>, &key);
+    }
+
+    static Error range(std::int32_t number, std::int32_t low, std::int32_t high) {
+        return number >= low && number <= high ? noError : wrongValue;
+    }
+    static Error row_status(std::int32_t number) { return range(number, active, destroy); }
+    static Error interface_name(std::uint32_t ifindex, InterfaceName& name);
+
+    // One configuration line: from global mode, in the mode that the line before entered, or from executive mode.
+    // Written `set.global("no shutdown")` or `set.global({"interface vlan%d", vid})`.
+    Error global(const char* text, int line = __builtin_LINE()) const {
+        return configure(global_mode, text, caller, line);
+    }
+    Error sub(const char* text, int line = __builtin_LINE()) const { return configure(sub_mode, text, caller, line); }
+    Error global(const Command& text, int line = __builtin_LINE()) const { return global(text.c_str(), line); }
+    Error sub(const Command& text, int line = __builtin_LINE()) const { return sub(text.c_str(), line); }
+    // "interface <name>".
+    Error enter(const InterfaceName& interface, int line = __builtin_LINE()) const;
+
+private:
+    Error row(const TableId& table, const KeyShape& shape, void* key) const;
+};
+
+// A text as a template argument.
+template <std::size_t size>
+struct FixedString {
+    char text[size];
+    constexpr FixedString(const char (&literal)[size]) { std::copy_n(literal, size, text); }
+};
+
+template <Error (*write)(Set&), FixedString caller>
+consteval Writer make_writer() {
+    return {[](int phase, unsigned char* value, unsigned char type, std::size_t length, unsigned char* state, oid* name,
+               std::size_t name_length) -> int {
+        Set set{phase, value, type, length, state, name, name_length, caller.text};
+        return write(set);
+    }};
+}
+#define WRITER(function) ::switchmib::make_writer<function, #function>()
+
+// A column that can be written as far as its checks, and is refused in ACTION. Its index is not parsed.
+inline constexpr int kAnyLength = -1;
+struct Refusal {
+    Asn type = Integer;
+    int length = 4;
+    const TableId* table = nullptr;  // whose columns the OID must reach; none for a scalar
+    std::int32_t low = INT_MIN;
+    std::int32_t high = INT_MAX;
+};
+Error refuse(const Refusal& refusal, const Set& set);
+
+template <Refusal refusal>
+inline constexpr Writer refusing{[](int phase, unsigned char* value, unsigned char type, std::size_t length,
+                                    unsigned char* state, oid* name, std::size_t name_length) -> int {
+    return refuse(refusal, {phase, value, type, length, state, name, name_length, ""});
+}};
+
+}  // namespace switchmib

@@ -1,0 +1,55 @@
+// VLAN interfaces: the routed interface of a VLAN, listed, created and deleted.
+#include "framework/module.h"
+#include "framework/write.h"
+
+namespace switchmib::pellamVlanInterfaceMIB {
+
+MODULE(pellamVlanInterfaceMIB, kVendor, 10, 1, 100, 3, 4);
+
+constexpr std::uint32_t kVlanIfIndexBase = 1024;
+
+struct VlanKey {
+    std::uint32_t vid;
+    static constexpr Kind index[] = {Kind::integer};
+};
+
+// --- nVlanInterfaceTable ---------------------------------------------------------------------------------------------
+
+TABLE(pellamVlanInterfaceMIB, NVLANINTERFACETABLE, 1, 1, 1);
+
+Error write_nVlanInterfaceRowStatus(Set& set) {
+    std::int32_t status;
+    VlanKey row;
+    TRY(set.integer(status));
+    TRY(set.row(NVLANINTERFACETABLE, row));
+    TRY(set.row_status(status));
+    if (!set.acting()) return noError;
+    switch (status) {
+        case createAndGo: return set.global({"interface vlan%d", row.vid});
+        case destroy: return set.global({"no interface vlan%d", row.vid});
+        default: return noError;
+    }
+}
+
+constexpr Table<VlanKey> nVlanInterfaceTable{
+    .name = "nVlanInterfaceTable",
+    .id = NVLANINTERFACETABLE,
+    // The backend addresses a VLAN interface by its interface index; the key stays the VLAN id.
+    .command =
+        [](const VlanKey& row) {
+            return row.vid == 0 ? Command("show vlan-interface")
+                                : Command("show vlan-interface %d", row.vid + kVlanIfIndexBase);
+        },
+    .columns =
+        {
+            {1, "nVlanInterfaceVid", Gauge32, ReadOnly},
+            {2, "nVlanInterfaceIfIndex", Integer, ReadOnly},
+            {3, "nVlanInterfaceName", OctetString, ReadOnly},
+            {4, "nVlanInterfaceRowStatus", Integer, ReadWrite, WRITER(write_nVlanInterfaceRowStatus)},
+        },
+};
+
+MODULE_INIT(pellamVlanInterfaceMIB, pellamVlanInterfaceMIB_snmp_init, "user/pellamVlanInterfaceMIB_snmp", 4,
+            nVlanInterfaceTable);
+
+}  // namespace switchmib::pellamVlanInterfaceMIB
