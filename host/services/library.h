@@ -1,0 +1,31 @@
+// Loads the module library as an agent does: dlopen, then every exported `<module>_snmp_init` once, found by its name.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace services {
+
+class Library {
+public:
+    // Throws std::runtime_error with a message that names the file when it cannot be loaded or exports no init function.
+    explicit Library(const std::string& path);
+    ~Library();
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+
+    const std::string& path() const { return path_; }
+    // Names of every symbol that the file exports, sorted (from its dynamic symbol table).
+    const std::vector<std::string>& exports() const { return exports_; }
+    // Calls every `*_snmp_init`, in the order of their names. Registrations appear in services().registrations.
+    void initialise();
+    // Address of an exported symbol, null when there is none.
+    void* symbol(const std::string& name) const;
+
+private:
+    std::string path_;
+    void* handle_ = nullptr;
+    std::vector<std::string> exports_;
+};
+
+}  // namespace services
