@@ -1,0 +1,38 @@
+// A switch without hardware: 24 copper ports (the last four combo), 2 fiber ports, VLAN interfaces, and traffic counters
+// that move with time. It answers show requests from its tables, and configuration lines change what they say.
+#pragma once
+
+#include "services/services.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace sw {
+
+struct Options {
+    // Time since the switch started, never falling. None: real time, of a switch that had been running for 12 days
+    // when it was constructed.
+    std::function<std::chrono::milliseconds()> clock;
+    // Takes a line for every request that was refused, with the reason; a row that does not exist is no refusal. Control
+    // characters are escaped. None: the lines are dropped.
+    std::function<void(const std::string&)> log;
+};
+
+class SimulatedSwitch : public services::Backend {
+public:
+    explicit SimulatedSwitch(Options options = {});
+    ~SimulatedSwitch() override;
+
+    bool show(services::ShowRequest& request) override;
+    bool configure(const services::ConfigRequest& request) override;
+    std::optional<std::string> interface_name(std::uint32_t ifindex) override;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}  // namespace sw

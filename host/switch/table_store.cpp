@@ -1,0 +1,205 @@
+#include "switch/table_store.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <stdexcept>
+
+namespace sw {
+namespace {
+
+constexpr int kFixedString = 0;
+constexpr int kCountedString = 14;
+constexpr std::size_t kMaxSubIds = 128;
+
+struct Extent {
+    std::size_t octets;
+    std::size_t alignment;
+};
+
+// The place that a field takes in a key record.
+Extent extent_of(const Field& field) {
+    switch (field.kind) {
+        case kFixedString:
+        case kCountedString: return {field.octets, 1};
+        case 2:
+        case 8: return {sizeof(std::uint32_t), alignof(std::uint32_t)};
+        case 6: return {6, 1};
+        case 7: return {sizeof(InetText), alignof(InetText)};
+        case 10: return {sizeof(InetAddress), alignof(InetAddress)};
+        case 11: return {sizeof(InetPrefix), alignof(InetPrefix)};
+        case 12: return {sizeof(InetPairOnInterface), alignof(InetPairOnInterface)};
+        case 13: return {2 * sizeof(InetAddress), alignof(InetAddress)};
+        default: throw std::invalid_argument(fmt::format("index kind {} has no place in a key", field.kind));
+    }
+}
+
+std::size_t align(std::size_t offset, std::size_t alignment) {
+    return (offset + alignment - 1) / alignment * alignment;
+}
+
+template <class Convert>
+Convert* converter(int slot) {
+    return reinterpret_cast<Convert*>(uib_oid_convert[slot]);
+}
+
+template <class Number>
+Value octets_of(const Number& number) {
+    return Value(reinterpret_cast<const char*>(&number), sizeof number);
+}
+
+}  // namespace
+
+KeyLayout::KeyLayout(std::initializer_list<Field> fields, std::size_t size) {
+    std::size_t alignment = 1;
+    for (const Field& field : fields) {
+        const Extent extent = extent_of(field);
+        alignment = std::max(alignment, extent.alignment);
+        fields_.push_back({field, align(size_, extent.alignment)});
+        size_ = fields_.back().offset + extent.octets;
+    }
+    size_ = std::max(align(size_, alignment), size);
+    clear_ = encode(std::vector<unsigned char>(size_).data());
+}
+
+Index KeyLayout::encode(const void* key) const {
+    std::array<oid, kMaxSubIds> ids{};
+    std::size_t count = 0;
+    for (const auto& [field, offset] : fields_) {
+        const auto* octets = static_cast<const unsigned char*>(key) + offset;
+        if (field.kind == kFixedString) {
+            if (count + field.octets > kMaxSubIds) break;
+            std::copy_n(octets, field.octets, ids.begin() + count);
+            count += field.octets;
+            continue;
+        }
+        const auto length = static_cast<std::uint32_t>(field.octets);
+        // The descriptor points into the record, which is only read here.
+        const CountedString string{length, length, const_cast<unsigned char*>(octets)};
+        const void* source = field.kind == kCountedString ? static_cast<const void*>(&string) : octets;
+        const int needed = uib_snmp_set_oid_size(ids.data() + count, field.kind, source);
+        if (needed < 0 || count + static_cast<std::size_t>(needed) > kMaxSubIds) break;
+        converter<uib_to_oid>(3 * field.kind + 1)(ids.data() + count, source, needed);
+        count += static_cast<std::size_t>(needed);
+    }
+    return {ids.begin(), ids.begin() + static_cast<std::ptrdiff_t>(count)};
+}
+
+void KeyLayout::decode(const Index& index, void* key) const {
+    std::array<oid, kMaxSubIds + 8> ids{};
+    const std::size_t count = std::min(index.size(), kMaxSubIds);
+    std::copy_n(index.begin(), count, ids.begin());
+    std::memset(key, 0, size_);
+    std::size_t at = 0;
+    for (const auto& [field, offset] : fields_) {
+        auto* octets = static_cast<unsigned char*>(key) + offset;
+        if (field.kind == kFixedString) {
+            if (at + field.octets > count) return;
+            for (std::size_t i = 0; i < field.octets; ++i) octets[i] = static_cast<unsigned char>(ids[at + i]);
+            at += field.octets;
+            continue;
+        }
+        CountedString string{0, static_cast<std::uint32_t>(field.octets), octets};
+        void* target = field.kind == kCountedString ? static_cast<void*>(&string) : octets;
+        const int size = uib_snmp_get_oid_size(ids.data() + at, field.kind);
+        if (size < 0 || at + static_cast<std::size_t>(size) > count) return;
+        converter<uib_to_field>(3 * field.kind)(ids.data() + at, size, target);
+        at += static_cast<std::size_t>(size);
+    }
+}
+
+Value number(std::uint32_t value) { return octets_of(value); }
+
+Value counter64(std::uint64_t value) { return octets_of(value); }
+
+Value object_id(const Index& ids) { return Value(reinterpret_cast<const char*>(ids.data()), ids.size() * sizeof(oid)); }
+
+void TableStore::add(Table table) {
+    std::string name = table.name;
+    Pattern first(table.first), keyed(table.keyed);
+    tables_.insert_or_assign(std::move(name), Entry{std::move(table), std::move(first), std::move(keyed)});
+}
+
+void TableStore::add(const std::string& group, std::vector<Scalar> scalars) { groups_[group] = std::move(scalars); }
+
+bool TableStore::show(services::ShowRequest& request) const {
+    std::string refusal;
+    std::optional<Answer> answer;
+    const auto table = tables_.find(request.name);
+    const auto group = groups_.find(request.name);
+    if (table != tables_.end())
+        answer = find(table->second, request, refusal);
+    else if (group != groups_.end())
+        answer = find(group->second, request, refusal);
+    else
+        refusal = "there is no such table";
+    if (answer && answer->value.size() > static_cast<std::size_t>(std::max(request.result_size, 0)))
+        refusal = fmt::format("the result has {} octets, and there is room for {}", answer->value.size(),
+                              request.result_size);
+    if (!refusal.empty()) {
+        if (log_)
+            log_(fmt::format("refused show '{}' for column {} of {}: {}", escape(request.command), request.magic,
+                             escape(request.name), refusal));
+        return false;
+    }
+    if (!answer) return false;
+    std::copy(answer->value.begin(), answer->value.end(), static_cast<char*>(request.result));
+    *request.value_length = answer->value.size();
+    if (!request.exact && request.key != nullptr && table != tables_.end())
+        table->second.table.key.decode(answer->index, request.key);
+    return true;
+}
+
+std::optional<Answer> TableStore::find(const Entry& entry, const services::ShowRequest& request, std::string& refusal) {
+    const Table& table = entry.table;
+    const std::vector<int>& magics = table.rows.magics;
+    if (std::find(magics.begin(), magics.end(), request.magic) == magics.end()) {
+        refusal = "there is no such column";
+        return {};
+    }
+    const std::size_t key_size = request.key != nullptr ? static_cast<std::size_t>(std::max(request.key_size, 0)) : 0;
+    if (key_size != table.key.size()) {
+        refusal = fmt::format("its key has {} octets instead of {}", key_size, table.key.size());
+        return {};
+    }
+
+    const bool has_key = key_size != 0;
+    Index index = has_key ? table.key.encode(request.key) : Index();
+    const bool clear = has_key && index == table.key.clear();
+    const bool first = clear && !table.first.empty();
+    const Pattern& pattern = first ? entry.first : entry.keyed;
+    const Pattern::Match match = pattern.match(request.command);
+    if (!match.whole) {
+        refusal = fmt::format("expected '{}'", pattern.text());
+        return {};
+    }
+    Index said;
+    for (const Argument& argument : match.arguments) said.push_back(argument.number);
+    if (!has_key) {
+        index = std::move(said);
+    } else if (!first && said != table.arguments(index)) {
+        refusal = fmt::format("its key names row {}", fmt::join(index, "."));
+        return {};
+    }
+
+    // A clear key sorts before every row, so the row behind it is the first one. (A row whose index is all zeros could
+    // not be told from it; a walk passes over such a one, as it would never come past it.)
+    const bool exact = request.exact && !(clear && table.clear_key_is_first_row);
+    return exact ? table.rows.at(request.magic, index) : table.rows.behind(request.magic, index);
+}
+
+std::optional<Answer> TableStore::find(const std::vector<Scalar>& scalars, const services::ShowRequest& request,
+                                       std::string& refusal) {
+    for (const Scalar& scalar : scalars) {
+        if (scalar.magic != request.magic) continue;
+        if (request.command == scalar.command) return Answer{{}, scalar.value()};
+        refusal = fmt::format("expected '{}'", scalar.command);
+        return {};
+    }
+    refusal = "there is no such object";
+    return {};
+}
+
+}  // namespace sw
