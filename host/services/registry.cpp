@@ -3,7 +3,9 @@
 #include "services/library.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
+#include <functional>
 
 namespace services {
 namespace {
@@ -16,6 +18,13 @@ bool is_under(const Oid& oid, const VariableEntry& entry) {
 
 bool before(const Object& a, const Object& b) {
     return snmp_oid_compare(a.entry.name, a.entry.namelen, b.entry.name, b.entry.namelen) < 0;
+}
+
+// Letter case apart: tables are exported in upper case.
+auto is_called(std::string_view name) {
+    return [name](const std::pair<std::string, Oid>& root) {
+        return std::ranges::equal(root.first, name, {}, ::tolower, ::tolower);
+    };
 }
 
 }  // namespace
@@ -37,6 +46,22 @@ Registry::Registry(const std::vector<Registration>& registrations, const Library
         roots_.emplace_back(module.descr, module.module_oid);
     }
     std::ranges::stable_sort(objects_, before);
+    if (library != nullptr) add_tables(*library);
+}
+
+// A table's exported array is its entry's OID and a column slot: the longest one above a registered object.
+void Registry::add_tables(const Library& library) {
+    for (const std::string& symbol : library.exports()) {
+        if (!symbol.ends_with("TABLE_oid")) continue;
+        const auto* ids = static_cast<const ::oid*>(library.symbol(symbol));
+        std::size_t entry = 0;
+        for (const Object& object : objects_) {
+            const std::size_t length = object.entry.namelen - 1u;
+            if (length > entry && std::equal(object.entry.name, object.entry.name + length, ids, std::equal_to<>()))
+                entry = length;
+        }
+        if (entry > 1) roots_.emplace_back(symbol.substr(0, symbol.size() - 4), Oid(ids, ids + entry - 1));
+    }
 }
 
 std::size_t Registry::behind(const Oid& oid) const {
@@ -60,8 +85,7 @@ std::optional<Oid> Registry::parse(std::string_view text) const {
     Oid oid;
     if (const auto object = std::ranges::find(objects_, name, &Object::name); object != objects_.end())
         oid = object->oid();
-    else if (const auto root = std::ranges::find(roots_, name, &std::pair<std::string, Oid>::first);
-             root != roots_.end())
+    else if (const auto root = std::ranges::find_if(roots_, is_called(name)); root != roots_.end())
         oid = root->second;
     else
         return std::nullopt;

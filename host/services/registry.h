@@ -38,21 +38,22 @@ public:
     // The object under which an OID lies, null when nothing is registered there.
     const Object* find(const Oid& oid) const;
 
-    // "1.3.6.1.2.1.2.2.1.2.5", ".1.3...", "ifDescr.5", "ifDescr". A bare module name ("interfaces") is its root.
-    // None when a name is unknown or a number malformed.
+    // "1.3.6.1.2.1.2.2.1.2.5", ".1.3...", "ifDescr.5", "ifDescr". Modules ("interfaces") and tables ("ifTable", in any
+    // letter case) are their roots. None when a name is unknown or a number malformed.
     std::optional<Oid> parse(std::string_view text) const;
     // "ifDescr.5" where the OID lies under a registered object, else the plain numbers.
     std::string format(const Oid& oid) const;
 
 private:
     Registry(const std::vector<Registration>& registrations, const Library* library);
+    void add_tables(const Library& library);
 
     std::vector<Object> objects_;
     std::vector<std::pair<std::string, Oid>> roots_;
     std::size_t modules_ = 0;
 };
 
-std::string to_string(const Oid& oid);               // "1.3.6.1"
+std::string to_string(const Oid& oid);                       // "1.3.6.1"
 std::optional<Oid> oid_from_numbers(std::string_view text);  // "1.3.6.1" or ".1.3.6.1"; none when malformed
 
 }  // namespace services

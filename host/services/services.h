@@ -78,7 +78,7 @@ struct Services {
     Backend* backend = nullptr;  // none: every show and configuration request is refused
     Context context;
     std::vector<Registration> registrations;
-    std::function<void(const LogLine&)> log;            // none: lines are dropped
+    std::function<void(const LogLine&)> log;                // none: lines are dropped
     std::function<bool(const Registration&)> may_register;  // none: every registration is taken
 };
 

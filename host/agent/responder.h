@@ -1,0 +1,62 @@
+// SNMP's operations on top of the engine: from a datagram to the datagram that answers it.
+#pragma once
+
+#include "agent/engine.h"
+#include "agent/message.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+
+namespace agent {
+
+struct ResponderOptions {
+    std::string community = "public";            // reads
+    std::optional<std::string> write_community;  // reads and writes; none: nobody writes
+    std::size_t max_response = 65507;            // octets of a response
+};
+
+// Datagrams since the start. Every received one is counted once more: as answered or under what it was dropped for.
+struct Counters {
+    std::uint64_t received = 0;
+    std::uint64_t answered = 0;
+    std::uint64_t malformed = 0;
+    std::uint64_t unsupported_version = 0;
+    std::uint64_t unsupported_pdu = 0;
+    std::uint64_t wrong_community = 0;
+    std::uint64_t unanswerable = 0;  // not even an error fits a response
+};
+
+class Responder {
+public:
+    Responder(Engine& engine, ResponderOptions options) : engine_(engine), options_(std::move(options)) {}
+
+    // The response, none when the datagram is dropped. Never throws for what a datagram holds.
+    std::optional<ber::Octets> respond(std::span<const std::uint8_t> datagram);
+
+    const Counters& counters() const { return counters_; }
+
+    // Told of every request before it is carried out and of its response afterwards (`pdu` tells them apart).
+    std::function<void(const Message&)> on_message;
+    // Told why a datagram is dropped.
+    std::function<void(const std::string&)> on_dropped;
+
+private:
+    class Response;
+
+    Message answer(const Message& request, bool may_write);
+    Message get(const Message& request);
+    Message get_next(const Message& request);
+    Message get_bulk(const Message& request);
+    Message set(const Message& request, bool may_write);
+
+    Engine& engine_;
+    ResponderOptions options_;
+    Counters counters_;
+};
+
+}  // namespace agent

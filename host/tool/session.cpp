@@ -1,0 +1,39 @@
+#include "tool/session.h"
+
+#include "services/services.h"
+
+#include <fmt/format.h>
+
+#include <array>
+#include <filesystem>
+
+namespace tool {
+namespace {
+
+services::Registry register_all(services::Library& library) {
+    library.initialise();
+    return {services::services().registrations, library};
+}
+
+}  // namespace
+
+std::string default_library() {
+    constexpr const char* kName = "libswitchmib.so";
+    std::error_code error;
+    const auto here = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    if (!error)
+        for (const auto& candidate : std::array{here / kName, here / ".." / "lib" / kName})
+            if (std::filesystem::exists(candidate, error)) return candidate.lexically_normal();
+    return kName;
+}
+
+Session::Session(const std::string& library_path) : library_(library_path), registry_(register_all(library_)) {}
+
+std::string Session::summary() const {
+    const auto count = [](std::size_t number, const char* noun) {
+        return fmt::format("{} {}{}", number, noun, number == 1 ? "" : "s");
+    };
+    return count(registry_.modules(), "module") + ", " + count(registry_.objects().size(), "object");
+}
+
+}  // namespace tool

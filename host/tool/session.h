@@ -1,0 +1,30 @@
+// The library, loaded and registered, with everything that a command needs around it.
+#pragma once
+
+#include "agent/engine.h"
+#include "services/library.h"
+#include "services/registry.h"
+
+#include <string>
+
+namespace tool {
+
+// Where the library is looked for without --library: beside the tool, in ../lib from there, then by the loader.
+std::string default_library();
+
+class Session {
+public:
+    // Loads and registers; throws std::runtime_error with the reason.
+    explicit Session(const std::string& library_path);
+
+    const services::Library& library() const { return library_; }
+    const services::Registry& registry() const { return registry_; }
+    // "4 modules, 72 objects"
+    std::string summary() const;
+
+private:
+    services::Library library_;
+    services::Registry registry_;
+};
+
+}  // namespace tool

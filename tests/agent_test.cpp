@@ -1,0 +1,605 @@
+// The agent over registered objects that a test scripts: encoding, operations, phases of a SET, the socket.
+#include "agent/ber.h"
+#include "agent/engine.h"
+#include "agent/message.h"
+#include "agent/responder.h"
+#include "agent/server.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace tests {
+namespace {
+
+using namespace agent;
+using ber::Octets;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+Octets from_hex(const std::string& text) {
+    Octets octets;
+    for (std::size_t i = 0; i + 1 < text.size(); i += 2)
+        octets.push_back(static_cast<std::uint8_t>(std::stoi(text.substr(i, 2), nullptr, 16)));
+    return octets;
+}
+
+std::string to_hex(const Octets& octets) {
+    static const char* const kDigits = "0123456789abcdef";
+    std::string text;
+    for (const std::uint8_t octet : octets) {
+        text += kDigits[octet >> 4];
+        text += kDigits[octet & 15];
+    }
+    return text;
+}
+
+Octets text(const std::string& octets) { return {octets.begin(), octets.end()}; }
+
+const Oid kRoot{1, 3, 6, 1, 4, 1, 32473, 7};
+
+Oid below(const Oid& rest) {
+    Oid oid = kRoot;
+    oid.insert(oid.end(), rest.begin(), rest.end());
+    return oid;
+}
+
+}  // namespace
+
+// --- encoding --------------------------------------------------------------------------------------------------------
+
+TEST(Ber, ValuesAreEncodedInTheirShortestForm) {
+    const Oid longest(128, 1);
+    const std::vector<std::pair<Value, std::string>> cases{
+        {Value::integer(0), "020100"},
+        {Value::integer(127), "02017f"},
+        {Value::integer(128), "02020080"},
+        {Value::integer(-1), "0201ff"},
+        {Value::integer(-128), "020180"},
+        {Value::integer(-129), "0202ff7f"},
+        {Value::integer(2147483647), "02047fffffff"},
+        {Value::integer(-2147483647 - 1), "020480000000"},
+        {Value::unsigned32(kGauge32, 0), "420100"},
+        {Value::unsigned32(kCounter32, 128), "41020080"},
+        {Value::unsigned32(kTimeTicks, 4294967295), "430500ffffffff"},
+        {Value::counter64(0), "460100"},
+        {Value::counter64(0x8000000000000000), "4609008000000000000000"},
+        {Value::object_id({0, 0}), "060100"},
+        {Value::object_id({1, 39, 128}), "06034f8100"},
+        {Value::object_id({2, 999, 3}), "0603883703"},
+        {Value::object_id({1, 3, 4294967295}), "06062b8fffffff7f"},
+        {Value::object_id(longest), "067f29" + to_hex(Octets(126, 1))},
+        {Value::octet_string(Octets(128, 0)), "048180" + std::string(256, '0')},
+        {{kIpAddress, {192, 0, 2, 1}}, "4004c0000201"},
+        {{kEndOfMibView, {}}, "8200"},
+    };
+    for (const auto& [value, hex] : cases) {
+        SCOPED_TRACE(hex);
+        EXPECT_TRUE(ber::well_formed(value));
+        Octets octets;
+        ber::append_value(octets, value);
+        EXPECT_EQ(to_hex(octets), hex);
+        ber::Reader reader(octets);
+        EXPECT_EQ(reader.value(), value);
+        EXPECT_TRUE(reader.at_end());
+    }
+}
+
+TEST(Ber, LongerFormsOfTheSameValueAreRead) {
+    const std::vector<std::pair<std::string, Value>> cases{
+        {"02040000007f", Value::integer(127)},
+        {"0284000000017f", Value::integer(127)},
+        {"4205000000007f", Value::unsigned32(kGauge32, 127)},
+        {"4609000000000000000001", Value::counter64(1)},
+    };
+    for (const auto& [hex, value] : cases) EXPECT_EQ(ber::Reader(from_hex(hex)).value(), value) << hex;
+}
+
+TEST(Ber, WhatIsNoValueIsRefused) {
+    const std::string too_long = "068180" + to_hex(Octets(128, 1));
+    for (const std::string& hex : std::vector<std::string>{"",
+                                                           "02",
+                                                           "0200",
+                                                           "0202",
+                                                           "020201",
+                                                           "0280010000",
+                                                           "0285000000000100",
+                                                           "0284ffffffff00",
+                                                           "0281",
+                                                           "02ff01",
+                                                           "02050000000001",  // INTEGER of 5 octets
+                                                           "4201ff",
+                                                           "42050100000000",
+                                                           "4206000000000001",
+                                                           "4200",  // Gauge32: negative, too large, too long, empty
+                                                           "46090100000000000000"
+                                                           "00",
+                                                           "460a00000000000000000001",
+                                                           "0600",
+                                                           "060181",
+                                                           "06028001",
+                                                           "06062b9080808000",
+                                                           "0603888080",
+                                                           too_long,
+                                                           "400103",
+                                                           "4005c000020100",
+                                                           "050100",
+                                                           "800100",
+                                                           "4401",
+                                                           "0c0161",
+                                                           "300100"}) {
+        EXPECT_THROW(ber::Reader(from_hex(hex)).value(), ber::Error) << hex;
+    }
+}
+
+// --- a scripted agent ------------------------------------------------------------------------------------------------
+
+namespace {
+
+// Objects 1 to 6 below kRoot, with rows as a test says. 1 and 2 are INTEGERs, 3 a Counter64, 4 an OCTET STRING,
+// 5 an OBJECT IDENTIFIER and 6 an INTEGER; object n has magic n.
+struct Script {
+    std::map<Oid, Octets> rows;
+    std::map<Oid, Oid> misplaced;               // a row's name in the answer to a GETNEXT
+    std::vector<int> writable;                  // magics
+    std::map<std::pair<int, int>, int> errors;  // by phase and magic
+    std::vector<std::string> calls;             // of write methods: "phase magic"
+    std::vector<Octets> values;
+    std::vector<unsigned char*> states;
+    int reads = 0;
+};
+Script script;
+
+int write_row(int action, unsigned char* value, unsigned char, std::size_t length, unsigned char* state, oid* name,
+              std::size_t) {
+    const int magic = static_cast<int>(name[kRoot.size()]);
+    script.calls.push_back(std::to_string(action) + " " + std::to_string(magic));
+    script.values.emplace_back(value, value + length);
+    script.states.push_back(state);
+    if (length > 0) value[0] = 0xee;  // the next phase must not see this
+    name[kRoot.size()] = 0xee;
+    const auto error = script.errors.find({action, magic});
+    return error == script.errors.end() ? 0 : error->second;
+}
+
+unsigned char* read_row(const VariableEntry* entry, oid* name, std::size_t* name_length, int exact,
+                        std::size_t* value_length, WriteMethod** write_method) {
+    ++script.reads;
+    for (int i = 0; i < 8; ++i) EXPECT_EQ(name[*name_length + static_cast<std::size_t>(i)], 0u);
+    if (std::ranges::find(script.writable, entry->magic) != script.writable.end()) *write_method = write_row;
+    const Oid asked(name, name + *name_length);
+    const auto row = exact ? script.rows.find(asked) : script.rows.upper_bound(asked);
+    if (row == script.rows.end() || !std::equal(entry->name, entry->name + entry->namelen, row->first.begin()))
+        return nullptr;
+    const auto misplaced = script.misplaced.find(row->first);
+    const Oid& answered = misplaced == script.misplaced.end() ? row->first : misplaced->second;
+    std::ranges::copy(answered, name);
+    *name_length = answered.size();
+    *value_length = row->second.size();
+    std::ranges::copy(row->second, ret_value);
+    return ret_value;
+}
+
+class AgentTest : public ::testing::Test {
+protected:
+    AgentTest() {
+        script = {};
+        for (const oid row : {1u, 2u, 3u}) {
+            for (const oid object : {1u, 2u, 6u})
+                script.rows[below({object, row})] = Value::integer(static_cast<std::int32_t>(10 * object + row)).octets;
+            script.rows[below({3, row})] = Value::counter64(0x100000000 + row).octets;
+        }
+        script.rows[below({4, 0})] = text("hello");
+    }
+
+    Octets request(std::uint8_t pdu, const std::vector<Varbind>& varbinds, std::int32_t version = kVersion2c,
+                   const std::string& community = "public", std::int32_t status = 0, std::int32_t index = 0) {
+        return encode({version, community, pdu, 4711, status, index, varbinds});
+    }
+    // The response to a request, which must come.
+    Message ask(const Octets& datagram, std::size_t max_response = 65507) {
+        const auto octets = Responder(engine, {"public", "private", max_response}).respond(datagram);
+        if (!octets) {
+            ADD_FAILURE() << "no response";
+            return {};
+        }
+        EXPECT_LE(octets->size(), max_response);
+        Message response = decode(*octets);
+        EXPECT_EQ(response.pdu, kResponse);
+        EXPECT_EQ(response.request_id, 4711);
+        return response;
+    }
+    Message ask(std::uint8_t pdu, const std::vector<Oid>& names, std::int32_t version = kVersion2c) {
+        return ask(request(pdu, unbound(names), version));
+    }
+    Message bulk(std::int32_t non_repeaters, std::int32_t repetitions, const std::vector<Oid>& names,
+                 std::size_t max_response = 65507) {
+        return ask(request(kGetBulkRequest, unbound(names), kVersion2c, "public", non_repeaters, repetitions),
+                   max_response);
+    }
+    static std::vector<Varbind> unbound(const std::vector<Oid>& names) {
+        std::vector<Varbind> varbinds;
+        for (const Oid& name : names) varbinds.push_back({name, {}});
+        return varbinds;
+    }
+    // A SET put together by hand from varbinds as hex, the name as what stands behind kRoot and the value whole. One
+    // level can have an element more than it should.
+    enum class Level { none, varbind, varbinds, pdu, message };
+    static Octets by_hand(const std::vector<std::pair<std::string, std::string>>& varbinds,
+                          Level surplus = Level::none) {
+        const auto add = [&](Octets& out, std::uint8_t tag, Octets contents, Level level) {
+            if (level == surplus) ber::append(contents, kNull, {});
+            ber::append(out, tag, contents);
+        };
+        Octets list;
+        for (const auto& [name, value] : varbinds) {
+            Octets varbind;
+            ber::append(varbind, kObjectId, from_hex("2b0601040181fd5907" + name));
+            std::ranges::copy(from_hex(value), std::back_inserter(varbind));
+            add(list, ber::kSequence, varbind, Level::varbind);
+        }
+        Octets pdu = from_hex("02021267020100020100");
+        add(pdu, ber::kSequence, list, Level::varbinds);
+        Octets message = from_hex("020101040770726976617465");
+        add(message, kSetRequest, pdu, Level::pdu);
+        Octets datagram;
+        add(datagram, ber::kSequence, message, Level::message);
+        return datagram;
+    }
+    // "1.2" for rows below kRoot, "1.2=end" for the end of the MIB.
+    static std::vector<std::string> shown(const Message& response) {
+        std::vector<std::string> shown;
+        for (const auto& [name, value] : response.varbinds) {
+            const bool ours = std::ranges::mismatch(kRoot, name).in1 == kRoot.end();
+            const Oid rest = ours ? Oid(name.begin() + static_cast<std::ptrdiff_t>(kRoot.size()), name.end()) : name;
+            shown.push_back(services::to_string(rest) + (value.tag == kEndOfMibView ? "=end" : ""));
+        }
+        return shown;
+    }
+    using Error = std::pair<int, int>;  // status and index
+    static Error error(const Message& response) { return {response.error_status, response.error_index}; }
+
+    static std::vector<VariableEntry> objects() {
+        std::vector<VariableEntry> entries;
+        for (const std::uint8_t type : {kInteger, kInteger, kCounter64, kOctetString, kObjectId, kInteger}) {
+            const auto magic = static_cast<std::uint8_t>(entries.size() + 1);
+            entries.push_back({magic, type, 2, read_row, 1, {magic}});
+        }
+        return entries;
+    }
+
+    const std::vector<VariableEntry> entries = objects();
+    const services::Registry registry{{{"scripted", kRoot, entries.data(), entries.size()}}};
+    Engine engine{registry};
+    Responder responder{engine, {"public", "private"}};
+};
+
+}  // namespace
+
+TEST_F(AgentTest, GetTellsValuesApartFromWhatIsMissing) {
+    const Message response =
+        ask(kGetRequest, {below({1, 2}), below({3, 1}), below({4, 0}), below({1, 9}), below({9, 1})});
+    EXPECT_EQ(error(response), Error());
+    std::vector<Value> values;
+    for (const Varbind& varbind : response.varbinds) values.push_back(varbind.value);
+    EXPECT_THAT(values,
+                ElementsAre(Value::integer(12), Value::counter64(0x100000001), Value::octet_string(text("hello")),
+                            Value{kNoSuchInstance, {}}, Value{kNoSuchObject, {}}));
+}
+
+TEST_F(AgentTest, Version1NamesTheFirstVarbindThatItCannotAnswer) {
+    for (const Oid& name : {below({1, 9}), below({9, 1}), below({3, 1})}) {
+        const Octets datagram = request(kGetRequest, unbound({below({1, 1}), name, below({9})}), kVersion1);
+        const Message response = ask(datagram);
+        EXPECT_EQ(error(response), Error(kNoSuchName, 2));
+        EXPECT_EQ(response.varbinds, decode(datagram).varbinds);
+    }
+    EXPECT_EQ(error(ask(kGetNextRequest, {below({1}), below({6, 3})}, kVersion1)), Error(kNoSuchName, 2));
+}
+
+TEST_F(AgentTest, GetNextFollowsTheOrderOfOids) {
+    const auto after = [&](const Oid& name, std::int32_t version) {
+        return shown(ask(kGetNextRequest, {name}, version));
+    };
+    for (const auto& [name, v2c, v1] : std::vector<std::tuple<Oid, const char*, const char*>>{
+             {{0, 0}, "1.1", "1.1"},
+             {below({1, 1}), "1.2", "1.2"},
+             {below({1, 1, 7}), "1.2", "1.2"},
+             {below({1, 3}), "2.1", "2.1"},
+             {below({2, 3}), "3.1", "4.0"},  // SNMPv1 has no Counter64
+             {below({4, 0}), "6.1", "6.1"},  // object 5 has no rows
+             {below({6, 2}), "6.3", "6.3"}}) {
+        EXPECT_THAT(after(name, kVersion2c), ElementsAre(v2c));
+        EXPECT_THAT(after(name, kVersion1), ElementsAre(v1));
+    }
+    Oid longest = below({1, 1});
+    longest.resize(128, 9);
+    EXPECT_THAT(after(longest, kVersion2c), ElementsAre("1.2"));
+    EXPECT_THAT(after(below({6, 3}), kVersion2c), ElementsAre("6.3=end"));
+    EXPECT_THAT(after({2, 5}, kVersion2c), ElementsAre("2.5=end"));
+}
+
+TEST_F(AgentTest, ObjectsThatAnswerWronglyArePassedOver) {
+    const auto objects_after_1 = [&] { return shown(ask(kGetNextRequest, {below({1, 3})})); };
+    for (const Oid& misplaced : {below({2}), below({1, 3}), below({2, 0xffffffff}), below({3, 1}), Oid{1, 3}, Oid()}) {
+        script.misplaced = {{below({2, 1}), misplaced}};
+        EXPECT_THAT(objects_after_1(), ElementsAre(misplaced == below({2, 0xffffffff}) ? "2.4294967295" : "3.1"))
+            << services::to_string(misplaced);
+    }
+    script.misplaced = {{below({2, 2}), below({2, 1})}};  // not behind the request
+    EXPECT_THAT(shown(ask(kGetNextRequest, {below({2, 1})})), ElementsAre("3.1"));
+
+    script.misplaced = {};
+    for (const Octets& value : {Octets(), Octets(3), Octets(5), Octets(8)}) {
+        script.rows[below({2, 1})] = value;  // no INTEGER
+        EXPECT_THAT(objects_after_1(), ElementsAre("3.1"));
+        EXPECT_EQ(ask(kGetRequest, {below({2, 1})}).varbinds[0].value.tag, kNoSuchInstance);
+    }
+    script.rows[below({5, 1})] = Value::object_id({1, 40}).octets;  // no OBJECT IDENTIFIER
+    EXPECT_THAT(shown(ask(kGetNextRequest, {below({4, 0})})), ElementsAre("6.1"));
+}
+
+TEST_F(AgentTest, GetBulkRepeatsRowByRow) {
+    EXPECT_THAT(shown(bulk(1, 2, {below({1}), below({1, 1}), below({6})})),
+                ElementsAre("1.1", "1.2", "6.1", "1.3", "6.2"));
+    EXPECT_THAT(shown(bulk(-5, 1, {below({1}), below({2})})), ElementsAre("1.1", "2.1"));
+    EXPECT_THAT(shown(bulk(9, 5, {below({1}), below({2})})), ElementsAre("1.1", "2.1"));
+    EXPECT_THAT(shown(bulk(1, -1, {below({1}), below({2})})), ElementsAre("1.1"));
+    EXPECT_THAT(shown(bulk(0, 0, {below({1})})), IsEmpty());
+    // An ended column stands still until all have ended.
+    EXPECT_THAT(shown(bulk(0, 2147483647, {below({6, 1}), below({6, 3})})),
+                ElementsAre("6.2", "6.3=end", "6.3", "6.3=end", "6.3=end", "6.3=end"));
+}
+
+TEST_F(AgentTest, GetBulkIsBoundedByTheResponsesSize) {
+    for (oid row = 10; row < 2000; ++row) script.rows[below({1, row})] = Value::integer(0).octets;
+    for (const std::size_t limit : {40u, 60u, 100u, 484u, 485u, 486u, 1472u}) {
+        script.reads = 0;
+        const Message part = bulk(0, 2147483647, {below({1})}, limit);
+        const auto rows = static_cast<std::int32_t>(part.varbinds.size());
+        EXPECT_EQ(script.reads, rows + 1);  // no more than what shows that it is full
+        EXPECT_EQ(part.varbinds, bulk(0, rows, {below({1})}).varbinds);
+        EXPECT_GT(encode(bulk(0, rows + 1, {below({1})})).size(), limit);
+    }
+    script.reads = 0;
+    bulk(0, 2147483647, std::vector<Oid>(100, below({1})), 1472);
+    EXPECT_LT(script.reads, 200);
+}
+
+TEST_F(AgentTest, WhatDoesNotFitIsTooBig) {
+    script.rows[below({4, 0})] = Octets(1000, 'x');
+    for (const std::uint8_t pdu : {kGetRequest, kGetNextRequest}) {
+        const Oid name = pdu == kGetRequest ? below({4, 0}) : below({4});
+        const Message v2c = ask(request(pdu, unbound({name})), 500);
+        EXPECT_EQ(error(v2c), Error(kTooBig, 0));
+        EXPECT_THAT(v2c.varbinds, IsEmpty());
+        const Message v1 = ask(request(pdu, unbound({name}), kVersion1), 500);
+        EXPECT_EQ(error(v1), Error(kTooBig, 0));
+        EXPECT_EQ(v1.varbinds, unbound({name}));
+    }
+    script.writable = {4};
+    const std::vector<Varbind> large{{below({4, 0}), Value::octet_string(Octets(1000, 'y'))}};
+    EXPECT_EQ(error(ask(request(kSetRequest, large, kVersion2c, "private"), 500)), Error(kTooBig, 0));
+    EXPECT_THAT(script.calls, IsEmpty());
+
+    Responder small(engine, {"public", "private", 500});
+    EXPECT_FALSE(small.respond(request(kSetRequest, large, kVersion1, "private")));
+    EXPECT_EQ(small.counters().unanswerable, 1u);
+}
+
+TEST_F(AgentTest, CommunitiesReadAndWrite) {
+    script.writable = {1};
+    const std::vector<Varbind> value{{below({1, 1}), Value::integer(5)}};
+    EXPECT_EQ(error(ask(request(kSetRequest, value))), Error(kNoAccess, 1));
+    EXPECT_EQ(error(ask(request(kSetRequest, value, kVersion1))), Error(kNoSuchName, 1));
+    EXPECT_EQ(error(ask(request(kSetRequest, {}))), Error(kNoAccess, 0));
+    EXPECT_THAT(script.calls, IsEmpty());
+    EXPECT_EQ(ask(request(kSetRequest, value, kVersion2c, "private")).varbinds, value);
+    EXPECT_EQ(ask(request(kGetRequest, value, kVersion2c, "private")).varbinds[0].value, Value::integer(11));
+
+    for (const std::string community : {"", "publi", "public ", "Public"})
+        EXPECT_FALSE(responder.respond(request(kGetRequest, value, kVersion2c, community)));
+    EXPECT_EQ(responder.counters().wrong_community, 4u);
+    EXPECT_FALSE(Responder(engine, {}).respond(request(kSetRequest, value, kVersion2c, "private")));
+}
+
+TEST_F(AgentTest, WhatIsNoRequestIsDroppedAndCounted) {
+    const Octets good = request(kGetRequest, unbound({below({1, 1})}));
+    std::vector<std::string> dropped;
+    int messages = 0;
+    responder.on_dropped = [&](const std::string& reason) { dropped.push_back(reason); };
+    responder.on_message = [&](const Message&) { ++messages; };
+
+    std::vector<Octets> malformed;
+    for (std::size_t length = 0; length < good.size(); ++length)
+        malformed.emplace_back(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length));
+    malformed.push_back(good);
+    malformed.back().push_back(0);
+    ASSERT_TRUE(responder.respond(by_hand({{"0101", "0500"}})));
+    for (const Level level : {Level::varbind, Level::varbinds, Level::pdu, Level::message})
+        malformed.push_back(by_hand({{"0101", "0500"}}, level));
+    for (const char* hex : {"3003020101", "300b02010104067075626c6963", "3080020101", "05000500"})
+        malformed.push_back(from_hex(hex));
+    for (const Octets& datagram : malformed) EXPECT_FALSE(responder.respond(datagram)) << to_hex(datagram);
+    EXPECT_EQ(responder.counters().malformed, malformed.size());
+
+    for (const std::int32_t version : {2, 3, -1}) EXPECT_FALSE(responder.respond(request(kGetRequest, {}, version)));
+    for (const int pdu : {0xa2, 0xa4, 0xa6, 0xa7, 0xa8, 0x30})
+        EXPECT_FALSE(responder.respond(request(static_cast<std::uint8_t>(pdu), {})));
+    EXPECT_FALSE(responder.respond(request(kGetBulkRequest, {}, kVersion1)));
+    EXPECT_EQ(responder.counters().unsupported_version, 3u);
+    EXPECT_EQ(responder.counters().unsupported_pdu, 7u);
+    EXPECT_EQ(dropped.size(), malformed.size() + 10);
+    EXPECT_THAT(dropped.back(), HasSubstr("PDU"));
+    EXPECT_EQ(messages, 2);  // the well-formed request and its response
+    EXPECT_EQ(responder.counters().answered, 1u);
+    EXPECT_EQ(responder.counters().received, dropped.size() + 1);
+}
+
+// --- SET -------------------------------------------------------------------------------------------------------------
+
+namespace {
+
+class SetTest : public AgentTest {
+protected:
+    SetTest() { script.writable = {1, 2, 4}; }
+
+    SetResult set(const std::vector<int>& magics) {
+        std::vector<Varbind> varbinds;
+        for (const int magic : magics)
+            varbinds.push_back({below({static_cast<oid>(magic), 1}), Value::integer(0x01020304)});
+        return engine.set(varbinds);
+    }
+};
+
+}  // namespace
+
+TEST_F(SetTest, PhasesRunOverAllVarbindsInRequestOrder) {
+    EXPECT_EQ(set({2, 1}).status, kNoError);
+    EXPECT_THAT(script.calls, ElementsAre("0 2", "0 1", "1 2", "1 1", "2 2", "2 1", "3 2", "3 1"));
+    EXPECT_THAT(script.values, ::testing::Each(Value::integer(0x01020304).octets));
+}
+
+TEST_F(SetTest, TheFirstErrorEndsTheRequest) {
+    const struct {
+        int phase, magic, error, status;
+        std::size_t index;
+        std::vector<std::string> calls;
+    } cases[] = {
+        {0, 2, kWrongType, kWrongType, 2, {"0 1", "0 2", "4 1", "4 2", "4 4"}},
+        {1, 1, kWrongValue, kWrongValue, 1, {"0 1", "0 2", "0 4", "1 1", "4 1", "4 2", "4 4"}},
+        {2, 2, kGenErr, kGenErr, 2, {"0 1", "0 2", "0 4", "1 1", "1 2", "1 4", "2 1", "2 2", "5 1", "5 2", "5 4"}},
+        {3,
+         1,
+         kCommitFailed,
+         kCommitFailed,
+         1,
+         {"0 1", "0 2", "0 4", "1 1", "1 2", "1 4", "2 1", "2 2", "2 4", "3 1", "3 2", "3 4"}},
+        {0, 1, -1, kGenErr, 1, {"0 1", "4 1", "4 2", "4 4"}},
+        {0, 1, 19, kGenErr, 1, {"0 1", "4 1", "4 2", "4 4"}},
+    };
+    for (const auto& [phase, magic, error, status, index, calls] : cases) {
+        SCOPED_TRACE("error " + std::to_string(error) + " in phase " + std::to_string(phase));
+        script.calls.clear();
+        // An error while an error is handled changes nothing.
+        script.errors = {{{phase, magic}, error}, {{4, 1}, kUndoFailed}, {{5, 1}, kUndoFailed}};
+        const SetResult result = set({1, 2, 4});
+        EXPECT_EQ(result.status, status);
+        EXPECT_EQ(result.index, index);
+        EXPECT_EQ(script.calls, calls);
+    }
+}
+
+TEST_F(SetTest, WhatHasNoWriteMethodIsNotWritableBeforeAnyPhase) {
+    for (const std::vector<int>& magics : {std::vector{1, 6}, std::vector{1, 9}}) {
+        const SetResult result = set(magics);
+        EXPECT_EQ(result.status, kNotWritable);
+        EXPECT_EQ(result.index, 2u);
+    }
+    EXPECT_THAT(script.calls, IsEmpty());
+    EXPECT_EQ(engine.set({}).status, kNoError);
+}
+
+TEST_F(SetTest, TheStateIsWhatTheReadMethodReturned) {
+    EXPECT_EQ(engine.set({{below({1, 1}), Value::integer(1)}, {below({1, 99}), Value::integer(1)}}).status, kNoError);
+    ASSERT_EQ(script.states.size(), 8u);
+    for (std::size_t i = 0; i < script.states.size(); i += 2) {
+        EXPECT_EQ(script.states[i], ret_value);
+        EXPECT_EQ(script.states[i + 1], nullptr);
+    }
+}
+
+TEST_F(SetTest, TheObserverIsToldEveryStep) {
+    std::vector<std::string> steps;
+    engine.set_phase_observer([&](int phase, std::size_t index, int error) {
+        steps.push_back(std::to_string(phase) + " " + std::to_string(index) + " " + std::to_string(error));
+    });
+    script.errors = {{{1, 2}, kWrongValue}};
+    set({1, 2});
+    EXPECT_THAT(steps, ElementsAre("-1 0 0", "-1 1 0", "0 0 0", "0 1 0", "1 0 0", "1 1 10", "4 0 0", "4 1 0"));
+}
+
+TEST_F(SetTest, Version1HasFewerErrors) {
+    const std::vector<std::pair<int, int>> statuses{
+        {kTooBig, kTooBig},          {kNoSuchName, kNoSuchName},      {kBadValue, kBadValue},
+        {kGenErr, kGenErr},          {kNoAccess, kNoSuchName},        {kWrongType, kBadValue},
+        {kWrongLength, kBadValue},   {kWrongEncoding, kBadValue},     {kWrongValue, kBadValue},
+        {kNoCreation, kNoSuchName},  {kInconsistentValue, kBadValue}, {kResourceUnavailable, kGenErr},
+        {kCommitFailed, kGenErr},    {kUndoFailed, kGenErr},          {kAuthorizationError, kNoSuchName},
+        {kNotWritable, kNoSuchName}, {kInconsistentName, kNoSuchName}};
+    const std::vector<Varbind> varbinds{{below({1, 1}), Value::integer(1)}, {below({2, 1}), Value::integer(1)}};
+    for (const auto& [v2c, v1] : statuses) {
+        script.errors = {{{0, 2}, v2c}};
+        EXPECT_EQ(error(ask(request(kSetRequest, varbinds, kVersion2c, "private"))), Error(v2c, 2));
+        EXPECT_EQ(error(ask(request(kSetRequest, varbinds, kVersion1, "private"))), Error(v1, 2));
+    }
+}
+
+TEST_F(SetTest, ValuesArriveInMachineOrder) {
+    const Octets datagram = by_hand({{"0102", "0201fe"}, {"0201", "420500ee6b2800"}, {"0401", "04026162"}});
+    EXPECT_EQ(error(ask(datagram)), Error());
+    ASSERT_EQ(script.values.size(), 12u);
+    EXPECT_EQ(script.values[0], Value::integer(-2).octets);
+    EXPECT_EQ(script.values[1], Value::unsigned32(kGauge32, 4000000000).octets);
+    EXPECT_EQ(script.values[2], text("ab"));
+}
+
+// --- the socket ------------------------------------------------------------------------------------------------------
+
+TEST_F(AgentTest, TheServerAnswersDatagramsUntilItIsStopped) {
+    Server server(responder, "127.0.0.1", 0);
+    EXPECT_EQ(server.endpoint(), "127.0.0.1:" + std::to_string(server.port()));
+    std::thread thread([&] { server.run(); });
+
+    const int client = ::socket(AF_INET, SOCK_DGRAM, 0);
+    const timeval limit{5, 0};
+    ::setsockopt(client, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    sockaddr_in to{};
+    to.sin_family = AF_INET;
+    to.sin_port = htons(server.port());
+    to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ASSERT_EQ(::connect(client, reinterpret_cast<const sockaddr*>(&to), sizeof to), 0);
+    const Octets datagram = request(kGetRequest, unbound({below({1, 1})}));
+    for (int round = 0; round < 3; ++round) {
+        ::send(client, "garbage", 7, 0);
+        ::send(client, nullptr, 0, 0);
+        ::send(client, datagram.data(), datagram.size(), 0);
+        Octets response(1500);
+        const ssize_t size = ::recv(client, response.data(), response.size(), 0);
+        EXPECT_GT(size, 0);
+        if (size <= 0) break;
+        response.resize(static_cast<std::size_t>(size));
+        EXPECT_THAT(shown(decode(response)), ElementsAre("1.1"));
+    }
+    ::close(client);
+    server.stop();
+    thread.join();
+    EXPECT_EQ(responder.counters().malformed, 6u);
+}
+
+TEST_F(AgentTest, AnAddressThatCannotBeListenedOnIsNamed) {
+    const Server first(responder, "127.0.0.1", 0);
+    for (const auto& [address, port] :
+         {std::pair(std::string("300.0.0.1"), std::uint16_t{0}), std::pair(std::string("127.0.0.1"), first.port())}) {
+        try {
+            Server server(responder, address, port);
+            ADD_FAILURE() << address << " is taken";
+        } catch (const std::runtime_error& error) {
+            EXPECT_THAT(error.what(), HasSubstr(address));
+        }
+    }
+}
+
+}  // namespace tests

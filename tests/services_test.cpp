@@ -1,0 +1,513 @@
+// The host's C symbols as the library sees them, and what loads it and lists its objects.
+#include "services/services.h"
+#include "services/library.h"
+#include "services/registry.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstddef>
+#include <cstring>
+#include <fstream>
+#include <numeric>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+namespace tests {
+namespace {
+
+using services::Oid;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using Bytes = std::vector<unsigned char>;
+
+constexpr int kKinds[] = {0, 2, 6, 7, 8, 10, 11, 12, 13, 14};
+
+template <class Record>
+Bytes bytes_of(const Record& record) {
+    Bytes bytes(sizeof record);
+    std::memcpy(bytes.data(), &record, sizeof record);
+    return bytes;
+}
+
+Bytes operator+(Bytes left, const Bytes& right) {
+    left.insert(left.end(), right.begin(), right.end());
+    return left;
+}
+
+InetAddress ipv4(unsigned char a, unsigned char b, unsigned char c, unsigned char d) { return {1, 4, {a, b, c, d}, 0}; }
+
+InetText inet_text(std::uint32_t type, const char* text, std::uint32_t prefix_length) {
+    InetText field{type, {}, prefix_length};
+    std::strncpy(field.text, text, sizeof field.text);
+    return field;
+}
+
+int to_field(int kind, const oid* first, int count, void* field) {
+    return reinterpret_cast<uib_to_field*>(uib_oid_convert[3 * kind])(first, count, field);
+}
+
+int to_oid(int kind, oid* out, const void* field, int count) {
+    return reinterpret_cast<uib_to_oid*>(uib_oid_convert[3 * kind + 1])(out, field, count);
+}
+
+// A field of any kind with nothing behind it, so that a sanitizer sees a step beyond it.
+class Field {
+public:
+    explicit Field(int kind, std::size_t octets) : memory_(octets, 0xee) {
+        if (kind == 14) {
+            counted_ = {0, static_cast<std::uint32_t>(octets), memory_.data()};
+            place_ = &counted_;
+        } else {
+            place_ = memory_.data();
+        }
+    }
+    void* place() { return place_; }
+    const Bytes& octets() const { return memory_; }
+    CountedString& counted() { return counted_; }
+
+private:
+    Bytes memory_;
+    CountedString counted_{};
+    void* place_;
+};
+
+std::size_t field_size(int kind) {
+    switch (kind) {
+        case 6: return 6;
+        case 7: return sizeof(InetText);
+        case 10: return sizeof(InetAddress);
+        case 11: return sizeof(InetPrefix);
+        case 12: return sizeof(InetPairOnInterface);
+        case 13: return 2 * sizeof(InetAddress);
+        case 14: return 5;
+        default: return 4;
+    }
+}
+
+struct Conversion {
+    int kind;
+    Oid index;
+    Bytes field;
+};
+
+const std::vector<Conversion>& conversions() {
+    static const InetAddress v6{2, 16, {0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}, 0};
+    static const Oid v6_index{2, 16, 0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
+    static const auto join = [](Oid left, const Oid& right) {
+        left.insert(left.end(), right.begin(), right.end());
+        return left;
+    };
+    static const std::vector<Conversion> all{
+        {2, {4294967295}, bytes_of(std::uint32_t{4294967295})},
+        {6, {0, 1, 2, 253, 254, 255}, {0, 1, 2, 253, 254, 255}},
+        {7, {1, 4, 192, 0, 2, 0, 24}, bytes_of(inet_text(1, "192.0.2.0", 24))},
+        {7, join(v6_index, {64}), bytes_of(inet_text(2, "2001:db8::1", 64))},
+        {7, {16, 3, 'a', '.', 'b', 0}, bytes_of(inet_text(16, "a.b", 0))},
+        {8, {2, 0, 70000}, bytes_of(std::uint32_t{70000})},
+        {10, {1, 4, 10, 0, 0, 255}, bytes_of(ipv4(10, 0, 0, 255))},
+        {10, v6_index, bytes_of(v6)},
+        {10, {0, 0}, Bytes(28, 0)},
+        {11, {1, 4, 10, 0, 0, 0, 8}, bytes_of(InetPrefix{ipv4(10, 0, 0, 0), 8})},
+        {11, join(v6_index, {128}), bytes_of(InetPrefix{v6, 128})},
+        {12,
+         {1, 4, 239, 1, 1, 1, 1025, 4, 10, 0, 0, 9},
+         bytes_of(InetPairOnInterface{ipv4(239, 1, 1, 1), 1025, ipv4(10, 0, 0, 9)})},
+        {13, join({1, 4, 239, 1, 1, 1}, v6_index), bytes_of(ipv4(239, 1, 1, 1)) + bytes_of(v6)},
+        {14, {5, 'h', 'e', 'l', 'l', 'o'}, {'h', 'e', 'l', 'l', 'o'}},
+    };
+    return all;
+}
+
+}  // namespace
+
+TEST(IndexConversion, EveryKindConvertsToItsFieldAndBack) {
+    for (const Conversion& conversion : conversions()) {
+        SCOPED_TRACE("kind " + std::to_string(conversion.kind) + " " + services::to_string(conversion.index));
+        const int count = static_cast<int>(conversion.index.size());
+        ASSERT_EQ(uib_snmp_get_oid_size(conversion.index.data(), conversion.kind), count);
+        Field field(conversion.kind, conversion.field.size());
+        EXPECT_EQ(to_field(conversion.kind, conversion.index.data(), count, field.place()), 0);
+        EXPECT_EQ(field.octets(), conversion.field);
+
+        ASSERT_EQ(uib_snmp_set_oid_size(nullptr, conversion.kind, field.place()), count);
+        Oid back(conversion.index.size());
+        EXPECT_EQ(to_oid(conversion.kind, back.data(), field.place(), count), 0);
+        EXPECT_EQ(back, conversion.index);
+    }
+}
+
+TEST(IndexConversion, AFixedStringIsSizedOnly) {
+    EXPECT_EQ(uib_snmp_get_oid_size(nullptr, 0), 8);
+    EXPECT_EQ(uib_snmp_set_oid_size(nullptr, 0, nullptr), 8);
+    for (int slot : {0, 1}) EXPECT_EQ(uib_oid_convert[slot], nullptr);
+}
+
+TEST(IndexConversion, WhatIsNotGivenIsZero) {
+    for (const Conversion& conversion : conversions()) {
+        const auto complete = static_cast<int>(conversion.index.size());
+        for (int given = 0; given < complete; ++given) {
+            SCOPED_TRACE("kind " + std::to_string(conversion.kind) + ", " + std::to_string(given) + " given");
+            const Oid cut(conversion.index.begin(), conversion.index.begin() + given);  // nothing readable behind
+            Oid padded = cut;
+            padded.resize(conversion.index.size());
+            Field field(conversion.kind, conversion.field.size());
+            Field expected(conversion.kind, conversion.field.size());
+            to_field(conversion.kind, cut.data(), given, field.place());
+            to_field(conversion.kind, padded.data(), complete, expected.place());
+            Bytes octets = expected.octets();
+            // The second address of kind 12 has the first one's type only where it is reached.
+            if (conversion.kind == 12 && given <= 7) octets[offsetof(InetPairOnInterface, second.type)] = 0;
+            EXPECT_EQ(field.octets(), octets);
+        }
+    }
+}
+
+TEST(IndexConversion, HostileCountsStayWithinBounds) {
+    const oid hostile[] = {0,  1,   3,   4,     15,         16,         17,         64,
+                           65, 255, 256, 65536, 0x7fffffff, 0x80000000, 4000000000, 0xffffffff};
+    for (const int kind : kKinds)
+        for (const oid a : hostile)
+            for (const oid b : hostile)
+                for (const std::size_t given :
+                     {std::size_t{1}, std::size_t{2}, std::size_t{3}, std::size_t{9}, std::size_t{100}}) {
+                    // A request of `given` sub-identifiers and what a host keeps readable behind a longest one.
+                    Oid request(given + 32, 300);
+                    request[0] = a;
+                    request[1] = b;
+                    const int size = uib_snmp_get_oid_size(request.data(), kind);
+                    ASSERT_GT(size, 0);
+                    ASSERT_LT(size, INT_MAX / 4);
+                    if (uib_oid_convert[3 * kind] == nullptr) continue;
+                    request.resize(given);
+                    request.shrink_to_fit();
+                    Field field(kind, field_size(kind));
+                    to_field(kind, request.data(), std::min(static_cast<int>(given), size), field.place());
+                    const int needed = uib_snmp_set_oid_size(nullptr, kind, field.place());
+                    ASSERT_LE(needed, 128);
+                    Oid out(static_cast<std::size_t>(needed));
+                    to_oid(kind, out.data(), field.place(), needed);
+                }
+}
+
+TEST(IndexConversion, AWrongAddressLengthFitsNoRequestAndKeepsItsOrder) {
+    const Oid address{1, 17, 10, 0, 0, 1};
+    Field field(10, sizeof(InetAddress));
+    to_field(10, address.data(), static_cast<int>(address.size()), field.place());
+    EXPECT_EQ(field.octets(), bytes_of(InetAddress{1, 17, {10, 0, 0, 1}, 0}));
+    for (const int kind : {12, 13}) EXPECT_GT(uib_snmp_get_oid_size(address.data(), kind), 128);
+}
+
+TEST(IndexConversion, ASubIdentifierThatIsNoOctetSortsBehindEveryOctet) {
+    const Oid mac{0, 1, 300, 3, 4, 5};
+    Field field(6, 6);
+    to_field(6, mac.data(), 6, field.place());
+    EXPECT_THAT(field.octets(), ElementsAre(0, 1, 255, 255, 255, 255));
+}
+
+TEST(IndexConversion, ACountedStringIsCutToItsCapacity) {
+    const Oid index{7, 'a', 'b', 'c', 'd', 'e', 'f', 'g'};
+    Field field(14, 5);
+    to_field(14, index.data(), 8, field.place());
+    EXPECT_EQ(field.counted().length, 5u);
+    EXPECT_THAT(field.octets(), ElementsAre('a', 'b', 'c', 'd', 'e'));
+    field.counted().length = 4000000000;
+    EXPECT_EQ(uib_snmp_set_oid_size(nullptr, 14, field.place()), 6);
+}
+
+TEST(Addresses, AreSpelledByTheirType) {
+    const InetAddress v6{2, 16, {0xfe, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}, 0};
+    const struct {
+        InetAddress address;
+        int size;
+        bool done;
+        std::string text;
+    } cases[] = {
+        {ipv4(192, 0, 2, 255), 46, true, "192.0.2.255"}, {v6, 46, true, "fe80::1"}, {{}, 46, true, ""},
+        {{3, 4, {1, 2, 3, 4}, 0}, 46, false, "before"},  {v6, 7, false, "before"},  {{}, 0, false, "before"},
+    };
+    for (const auto& [address, size, done, text] : cases) {
+        SCOPED_TRACE("type " + std::to_string(address.type) + " size " + std::to_string(size));
+        char buffer[46] = "before";
+        EXPECT_EQ(UIB_SNMP_Inet_Addr_To_Str(&address, buffer, size) == 0, done);
+        EXPECT_EQ(buffer, text);
+    }
+}
+
+TEST(Lists, MembersAreCountedFromTheFirstOctetsHighestBit) {
+    Bytes list(12, 0);
+    EXPECT_NE(PORTLIST_chk_empty(list.data()), 0);
+    list[0] = 0x80;
+    list[1] = 0x01;
+    list[11] = 0x01;
+    EXPECT_EQ(PORTLIST_chk_empty(list.data()), 0);
+    std::vector<int> members;
+    for (int port = -200; port < 300; ++port)
+        if (PORTLIST_chk_port_exist(list.data(), port)) members.push_back(port);
+    EXPECT_THAT(members, ElementsAre(1, 16, 96));
+    PORTLIST_clear_all(list.data());
+    EXPECT_NE(PORTLIST_chk_empty(list.data()), 0);
+}
+
+TEST(Lists, ResultsMayBeSources) {
+    const struct {
+        std::size_t size;
+        decltype(&PORTLIST_and) both, either;
+    } kinds[] = {{12, PORTLIST_and, PORTLIST_xor}, {512, VLANLIST_and, VLANLIST_xor}};
+    for (const auto& [size, both, either] : kinds) {
+        Bytes a(size), b(size, 0x3c);
+        std::iota(a.begin(), a.end(), static_cast<unsigned char>(1));
+        Bytes common(size), differing(size);
+        for (std::size_t i = 0; i < size; ++i) {
+            common[i] = a[i] & b[i];
+            differing[i] = a[i] ^ b[i];
+        }
+        Bytes first = a;
+        both(first.data(), b.data(), first.data());
+        EXPECT_EQ(first, common);
+        Bytes second = b;
+        either(a.data(), second.data(), second.data());
+        EXPECT_EQ(second, differing);
+    }
+}
+
+namespace {
+
+// Every test finds the host without anything plugged in, and leaves it as it was.
+class HostTest : public ::testing::Test, protected services::Backend {
+protected:
+    HostTest() : before_(std::exchange(services::services(), {})) {}
+    ~HostTest() override { services::services() = before_; }
+
+    bool show(services::ShowRequest& request) override {
+        shown.push_back(request);
+        return accepts;
+    }
+    bool configure(const services::ConfigRequest& request) override {
+        configured.push_back(request);
+        return accepts;
+    }
+    std::optional<std::string> interface_name(std::uint32_t ifindex) override {
+        if (ifindex == 0) return std::nullopt;
+        return std::string(ifindex, 'x');
+    }
+
+    bool accepts = true;
+    std::vector<services::ShowRequest> shown;
+    std::vector<services::ConfigRequest> configured;
+
+private:
+    services::Services before_;
+};
+
+unsigned char* read_nothing(const VariableEntry*, oid*, std::size_t*, int, std::size_t*, WriteMethod**) {
+    return nullptr;
+}
+
+int write_nothing(int, unsigned char*, unsigned char, std::size_t, unsigned char*, oid*, std::size_t) { return 0; }
+
+VariableEntry variable(const Oid& name, ReadMethod* read = read_nothing) {
+    VariableEntry entry{1, 2, 1, read, static_cast<std::uint8_t>(name.size()), {}};
+    std::ranges::copy(name, entry.name);
+    return entry;
+}
+
+}  // namespace
+
+TEST_F(HostTest, RequestsReachTheBackendAsTheyWereSent) {
+    std::size_t length = 0;
+    std::uint32_t key = 7;
+    const auto show = [&] {
+        return uib_sh_show_request(1ull << 40, "show it 7", ret_value, 8192, &length, &key, 4, 3, 0, 2, "aTable", 99);
+    };
+    const auto configure = [] { return uib_sh_config_request(-1, "speed 100", "write_it", 12); };
+    EXPECT_NE(show(), 0);  // nobody is there
+    EXPECT_NE(configure(), 0);
+
+    services::services().backend = this;
+    EXPECT_EQ(show(), 0);
+    EXPECT_EQ(configure(), 0);
+    accepts = false;
+    EXPECT_NE(show(), 0);
+    EXPECT_NE(configure(), 0);
+
+    ASSERT_EQ(shown.size(), 2u);
+    const services::ShowRequest& request = shown.front();
+    EXPECT_EQ(std::tie(request.request_class, request.command, request.name),
+              std::make_tuple(1ull << 40, "show it 7", "aTable"));
+    EXPECT_EQ(std::tie(request.result_size, request.key_size, request.magic, request.exact, request.index_count,
+                       request.line),
+              std::make_tuple(8192, 4, 3, 0, 2, 99));
+    EXPECT_TRUE(request.result == ret_value && request.key == &key && request.value_length == &length);
+    ASSERT_EQ(configured.size(), 2u);
+    EXPECT_EQ(std::tie(configured[0].mode, configured[0].command, configured[0].caller, configured[0].line),
+              std::make_tuple(-1, "speed 100", "write_it", 12));
+}
+
+TEST_F(HostTest, InterfaceNamesTakeAtMost21Octets) {
+    Bytes name(21, 'u');
+    auto* text = reinterpret_cast<char*>(name.data());
+    EXPECT_LT(if_utl_ifindex_to_ifname(3, text), 0);  // no backend
+    services::services().backend = this;
+    EXPECT_LT(if_utl_ifindex_to_ifname(0, text), 0);
+    EXPECT_EQ(name, Bytes(21, 'u'));
+    EXPECT_GE(if_utl_ifindex_to_ifname(5, text), 0);
+    EXPECT_STREQ(text, "xxxxx");
+    EXPECT_GE(if_utl_ifindex_to_ifname(30, text), 0);
+    EXPECT_EQ(std::string(text), std::string(20, 'x'));
+}
+
+TEST_F(HostTest, TheContextIsThatOfTheRequest) {
+    EXPECT_EQ(SNMPD_Get_Cur_VrfName(), nullptr);
+    EXPECT_EQ(SNMPD_Get_Cur_ContextName(), nullptr);
+    EXPECT_EQ(snmp_get_do_debugging(), 0);
+    services::services().context = {"red", "", true};
+    EXPECT_STREQ(SNMPD_Get_Cur_VrfName(), "red");
+    EXPECT_STREQ(SNMPD_Get_Cur_ContextName(), "");
+    EXPECT_NE(snmp_get_do_debugging(), 0);
+}
+
+TEST_F(HostTest, LogLinesAreFormattedWhole) {
+    debugmsg("token", "nobody %s", "listens");
+    std::vector<std::string> lines;
+    services::services().log = [&](const services::LogLine& line) {
+        lines.push_back(line.channel + "|" + line.token + "|" + std::to_string(line.category) + "|" +
+                        std::to_string(line.level) + "|" + line.text);
+    };
+    const std::string longer(5000, 'x');
+    debugmsgtoken("trace", "%d:%s", 1, longer.c_str());
+    debugmsg("trace", "plain");
+    EXPECT_EQ(anprintf(62, 0, 104, 0, "MGMD$%d$%s", 7, "t"), 0);
+    pal_log_output_ui_simple("%s\n", "to the terminal");
+    EXPECT_THAT(lines, ElementsAre("debug|trace|0|0|1:" + longer, "debug|trace|0|0|plain", "an||62|104|MGMD$7$t",
+                                   "ui||0|0|to the terminal\n"));
+}
+
+TEST_F(HostTest, AScalarHasOneInstance) {
+    const VariableEntry entry = variable({1, 3, 6, 1, 2, 1, 2, 1});
+    const Oid instance{1, 3, 6, 1, 2, 1, 2, 1, 0};
+    const struct {
+        Oid request;
+        int exact;
+        bool matches;
+    } cases[] = {
+        {instance, 1, true},  {{1, 3, 6, 1, 2, 1, 2, 1}, 1, false},       {{1, 3, 6, 1, 2, 1, 2, 1, 1}, 1, false},
+        {instance, 0, false}, {{1, 3, 6, 1, 2, 1, 2, 1}, 0, true},        {{1, 3, 6, 1, 2, 1, 2, 2}, 0, false},
+        {{1, 3}, 0, true},    {{1, 3, 6, 1, 2, 1, 2, 1, 0, 0}, 1, false}, {{1, 3, 6, 1, 2, 1, 2, 1, 0, 0}, 0, false},
+    };
+    for (const auto& [request, exact, matches] : cases) {
+        SCOPED_TRACE(services::to_string(request) + (exact ? " exact" : " next"));
+        oid name[136] = {};
+        std::ranges::copy(request, name);
+        std::size_t length = request.size();
+        std::size_t value_length = 99;
+        WriteMethod* writer = write_nothing;
+        EXPECT_EQ(header_generic(&entry, name, &length, exact, &value_length, &writer), matches ? 0 : -1);
+        EXPECT_EQ(Oid(name, name + length), matches ? instance : request);
+        EXPECT_EQ(value_length, matches ? 4u : 99u);
+        EXPECT_EQ(writer == nullptr, matches);
+    }
+}
+
+TEST_F(HostTest, OidsSortByTheirSubIdentifiersAsUnsignedNumbers) {
+    const std::vector<Oid> sorted{{}, {1}, {1, 0}, {1, 2}, {1, 2, 0}, {1, 0x80000000}, {2}};
+    for (std::size_t i = 0; i < sorted.size(); ++i)
+        for (std::size_t j = 0; j < sorted.size(); ++j) {
+            const int order = snmp_oid_compare(sorted[i].data(), sorted[i].size(), sorted[j].data(), sorted[j].size());
+            EXPECT_EQ(order < 0, i < j);
+            EXPECT_EQ(order > 0, i > j);
+        }
+}
+
+TEST_F(HostTest, RegistrationsAreCheckedBeforeTheyAreTaken) {
+    const VariableEntry entries[] = {variable({1}), variable({2})};
+    const VariableEntry unreadable = variable({1}, nullptr);
+    const Oid module{1, 3, 6, 1, 4, 1, 32473, 1};
+    const Oid other{1, 3, 6, 1, 4, 1, 32473, 2};
+    const Oid longest(128, 1);
+    const auto add = [](const VariableEntry* variables, std::size_t size, std::size_t count, const Oid& oid) {
+        return register_mib("it", variables, size, count, oid.data(), oid.size()) == 0;
+    };
+    EXPECT_FALSE(add(entries, sizeof *entries - 4, 2, module));
+    EXPECT_FALSE(add(entries, sizeof *entries, 2, longest));
+    EXPECT_FALSE(add(&unreadable, sizeof unreadable, 1, module));
+    EXPECT_TRUE(add(entries, sizeof *entries, 2, module));
+    EXPECT_FALSE(add(entries, sizeof *entries, 2, module));  // a second time
+    services::services().may_register = [](const services::Registration&) { return false; };
+    EXPECT_FALSE(add(entries, sizeof *entries, 2, other));
+    ASSERT_EQ(services::services().registrations.size(), 1u);
+    EXPECT_EQ(services::services().registrations[0].module_oid, module);
+}
+
+TEST_F(HostTest, RegisteredObjectsStandInOidOrderUnderTheirFullNames) {
+    const VariableEntry late[] = {variable({2, 1}), variable({10}), variable({2})};
+    const VariableEntry early[] = {variable({5})};
+    const services::Registry registry({{"late", {1, 3, 2}, late, 2}, {"early", {1, 3, 1}, early, 1}});
+    std::vector<std::string> names;
+    for (const services::Object& object : registry.objects())
+        names.push_back(object.module + " " + services::to_string(object.oid()));
+    EXPECT_THAT(names, ElementsAre("early 1.3.1.5", "late 1.3.2.2.1", "late 1.3.2.10"));
+    EXPECT_EQ(registry.modules(), 2u);
+    EXPECT_EQ(registry.find({1, 3, 2, 2, 1, 7}), &registry.objects()[1]);
+    EXPECT_EQ(registry.find({1, 3, 2, 2, 2}), nullptr);
+    EXPECT_EQ(registry.behind({1, 3, 2, 2, 1}), 2u);
+    EXPECT_EQ(registry.format({1, 3, 2, 10, 4}), "1.3.2.10.4");  // no library, no names
+    EXPECT_EQ(registry.parse("late.3"), (Oid{1, 3, 2, 3}));
+}
+
+TEST_F(HostTest, OidsAreReadFromNumbersAndNames) {
+    services::Library library(SWITCHMIB_LIBRARY);
+    library.initialise();
+    const services::Registry registry(services::services().registrations, library);
+    std::string longest = "1";
+    for (int i = 1; i < 128; ++i) longest += ".1";
+
+    for (const auto& [text, oid] :
+         std::initializer_list<std::pair<const char*, Oid>>{{"1.3.6.1", {1, 3, 6, 1}},
+                                                            {".1.3.4294967295", {1, 3, 4294967295}},
+                                                            {"0", {0}},
+                                                            {"ifDescr", {1, 3, 6, 1, 2, 1, 2, 2, 1, 2}},
+                                                            {"ifDescr.5121", {1, 3, 6, 1, 2, 1, 2, 2, 1, 2, 5121}},
+                                                            {"interfaces", {1, 3, 6, 1, 2, 1, 2}},
+                                                            {"interfaces.2", {1, 3, 6, 1, 2, 1, 2, 2}}}) {
+        EXPECT_EQ(registry.parse(text), oid) << text;
+    }
+    EXPECT_TRUE(registry.parse(longest));
+    const std::vector<std::string> malformed{
+        "",   ".",  "1..3",     "1.",         "..1",       "4294967296", "-1",           "1.3x",
+        " 1", "+1", "ifDescr.", "ifDescr..1", "ifDescr.x", "noSuchName", longest + ".1", "ifDescr." + longest};
+    for (const std::string& text : malformed) EXPECT_FALSE(registry.parse(text)) << text;
+
+    EXPECT_EQ(registry.format({1, 3, 6, 1, 2, 1, 2, 2, 1, 2, 5121}), "ifDescr.5121");
+    EXPECT_EQ(registry.format({1, 3, 6, 1, 2, 1, 2, 2, 1, 2}), "ifDescr");
+    EXPECT_EQ(registry.format({1, 3, 6, 1, 2, 1, 2, 2}), "1.3.6.1.2.1.2.2");
+}
+
+TEST_F(HostTest, ALibrarysExportsAreItsOwn) {
+    const services::Library library(SWITCHMIB_LIBRARY);
+    EXPECT_TRUE(std::ranges::is_sorted(library.exports()));
+    EXPECT_THAT(library.exports(), ::testing::Contains("interfaces_snmp_init"));
+    EXPECT_THAT(library.exports(), ::testing::Not(::testing::Contains("register_mib")));  // imported
+    EXPECT_NE(library.symbol("interfaces_oid"), nullptr);
+    EXPECT_EQ(library.symbol("memcpy"), nullptr);  // one of what the library needs itself
+}
+
+TEST_F(HostTest, WhatIsNoModuleLibraryIsRefusedByName) {
+    const std::string text = ::testing::TempDir() + "no_library.so";
+    std::ofstream(text) << "not an ELF file\n";
+    for (const std::string& path : {std::string("/nonexistent/lib.so"), text, std::string("libc.so.6")}) {
+        try {
+            services::Library library(path);
+            ADD_FAILURE() << path << " was taken";
+        } catch (const std::runtime_error& error) {
+            EXPECT_THAT(error.what(), HasSubstr(path));
+        }
+    }
+}
+
+}  // namespace tests

@@ -1,0 +1,180 @@
+#include "support/recording_host.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace tests {
+namespace {
+
+int untouched(int, unsigned char*, unsigned char, std::size_t, unsigned char*, oid*, std::size_t) { return -1; }
+
+constexpr std::size_t kNameRoom = 128 + 8;
+
+}  // namespace
+
+WriteMethod* const RecordingHost::kUntouched = &untouched;
+
+Bytes integer(std::int64_t number) {
+    const auto word = static_cast<std::uint32_t>(number);
+    Bytes octets(sizeof word);
+    std::memcpy(octets.data(), &word, sizeof word);
+    return octets;
+}
+
+Bytes text(const std::string& octets) { return Bytes(octets.begin(), octets.end()); }
+
+Loaded::Loaded(const char* path)
+    : library(path),
+      registrations([this] {
+          auto& all = services::services().registrations;
+          all.clear();
+          library.initialise();
+          return std::exchange(all, {});
+      }()),
+      registry(registrations, library) {}
+
+const services::Object& Loaded::object(const std::string& name) const {
+    const auto& objects = registry.objects();
+    const auto found = std::ranges::find(objects, name, &services::Object::name);
+    if (found != objects.end()) return *found;
+    ADD_FAILURE() << "no object " << name;
+    return objects.front();
+}
+
+Loaded& loaded() {
+    static Loaded instance(SWITCHMIB_LIBRARY);
+    return instance;
+}
+
+Loaded& probe() {
+    static Loaded instance(PROBE_LIBRARY);
+    return instance;
+}
+
+RecordingHost::RecordingHost(const Loaded& library) : library_(library) {
+    services::services().backend = this;
+    services::services().context = {};
+    services::services().log = [this](const services::LogLine& line) { logged.push_back(line); };
+}
+
+RecordingHost::~RecordingHost() {
+    services::services().backend = nullptr;
+    services::services().context = {};
+    services::services().log = nullptr;
+}
+
+void RecordingHost::answer(const std::string& name, Bytes value, Bytes next_key) {
+    answers[name] = [value = std::move(value), next_key = std::move(next_key)](const services::ShowRequest&) {
+        return Answer{value, next_key};
+    };
+}
+
+bool RecordingHost::show(services::ShowRequest& request) {
+    const auto* key = static_cast<const std::uint8_t*>(request.key);
+    shown.push_back({request, key != nullptr ? Bytes(key, key + request.key_size) : Bytes()});
+    const auto script = answers.find(request.name);
+    if (script == answers.end()) return false;
+    const Answer answer = script->second(request);
+    if (!answer.value) return false;
+    EXPECT_LE(answer.value->size(), static_cast<std::size_t>(request.result_size));
+    std::memcpy(request.result, answer.value->data(), answer.value->size());
+    *request.value_length = answer.value->size();
+    if (!request.exact && !answer.next_key.empty()) {
+        EXPECT_EQ(answer.next_key.size(), static_cast<std::size_t>(request.key_size));
+        std::memcpy(request.key, answer.next_key.data(), answer.next_key.size());
+    }
+    return true;
+}
+
+bool RecordingHost::configure(const services::ConfigRequest& request) {
+    EXPECT_GT(request.line, 0);
+    sent.push_back({std::to_string(request.mode) + " " + request.command, request.caller});
+    return std::ranges::find(refused_lines, request.command) == refused_lines.end();
+}
+
+std::optional<std::string> RecordingHost::interface_name(std::uint32_t ifindex) {
+    if (const auto named = interface_names.find(ifindex); named != interface_names.end()) return named->second;
+    if (ifindex > 5120 && ifindex <= 5120 + 90) return "port" + std::to_string(ifindex - 5120);
+    if (ifindex > 1024 && ifindex <= 1024 + 4094) return "vlan" + std::to_string(ifindex - 1024);
+    return std::nullopt;
+}
+
+Oid RecordingHost::oid_of(const std::string& object, const Oid& index) const {
+    Oid name = library_.object(object).oid();
+    name.insert(name.end(), index.begin(), index.end());
+    return name;
+}
+
+RecordingHost::ReadResult RecordingHost::read(const std::string& object, const Oid& index, int exact,
+                                              std::optional<int> magic) {
+    return read_name(object, oid_of(object, index), exact, magic);
+}
+
+RecordingHost::ReadResult RecordingHost::read_name(const std::string& object, const Oid& name, int exact,
+                                                   std::optional<int> magic) {
+    VariableEntry entry = library_.object(object).entry;
+    if (magic) entry.magic = static_cast<std::uint8_t>(*magic);
+    oid room[kNameRoom] = {};
+    std::ranges::copy(name, room);
+    std::size_t name_length = name.size();
+    std::size_t value_length = 0;
+    ReadResult result{{}, {}, kUntouched, nullptr};
+    result.address = entry.findVar(&entry, room, &name_length, exact, &value_length, &result.writer);
+    if (result.address != nullptr) result.value = Bytes(result.address, result.address + value_length);
+    result.name.assign(room, room + name_length);
+    return result;
+}
+
+WriteMethod* RecordingHost::writer_of(const std::string& object) {
+    const auto before = std::tuple(shown, sent, logged);
+    WriteMethod* writer = kUntouched;
+    for (const Oid& index : {Oid{}, Oid{0}}) {  // a column without an index, a scalar's instance
+        writer = get(object, index).writer;
+        if (writer != kUntouched && writer != nullptr) break;
+    }
+    std::tie(shown, sent, logged) = before;
+    EXPECT_TRUE(writer != kUntouched && writer != nullptr) << object << " hands out no write method";
+    return writer == nullptr ? kUntouched : writer;
+}
+
+int RecordingHost::write(int phase, const std::string& object, const Oid& index, std::uint8_t type, const Bytes& value,
+                         unsigned char* state) {
+    return write_name(phase, object, oid_of(object, index), type, value, state);
+}
+
+int RecordingHost::write_name(int phase, const std::string& object, const Oid& name, std::uint8_t type,
+                              const Bytes& value, unsigned char* state) {
+    WriteMethod* writer = writer_of(object);
+    Oid room = name;
+    room.resize(kNameRoom);
+    Bytes octets = value;
+    return writer(phase, octets.data(), type, octets.size(), state, room.data(), name.size());
+}
+
+int RecordingHost::set(const std::vector<Assignment>& varbinds) {
+    std::vector<agent::Varbind> request;
+    for (const Assignment& varbind : varbinds)
+        request.push_back({oid_of(varbind.object, varbind.index), {varbind.type, varbind.value}});
+    return agent::Engine(library_.registry).set(request).status;
+}
+
+std::vector<std::string> RecordingHost::lines() const {
+    std::vector<std::string> lines;
+    for (const Sent& line : sent) lines.push_back(line.line);
+    return lines;
+}
+
+std::vector<std::string> RecordingHost::commands() const {
+    std::vector<std::string> commands;
+    for (const Shown& request : shown) commands.push_back(request.command());
+    return commands;
+}
+
+void RecordingHost::forget() {
+    shown.clear();
+    sent.clear();
+    logged.clear();
+}
+
+}  // namespace tests
