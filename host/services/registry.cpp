@@ -52,7 +52,7 @@ Registry::Registry(const std::vector<Registration>& registrations, const Library
 // A table's exported array is its entry's OID and a column slot: the longest one above a registered object.
 void Registry::add_tables(const Library& library) {
     for (const std::string& symbol : library.exports()) {
-        if (!symbol.ends_with("TABLE_oid")) continue;
+        if (!symbol.ends_with("TABLE_oid") || symbol.starts_with("__")) continue;  // "__": a sanitizer's own
         const auto* ids = static_cast<const ::oid*>(library.symbol(symbol));
         std::size_t entry = 0;
         for (const Object& object : objects_) {
