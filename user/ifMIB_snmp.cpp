@@ -7,11 +7,6 @@ namespace switchmib::ifMIB {
 
 MODULE(ifMIB, kMib2, 31);
 
-struct InterfaceKey {
-    std::uint32_t ifindex;
-    static constexpr Kind index[] = {Kind::integer};
-};
-
 // --- ifXTable --------------------------------------------------------------------------------------------------------
 
 TABLE(ifMIB, IFXTABLE, 1, 1, 1);
@@ -87,7 +82,7 @@ constexpr Table<InterfaceKey> ifXTable{
 
 TABLE(ifMIB, IFSTACKTABLE, 1, 2, 1);
 
-constexpr Table<InterfaceKey> ifStackTable{
+constexpr Table<NoKey> ifStackTable{
     .name = "ifStackTable",
     .id = IFSTACKTABLE,
     .answers = false,
@@ -103,7 +98,7 @@ constexpr Table<InterfaceKey> ifStackTable{
 
 TABLE(ifMIB, IFTESTTABLE, 1, 3, 1);
 
-constexpr Table<InterfaceKey> ifTestTable{
+constexpr Table<NoKey> ifTestTable{
     .name = "ifTestTable",
     .id = IFTESTTABLE,
     .answers = false,
@@ -125,7 +120,7 @@ constexpr Table<InterfaceKey> ifTestTable{
 
 TABLE(ifMIB, IFRCVADDRESSTABLE, 1, 4, 1);
 
-constexpr Table<InterfaceKey> ifRcvAddressTable{
+constexpr Table<NoKey> ifRcvAddressTable{
     .name = "ifRcvAddressTable",
     .id = IFRCVADDRESSTABLE,
     .answers = false,

@@ -6,11 +6,6 @@ namespace switchmib::interfaces {
 
 MODULE(interfaces, kMib2, 2);
 
-struct InterfaceKey {
-    std::uint32_t ifindex;
-    static constexpr Kind index[] = {Kind::integer};
-};
-
 constexpr Scalars interfacesGlobals{
     .name = "interfacesGlobals",
     .text = "show interface_uib interfaces_g",

@@ -1,12 +1,11 @@
 // VLAN interfaces: the routed interface of a VLAN, listed, created and deleted.
+#include "framework/address.h"
 #include "framework/module.h"
 #include "framework/write.h"
 
 namespace switchmib::pellamVlanInterfaceMIB {
 
 MODULE(pellamVlanInterfaceMIB, kVendor, 10, 1, 100, 3, 4);
-
-constexpr std::uint32_t kVlanIfIndexBase = 1024;
 
 struct VlanKey {
     std::uint32_t vid;

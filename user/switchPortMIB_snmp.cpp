@@ -7,11 +7,6 @@ namespace switchmib::switchPortMIB {
 
 MODULE(switchPortMIB, kVendor, 10, 1, 100, 2, 1);
 
-struct PortKey {
-    std::uint32_t ifindex;
-    static constexpr Kind index[] = {Kind::integer};
-};
-
 constexpr Scalars switchPortMIBGlobals{
     .name = "switchPortMIBGlobals",
     .text = "show swport table_number",
@@ -39,7 +34,7 @@ struct Port {
 const char* medium_word(std::uint32_t medium) { return medium == kCopper ? " copper" : " fiber"; }
 
 Error parse(Set& set, std::int32_t& value, Port& port) {
-    PortKey row;
+    InterfaceKey row;
     TRY(set.integer(value));
     TRY(set.row(SWPORTTABLE, row));
     port.ifindex = row.ifindex;
@@ -163,11 +158,11 @@ Error write_swPortMaxRcvFrameSize(Set& set) {
     return set.sub({"max-rcv-frame-size %d", octets});
 }
 
-constexpr Table<PortKey> swPortTable{
+constexpr Table<InterfaceKey> swPortTable{
     .name = "swPortTable",
     .id = SWPORTTABLE,
     .command =
-        [](const PortKey& row) {
+        [](const InterfaceKey& row) {
             return row.ifindex == 0 ? Command("show swport swport_table")
                                     : Command("show swport swport_table %d", row.ifindex);
         },

@@ -98,6 +98,7 @@ TEST_F(Framework, ScalarsAskByMagicWithoutAKey) {
     get("probeFormed", {0});
     EXPECT_THAT(commands(), ElementsAre("show probe", "show probe two", "show probe 1"));
     EXPECT_EQ(shown[0].request.result_size, 12);
+    EXPECT_GT(shown[0].request.line, 0);
     EXPECT_EQ(shown[0].request.exact, 1);
     EXPECT_EQ(next("probeShown").name, oid_of("probeShown", {0}));
     EXPECT_EQ(shown.back().request.exact, 1);

@@ -81,6 +81,12 @@ inline constexpr KeyShape shape_of = [] {
     return shape;
 }();
 
+// The key of every table that has a row for each interface or port.
+struct InterfaceKey {
+    std::uint32_t ifindex;
+    static constexpr Kind index[] = {Kind::integer};
+};
+
 // Fills `key`, which comes clear, from the request behind `prefix`; a field that the request does not reach stays clear.
 // A GETNEXT that sorts before the prefix fills nothing and gets `*name_length` cut to the prefix. -1: an exact request with too many or
 // too few index sub-identifiers, or a counted string of another length than its field's.

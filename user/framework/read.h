@@ -23,6 +23,7 @@ struct Group {
     int line;
     const char* text = "";
     Command (*scalar_command)(const Read&) = nullptr;
+    void (*unmatched)(const Read&) = nullptr;
 
     const KeyShape* shape = nullptr;
     Command (*row_command)(void* key, const Read&) = nullptr;
@@ -65,8 +66,10 @@ inline unsigned char* show(const Group& group, const Read& read, const char* com
 
 template <const Group& group>
 unsigned char* read_scalar(const Read& read) {
-    if (header_generic(read.entry, read.name, read.name_length, read.exact, read.value_length, read.write_method))
+    if (header_generic(read.entry, read.name, read.name_length, read.exact, read.value_length, read.write_method)) {
+        if (group.unmatched != nullptr) group.unmatched(read);
         return nullptr;
+    }
     const Cell* scalar = cell(group, read);
     if (scalar == nullptr) return nullptr;
     hand_out(scalar->writer, read);
@@ -120,6 +123,15 @@ unsigned char* read_row(const Read& read) {
     return value;
 }
 
+// The value of a scalar that never changes, in a cell of its own; for `computes`.
+template <std::int32_t value>
+unsigned char* constant(const Read& read) {
+    static std::int32_t cell;
+    cell = value;
+    *read.value_length = sizeof cell;
+    return reinterpret_cast<unsigned char*>(&cell);
+}
+
 // A table without answers: the write method is all that it has.
 inline unsigned char* read_nothing(const Group& table, const Read& read) {
     if (const Cell* column = cell(table, read)) hand_out(column->writer, read);
@@ -142,7 +154,8 @@ consteval Group group_of_scalars() {
             .result = scalars.result,
             .line = scalars.line,
             .text = scalars.text,
-            .scalar_command = scalars.command};
+            .scalar_command = scalars.command,
+            .unmatched = scalars.unmatched};
 }
 
 template <const auto& table>
@@ -155,10 +168,10 @@ consteval Group group_of_table() {
                 .count = cells_of<table>.size(),
                 .result = table.result,
                 .line = table.line,
-                .shape = &shape_of<Key>,
                 .bad_index = table.bad_index,
                 .request_class = table.request_class,
                 .counts_index = table.counts_index};
+    if constexpr (table.answers) group.shape = &shape_of<Key>;
     if constexpr (table.command.of_request != nullptr)
         group.row_command = [](void* key, const Read& read) {
             return table.command.of_request(*static_cast<Key*>(key), read);

@@ -90,6 +90,7 @@ struct Scalars {
     // The group's show command: a text, or a function of the request. Objects may have their own.
     const char* text = "";
     Command (*command)(const Read&) = nullptr;
+    void (*unmatched)(const Read&) = nullptr;  // told of a request for none of the scalars
     Result result = {};
     std::initializer_list<Scalar> scalars;
     int line = __builtin_LINE();
@@ -121,7 +122,8 @@ struct RowCommand {
 // A row record that the show request gets in place of the key: filled before it, taken back after a GETNEXT.
 struct NoRecord {};
 
-enum Answers : bool { always = true, never_asked = false };
+// The key of a table that never answers.
+struct NoKey {};
 
 template <class Key, class Record = NoRecord>
 struct Table {

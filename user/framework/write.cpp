@@ -56,6 +56,31 @@ Error Set::enter(const InterfaceName& interface, int line) const {
     return global(Command("interface %s", interface.text), line);
 }
 
+Error Set::copy(void* field, std::size_t room) const {
+    if (length_given > room) return wrongLength;
+    if (length_given > 0) std::memcpy(field, value, length_given);
+    return noError;
+}
+
+bool Set::lookup(const Command& command, int magic, void* result, int size, int line) const {
+    std::size_t length = 0;
+    return uib_sh_show_request(2, command, result, size, &length, nullptr, 0, magic, 1, 0, caller, line) == 0;
+}
+
+Error Set::interface_line(const TableId& table, std::initializer_list<Line> lines, int line) const {
+    std::int32_t number;
+    InterfaceKey key;
+    InterfaceName interface;
+    TRY(integer(number));
+    TRY(row(table, key));
+    TRY(interface_name(key.ifindex, interface));
+    const auto* chosen = std::ranges::find(lines, number, &Line::value);
+    if (chosen == lines.end()) return wrongValue;
+    if (!acting()) return noError;
+    TRY(enter(interface, line));
+    return sub(chosen->text, line);
+}
+
 Error refuse(const Refusal& refusal, const Set& set) {
     TRY(set.type(refusal.type));
     if (refusal.length != kAnyLength) TRY(set.length(static_cast<std::size_t>(refusal.length)));

@@ -12,6 +12,7 @@
 #include <climits>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 
 // Ends the writer with the error of a step that failed.
 #define TRY(step)                                                                                       \
@@ -60,6 +61,9 @@ public:
     Error type(Asn expected) const { return type_given == expected ? noError : wrongType; }
     Error length(std::size_t expected) const { return length_given == expected ? noError : wrongLength; }
 
+    // The varbind's octets into a field of `room` octets, which keeps what it holds behind them. wrongLength when they
+    // are more.
+    Error copy(void* field, std::size_t room) const;
     // The varbind as a number of 4 octets.
     Error integer(std::int32_t& number) const;
     Error unsigned32(std::uint32_t& number) const;
@@ -90,6 +94,18 @@ public:
     Error sub(const Command& text, int line = __builtin_LINE()) const { return sub(text.c_str(), line); }
     // "interface <name>".
     Error enter(const InterfaceName& interface, int line = __builtin_LINE()) const;
+
+    // Asks the backend for one value under the write method's name. A refused lookup leaves `result` as the backend left
+    // it; false then.
+    bool lookup(const Command& command, int magic, void* result, int size, int line = __builtin_LINE()) const;
+
+    // A writer as a whole: an INTEGER column of a table keyed by ifIndex, whose every value is one line in the
+    // interface's mode. The interface must have a name (genErr), the value a line (wrongValue).
+    struct Line {
+        std::int32_t value;
+        const char* text;
+    };
+    Error interface_line(const TableId& table, std::initializer_list<Line> lines, int line = __builtin_LINE()) const;
 
 private:
     Error row(const TableId& table, const KeyShape& shape, void* key) const;

@@ -1,0 +1,64 @@
+// Member lists: the octet strings that stand for ports and VLANs, the difference between two of them, and walks over
+// their members. Member n, from 1, is octet (n - 1) / 8, mask 0x80 >> (n - 1) % 8.
+#pragma once
+
+#include "framework/host.h"
+#include "framework/snmp.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace switchmib {
+
+// A list of `size` octets; members behind `last` are never looked at. The host makes of two lists what is in `both`, and
+// what is in `either` but not in both.
+template <std::size_t size, int last, auto both, auto either>
+struct MemberList {
+    unsigned char octets[size] = {};
+
+    bool has(int member) const { return octets[(member - 1) / 8] & 0x80 >> (member - 1) % 8; }
+
+    MemberList common(const MemberList& other) const {
+        MemberList result;
+        both(octets, other.octets, result.octets);
+        return result;
+    }
+
+    // Members of exactly one of the two.
+    MemberList differing(const MemberList& other) const {
+        MemberList result;
+        either(octets, other.octets, result.octets);
+        return result;
+    }
+
+    // Calls visit(member) for each member in ascending order, up to the first error, which is the result.
+    template <class Visit>
+    Error for_each(Visit visit) const {
+        for (int member = 1; member <= last; ++member) {
+            if (!has(member)) continue;
+            if (const Error error = visit(member); error != noError) return error;
+        }
+        return noError;
+    }
+};
+
+// What a new list adds to the current one, and what it removes from it.
+template <class List>
+struct Difference {
+    List added;
+    List removed;
+
+    Difference(const List& current, const List& wanted) {
+        const List common = current.common(wanted);
+        added = common.differing(wanted);
+        removed = common.differing(current);
+    }
+};
+
+using PortList = MemberList<12, 90, PORTLIST_and, PORTLIST_xor>;
+using VlanList = MemberList<512, 4094, VLANLIST_and, VLANLIST_xor>;
+
+// Bridge port n of a port list is this interface.
+inline constexpr std::uint32_t kPortIfIndexBase = 5120;
+
+}  // namespace switchmib
