@@ -2,17 +2,20 @@
 //
 //     bench_library                     nanoseconds for each case (Google Benchmark's options apply)
 //     bench_library --cases             the names of the cases
-//     bench_library --count CASE        runs a case kCounted times inside `counted`, for an instruction counter
+//     bench_library --count CASE        runs a case inside `counted`, for an instruction counter; prints by how many
+//                                       requests or rows to divide
 #include "instant_host.h"
 
 #include <benchmark/benchmark.h>
 #include <dlfcn.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -95,6 +98,7 @@ __attribute__((noinline)) void floor_read(Target& target, int exact, int kind, v
 struct Case {
     std::string name;
     void (*run)();
+    int rows = 1;  // that a run walks over
 };
 
 constexpr oid kArc = SWITCHMIB_VENDOR_ENTERPRISE;
@@ -138,6 +142,69 @@ void floor_text(int exact) {
         [] { return text_key.text; }, [] { return text_key.prefix_length; });
 }
 
+// Walks over tables of any size: per row they cost the same. `rows` is what the backend has.
+std::uint32_t rows;
+
+void walk(const std::vector<oid>& column, std::size_t index_length, instant::Advance* advance, std::uint32_t count) {
+    static std::vector<std::pair<std::vector<oid>, Target>> targets;
+    const auto known = std::ranges::find(targets, column, [](const auto& entry) { return entry.first; });
+    Target& target = known != targets.end() ? known->second : targets.emplace_back(column, Target(column, {})).second;
+    instant::Advance* const before = std::exchange(instant::advance, advance);
+    rows = count;
+    target.ask();
+    std::uint32_t answered = 0;
+    while (target.read(0) != nullptr) ++answered;
+    if (answered != count || target.name_length != target.entry.namelen + index_length) std::abort();
+    instant::advance = before;
+}
+
+template <std::uint32_t count>
+void walk_vlans() {
+    walk(
+        {1, 3, 6, 1, 2, 1, 17, 7, 1, 4, 3, 1, 1}, 1, [](unsigned char* key) { return instant::count_up(key, rows); },
+        count);
+}
+
+// The record that stands in for a route's key comes clear each time: the row goes by a count of its own.
+template <std::uint32_t count>
+void walk_routes() {
+    static std::uint32_t row;
+    row = 0;
+    const auto advance = [](unsigned char* record) {
+        if (row == rows) return false;
+        ++row;
+        record[0] = record[4] = 1;  // IPv4
+        record[8] = 10;
+        record[9] = static_cast<unsigned char>(row >> 8);
+        record[10] = static_cast<unsigned char>(row);
+        record[28] = 24;
+        record[32] = 192;
+        record[35] = 1;
+        return true;
+    };
+    walk({1, 3, 6, 1, 2, 1, 4, 24, 7, 1, 10}, 16, advance, count);
+}
+
+// Rows by VLAN and MAC address, as a forwarding database has them.
+template <std::uint32_t count>
+void walk_fdb() {
+    const auto advance = [](unsigned char* key) {
+        key[0] = 1;
+        return instant::count_up(key + 4, rows);
+    };
+    walk({1, 3, 6, 1, 4, 1, kArc, 99, 1, 2, 2, 1, 1}, 7, advance, count);
+}
+
+// A port-list SET in ACTION: 90 ports change, or none.
+void set_ports(unsigned char current) {
+    static Target target({1, 3, 6, 1, 2, 1, 17, 7, 1, 4, 3, 1, 2}, {10});
+    unsigned char wanted[sizeof instant::port_list];
+    std::memset(wanted, 0xff, sizeof wanted);
+    std::memset(instant::port_list, current, sizeof instant::port_list);
+    target.ask();
+    if (target.writer(2, wanted, 4, sizeof wanted, nullptr, target.name, target.name_length) != 0) std::abort();
+}
+
 const Case kCases[] = {
     {"get/scalar/library", [] { library_read(scalar(), 1); }},
     {"get/scalar/floor",
@@ -173,10 +240,19 @@ const Case kCases[] = {
          std::snprintf(line, sizeof line, "interface vlan%d", integer_key);
          uib_sh_config_request(5, line, "write_nVlanInterfaceRowStatus", 1);
      }},
+    {"set/90 ports", [] { set_ports(0x00); }},
+    {"set/no port", [] { set_ports(0xff); }},
+    {"walk/vlans/100", walk_vlans<100>, 100},
+    {"walk/vlans/4094", walk_vlans<4094>, 4094},
+    {"walk/routes/100", walk_routes<100>, 100},
+    {"walk/routes/10000", walk_routes<10000>, 10000},
+    {"walk/fdb/100", walk_fdb<100>, 100},
+    {"walk/fdb/10000", walk_fdb<10000>, 10000},
 };
 
-const char* const kInits[] = {"interfaces_snmp_init", "ifMIB_snmp_init", "SwitchPortMIB_snmp_init",
-                              "pellamVlanInterfaceMIB_snmp_init"};
+const char* const kInits[] = {"interfaces_snmp_init",    "ifMIB_snmp_init",
+                              "SwitchPortMIB_snmp_init", "pellamVlanInterfaceMIB_snmp_init",
+                              "qBridgeMIB_snmp_init",    "ipForward_snmp_init"};
 
 void load_and_register(benchmark::State& state) {
     for (auto _ : state) {
@@ -191,8 +267,8 @@ void load_and_register(benchmark::State& state) {
 
 }  // namespace
 
-extern "C" __attribute__((noinline)) void counted(void (*run)()) {
-    for (int i = 0; i < kCounted; ++i) run();
+extern "C" __attribute__((noinline)) void counted(void (*run)(), int rounds) {
+    for (int i = 0; i < rounds; ++i) run();
 }
 
 int main(int argc, char** argv) try {
@@ -217,7 +293,9 @@ int main(int argc, char** argv) try {
         for (const Case& one : kCases) {
             if (argc < 3 || one.name != argv[2]) continue;
             one.run();  // the first call binds symbols and allocates
-            counted(one.run);
+            const int rounds = one.rows > 1 ? 1 : kCounted;
+            counted(one.run, rounds);
+            std::printf("%d\n", rounds * one.rows);
             return 0;
         }
         std::fprintf(stderr, "bench_library: no case \"%s\"; --cases lists them\n", argc < 3 ? "" : argv[2]);

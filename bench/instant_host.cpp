@@ -10,6 +10,17 @@ std::vector<Registered>& registered() {
     return all;
 }
 
+Advance* advance = [](unsigned char*) { return true; };
+
+bool count_up(unsigned char* number, std::uint32_t last) {
+    std::uint32_t value;
+    std::memcpy(&value, number, sizeof value);
+    if (value == last) return false;
+    ++value;
+    std::memcpy(number, &value, sizeof value);
+    return true;
+}
+
 }  // namespace instant
 
 extern "C" {
@@ -38,11 +49,16 @@ int snmp_oid_compare(const oid* a, std::size_t a_length, const oid* b, std::size
     return a_length == b_length ? 0 : a_length < b_length ? -1 : 1;
 }
 
-int uib_sh_show_request(std::uint64_t, const char*, void*, int, std::size_t* value_length, void* key, int key_size, int,
-                        int exact, int, const char*, int) {
-    if (!exact && key != nullptr) std::memcpy(key, instant::next_key, static_cast<std::size_t>(key_size));
+int uib_sh_show_request(std::uint64_t, const char*, void* result, int result_size, std::size_t* value_length, void* key,
+                        int, int, int exact, int, const char*, int) {
     *value_length = 4;
-    return 0;
+    if (key == nullptr) {
+        const bool ports = result_size == static_cast<int>(sizeof instant::port_list);
+        if (ports || result_size == static_cast<int>(sizeof instant::port_mode))
+            std::memcpy(result, ports ? instant::port_list : instant::port_mode, static_cast<std::size_t>(result_size));
+        return 0;
+    }
+    return exact || instant::advance(static_cast<unsigned char*>(key)) ? 0 : -1;
 }
 int uib_sh_config_request(int, const char*, const char*, int) { return 0; }
 

@@ -15,7 +15,15 @@ struct Registered {
 };
 std::vector<Registered>& registered();
 
-// Keys that a GETNEXT's show request leaves, by their size.
-inline unsigned char next_key[96];
+// What a GETNEXT does to the key; false at the table's end. A benchmark puts its rows here.
+using Advance = bool(unsigned char* key);
+extern Advance* advance;
+
+// Moves a number in a key on, up to `last`.
+bool count_up(unsigned char* number, std::uint32_t last);
+
+// What lookups are answered with, as far as it reaches: every port's VLAN mode (4 octets) and a VLAN's ports (12).
+inline unsigned char port_mode[4] = {2};
+inline unsigned char port_list[12];
 
 }  // namespace instant
