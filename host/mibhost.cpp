@@ -56,6 +56,7 @@ int run(int argc, char** argv) {
     add_context(serve);
     serve.add_option("--config", config, "options from a JSON object, its keys named as these options")
         ->type_name("FILE");
+    serve.add_flag("--freeze", options.freeze, "stop the switch's clock: its counters and timers stand still");
     serve.add_flag("-v,--verbose", options.verbose, "log each request with the backend requests it causes");
 
     CLI::App& list = *app.add_subcommand("list", "every registration and object");

@@ -25,6 +25,7 @@ std::map<std::string, Target> targets(Options& options) {
         {"vrf", &options.vrf},
         {"snmp-context", &options.snmp_context},
         {"verbose", &options.verbose},
+        {"freeze", &options.freeze},
     };
 }
 

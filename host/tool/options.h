@@ -16,6 +16,7 @@ struct Options {
     std::optional<std::string> vrf;
     std::optional<std::string> snmp_context;
     bool verbose = false;
+    bool freeze = false;  // the simulated switch's clock stands
 };
 
 // Reads a JSON object whose keys are the names of the long options ("write-community"). A key for which `given` holds

@@ -12,6 +12,7 @@
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -73,7 +74,9 @@ int serve(const Options& options) {
     const Session session(options.library);
     const services::Registry& registry = session.registry();
 
-    sw::SimulatedSwitch simulated({{}, log_refusal});
+    sw::Options simulation{.clock = {}, .log = log_refusal};
+    if (options.freeze) simulation.clock = [] { return std::chrono::days(12); };
+    sw::SimulatedSwitch simulated(simulation);
     TracingBackend tracing(simulated, [&](const std::string& line) { log.info("  {}", line); });
     host.backend = options.verbose ? static_cast<services::Backend*>(&tracing) : &simulated;
 

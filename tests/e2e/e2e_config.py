@@ -1,0 +1,142 @@
+#!/usr/bin/python3
+"""Configures a running agent with pysnmp in SETs of several varbinds, and reads all of it back: a VLAN with its ports,
+routes, snooping."""
+
+import sys
+
+from pysnmp.proto.rfc1902 import Gauge32, Integer32, OctetString
+
+sys.dont_write_bytecode = True  # nothing is left in the source tree
+
+from agent_process import ENTERPRISE, PORT1, Agent, check, dotted, main
+from snmp_client import Client
+
+CREATE, DESTROY = Integer32(4), Integer32(6)
+VLAN_NAME, VLAN_EGRESS, _, VLAN_UNTAGGED, VLAN_STATUS = [(1, 3, 6, 1, 2, 1, 17, 7, 1, 4, 3, 1, n) for n in range(1, 6)]
+PVID = (1, 3, 6, 1, 2, 1, 17, 7, 1, 4, 5, 1, 1)
+ROUTE = (1, 3, 6, 1, 2, 1, 4, 24, 7, 1)
+ROUTE_IFINDEX, ROUTE_METRIC, ROUTE_STATUS = ROUTE + (7,), ROUTE + (12,), ROUTE + (17,)
+IGMP = ENTERPRISE + (10, 1, 100, 2, 7, 1)
+MLD = ENTERPRISE + (10, 1, 100, 2, 7, 2)
+VLAN10 = 1024 + 10
+
+
+def port(n):
+    return PORT1 + n - 1
+
+
+def ports(*members):
+    octets = bytearray(12)
+    for n in members:
+        octets[(n - 1) // 8] |= 0x80 >> (n - 1) % 8
+    return OctetString(bytes(octets))
+
+
+def configure(agent, client, bindings, lines):
+    """A SET that is accepted and sends exactly these lines, in this order."""
+    start = len(agent.lines)
+    answer = client.set(*bindings)
+    if answer != (0, 0):
+        agent.wait_for_line("answer", start=start)
+        check(False, f"SET for {lines}: error status and index {answer}:\n" + "\n".join(agent.lines[start:]))
+    for line in lines[-1:]:
+        agent.wait_for_line(f'config .*"{line}"', start=start)
+    sent = [line.split('"')[1] for line in agent.lines[start:] if "config mode" in line]
+    check(sent == lines, f"a SET sent {sent}, not {lines}")
+
+
+def expect(client, values):
+    """What a walk of the column shows."""
+    for name, value in values.items():
+        rows = dict(client.walk(name[0]))
+        found = rows.get(name[0] + name[1])
+        check(found == value, f"{dotted(name[0])} row {dotted(name[1])} is {found and found.prettyPrint()}, not {value}")
+
+
+def vlans(agent, client):
+    row = (40,)
+    configure(agent, client,
+              [(VLAN_NAME + row, OctetString("lab")), (VLAN_EGRESS + row, ports(13, 25)),
+               (VLAN_UNTAGGED + row, ports(13)), (VLAN_STATUS + row, CREATE)],
+              ["vlan 40", "name lab", "interface port13", "switchport hybrid allowed vlan add untagged 40",
+               "interface port25", "switchport trunk allowed vlan add 40"])
+    expect(client, {(VLAN_NAME, row): OctetString("lab"), (VLAN_EGRESS, row): ports(13, 25),
+                    (VLAN_UNTAGGED, row): ports(13), (VLAN_STATUS, row): Integer32(1)})
+    configure(agent, client, [(VLAN_EGRESS + row, ports(13, 26))],
+              ["interface port25", "switchport trunk allowed vlan remove 40", "interface port26",
+               "switchport trunk allowed vlan add 40"])
+    configure(agent, client, [(PVID + (port(13),), Gauge32(40))],
+              ["interface port13", "switchport hybrid native vlan 40"])
+    expect(client, {(VLAN_EGRESS, row): ports(13, 26), (PVID, (port(13),)): Gauge32(40)})
+    configure(agent, client, [(VLAN_STATUS + row, DESTROY)], ["no vlan 40"])
+    expect(client, {(VLAN_NAME, row): None})
+    print("VLAN 40: created with its ports in one SET, changed, deleted")
+
+
+def routes(agent, client):
+    route = (1, 4, 198, 51, 100, 0, 24, 2, 0, 0, 1, 4, 10, 0, 0, 254)
+    configure(agent, client, [(ROUTE_METRIC + route, Integer32(7)), (ROUTE_STATUS + route, CREATE)],
+              ["ip route 198.51.100.0/24 10.0.0.254 7"])
+    expect(client, {(ROUTE_METRIC, route): Integer32(7)})
+    configure(agent, client, [(ROUTE_METRIC + route, Integer32(9))], ["ip route 198.51.100.0/24 10.0.0.254 9"])
+    expect(client, {(ROUTE_METRIC, route): Integer32(9)})
+    configure(agent, client, [(ROUTE_STATUS + route, DESTROY)], ["no ip route 198.51.100.0/24 10.0.0.254"])
+    expect(client, {(ROUTE_METRIC, route): None})
+
+    route6 = ((2, 16) + tuple(bytes.fromhex("20010db8000700000000000000000000")) + (48, 2, 0, 0, 2, 16) +
+              tuple(bytes.fromhex("fe800000000000000000000000000001")))
+    configure(agent, client,
+              [(ROUTE_IFINDEX + route6, Integer32(VLAN10)), (ROUTE_METRIC + route6, Integer32(3)),
+               (ROUTE_STATUS + route6, CREATE)],
+              ["ipv6 route 2001:db8:7::/48  vlan 10 fe80::1 3"])
+    expect(client, {(ROUTE_METRIC, route6): Integer32(3), (ROUTE_IFINDEX, route6): Integer32(VLAN10)})
+    print("routes: added with metric and interface, changed, removed")
+
+
+def snooping(agent, client):
+    for arc, kind, config, group in ((IGMP, 1, "ip igmp", (1, 4, 239, 1, 1, 9)),
+                                     (MLD, 2, "ipv6 mld", (2, 16, 255, 30) + (0,) * 13 + (9,))):
+        state, vlan = arc + (2, 1, 2), (VLAN10, kind)
+        for value, no in ((2, "no "), (1, "")):
+            configure(agent, client, [(state + vlan, Integer32(value))],
+                      ["interface vlan10", f"{no}{config} snooping"])
+            expect(client, {(state, vlan): Integer32(value)})
+
+        text = "239.1.1.9" if kind == 1 else "ff1e::9"
+        status, member = arc + (3, 1, 5), (port(13), VLAN10) + group
+        configure(agent, client, [(status + member, CREATE)],
+                  ["interface vlan10", f"{config} snooping static-group {text} interface port13"])
+        check(status + member in dict(client.walk(status)), f"static group {text} is not there")
+        configure(agent, client, [(status + member, DESTROY)],
+                  ["interface vlan10", f"no {config} snooping static-group {text} interface port13"])
+        check(status + member not in dict(client.walk(status)), f"static group {text} is still there")
+
+        limit, on_port = arc + (6, 1, 4), (port(13), VLAN10, kind)
+        configure(agent, client, [(limit + on_port, Gauge32(100))],
+                  ["interface port13", f"{config} snooping limit 100 vlan 10"])
+        expect(client, {(limit, on_port): Gauge32(100)})
+
+        name, name_status = arc + (7, 1, 4), arc + (7, 1, 5)
+        configure(agent, client, [(name + on_port, OctetString("cameras")), (name_status + on_port, CREATE)],
+                  ["interface port13", f"{config} snooping access-group cameras vlan 10"])
+        expect(client, {(name, on_port): OctetString("cameras")})
+
+        designate = arc + (5, 1, 3)
+        start = len(agent.lines)
+        check(client.set((designate + (VLAN10,), ports(1, 25))) == (0, 0), "a SET of router ports is refused")
+        agent.wait_for_line('config .*"interface vlan10"', start=start)
+        rows = dict(client.walk(designate))
+        check(ports(1, 25) in rows.values(), f"router ports read back as {rows}")
+    print("snooping: states, static groups, limits, access groups and router ports of IGMP and MLD read back")
+
+
+def run(mibhost, library):
+    with Agent(mibhost, library, "--write-community", "private", "-v") as agent:
+        client = Client(agent.port, "private")
+        vlans(agent, client)
+        routes(agent, client)
+        snooping(agent, client)
+        check(agent.stop() == 0, "the agent does not end with exit code 0")
+
+
+main(run)

@@ -1,0 +1,698 @@
+// IGMP and MLD snooping: per VLAN what is on, groups and their sources, router ports, limits, access groups, hosts and
+// statistics.
+//
+// The two protocols are twins: what differs between them is said in Igmp and Mld, everything else once, in templates
+// over them. `name_of<P, "State">` is mgmdIgmpSnpState or mgmdMldSnpState.
+#include "framework/address.h"
+#include "framework/module.h"
+#include "framework/write.h"
+
+#include <algorithm>
+
+namespace switchmib::harrowMgmdSnoopingMIB {
+
+MODULE(harrowMgmdSnoopingMIB, kVendor, 10, 1, 100, 2, 7);
+
+// --- the protocols ---------------------------------------------------------------------------------------------------
+
+struct Igmp {
+    static constexpr int type = 1;  // in keys and commands
+    static constexpr FixedString prefix{"mgmdIgmpSnp"};
+    static constexpr const char* show = "igmp";
+    static constexpr const char* config = "ip igmp snooping";
+    static constexpr const char* no_address = "0.0.0.0";
+    static constexpr FixedString immediate_leave{" immediate-leave"};
+    static constexpr FixedString designate{"debugging igmp snooping snmp designate mrouter"};
+    static constexpr FixedString not_allowed{"debugging igmp snooping snmp not mrouter"};
+    static constexpr const char* no_limit = "no limit filter";  // really without "ip igmp snooping"
+};
+
+struct Mld {
+    static constexpr int type = 2;
+    static constexpr FixedString prefix{"mgmdMldSnp"};
+    static constexpr const char* show = "mld";
+    static constexpr const char* config = "ipv6 mld snooping";
+    static constexpr const char* no_address = "0:0:0:0:0:0:0:0";
+    static constexpr FixedString immediate_leave{" fast-leave"};
+    static constexpr FixedString designate{"debugging mld snooping snmp mrouter"};
+    static constexpr FixedString not_allowed{"debugging mld snooping snmp mrouter forbidden"};
+    static constexpr const char* no_limit = "no ipv6 mld snooping limit";
+};
+
+template <std::size_t front, std::size_t back>
+consteval FixedString<front + back - 1> operator+(const FixedString<front>& a, const FixedString<back>& b) {
+    char text[front + back - 1] = {};
+    std::copy_n(a.text, front - 1, text);
+    std::copy_n(b.text, back, text + front - 1);
+    return text;
+}
+
+template <class P, FixedString suffix>
+constexpr auto full_name = P::prefix + suffix;
+template <class P, FixedString suffix>
+constexpr const char* name_of = full_name<P, suffix>.text;
+
+// A writable column and its write method, which calls itself write_mgmdIgmpSnpState.
+template <class P, FixedString suffix, Error (*write)(Set&)>
+constexpr Column writable(oid column, Asn type) {
+    return {column, name_of<P, suffix>, type, ReadWrite,
+            make_writer<write, FixedString("write_") + full_name<P, suffix>>()};
+}
+
+// Exports the OIDs of two tables, MGMDIGMPSNPTABLE_oid and MGMDMLDSNPTABLE_oid; SNPTABLE<P> is one of them.
+#define TWIN_TABLES(TABLE_NAME, arc)                                        \
+    TABLE(harrowMgmdSnoopingMIB, MGMDIGMP##TABLE_NAME, Igmp::type, arc, 1); \
+    TABLE(harrowMgmdSnoopingMIB, MGMDMLD##TABLE_NAME, Mld::type, arc, 1);   \
+    template <class P>                                                      \
+    constexpr TableId TABLE_NAME = P::type == Igmp::type ? MGMDIGMP##TABLE_NAME : MGMDMLD##TABLE_NAME
+
+// The result buffer that two tables share. The backend puts numbers into it.
+constexpr int kResultSize = 400;
+#define TWIN_RESULT(buffer)                             \
+    SWITCHMIB_EXPORT unsigned char buffer[kResultSize]; \
+    alignas(std::uint32_t) constinit unsigned char buffer[kResultSize] = {}
+
+// --- the log ---------------------------------------------------------------------------------------------------------
+// Every step of a read and a write is traced. `$` separates the fields; the source line is one of them.
+
+#define LOG_TRACE(...) anprintf(62, 0, 101, 0, __VA_ARGS__)
+#define LOG_ERROR(...) anprintf(62, 0, 104, 0, __VA_ARGS__)
+
+// Ends the writer with the error of a step that failed, and logs it. Which refusals are logged, and how, differs from
+// writer to writer; log filters know them so.
+#define TRY_LOGGED(step, text)                                  \
+    do {                                                        \
+        if (const Error failed_ = (step); failed_ != noError) { \
+            LOG_ERROR(text "$%s$%d\n", set.caller, __LINE__);   \
+            return failed_;                                     \
+        }                                                       \
+    } while (false)
+
+template <class P, FixedString table>
+void log_bad_index(const Read&, int) {
+    LOG_ERROR("MGMD$SNPMIB-ERR$ret < 0$%s$%d\n", name_of<P, table>, __LINE__);
+}
+
+Command traced(const Read& read, const char* table, const Command& command, int line = __builtin_LINE()) {
+    LOG_TRACE("MGMD$SNPMIB$%s %d cmd : %s m:%d\n", table, line, command.c_str(), read.entry->magic);
+    return command;
+}
+
+// The line that enters an interface. The lookup may fail: the backend then refuses the empty name.
+Command interface_line(std::uint32_t ifindex) {
+    InterfaceName name;
+    Set::interface_name(ifindex, name);
+    return {"interface %s", name.text};
+}
+
+void trace_line(const Set& set, const Command& text, int line = __builtin_LINE()) {
+    LOG_TRACE("MGMD$SNPMIB$ %s$%s$%d\n", text.c_str(), set.caller, line);
+}
+
+// The same without the blank, in the limits and access groups.
+void trace_port_line(const Set& set, const Command& text, int line = __builtin_LINE()) {
+    LOG_TRACE("MGMD$SNPMIB$%s$%s$%d\n", text.c_str(), set.caller, line);
+}
+
+// An address as show commands have it: `text`, or what stands for one that is none.
+template <class P>
+const char* shown(const InetAddress& address, AddressText& text) {
+    if (!to_text(address, text)) return " ";
+    return address.type == kNoAddress ? P::no_address : text.text;
+}
+
+// --- scalars ---------------------------------------------------------------------------------------------------------
+
+// Registered, but neither read nor written: snooping is switched per VLAN.
+constexpr Scalars harrowMgmdSnoopingMIBGlobals{
+    .name = "harrowMgmdSnoopingMIBGlobals",
+    // A trace in spite of its text.
+    .unmatched =
+        [](const Read&) { LOG_TRACE("MGMD$SNPMIB-ERR$return NULL$%s$%d\n", "harrowMgmdSnoopingMIBGlobals", __LINE__); },
+    .scalars =
+        {
+            {{Igmp::type, 1}, name_of<Igmp, "Global">, Integer, ReadWrite, never},
+            {{Mld::type, 1}, name_of<Mld, "Global">, Integer, ReadWrite, never},
+        },
+};
+
+// --- VLANs: mgmdIgmpSnpTable, mgmdMldSnpTable ------------------------------------------------------------------------
+
+TWIN_TABLES(SNPTABLE, 2);
+TWIN_RESULT(RETVALUE_mgmdSnpTable);
+
+struct VlanKey {
+    std::uint32_t idx;  // ifIndex of the VLAN interface
+    std::uint32_t qr_type;
+    static constexpr Kind index[] = {Kind::integer, Kind::integer};
+};
+static_assert(sizeof(VlanKey) == 8);
+
+// Turns on (1) or off (2) what `feature` names, once type and length are checked.
+template <class P>
+Error write_switch(const Set& set, const char* feature) {
+    constexpr std::int32_t kOn = 1, kOff = 2;
+    std::int32_t state;
+    VlanKey row;
+    TRY_LOGGED(set.row(SNPTABLE<P>, row), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
+    LOG_TRACE("MGMD$SNPMIB$%d$%s$%d\n", row.idx, set.caller, __LINE__);
+    TRY(set.integer(state));
+    const Command interface = interface_line(row.idx);
+    trace_line(set, interface);
+    TRY(set.range(state, kOn, kOff));
+    if (!set.acting()) return noError;
+    TRY(set.global(interface));
+    const Command line("%s%s%s", state == kOn ? "" : "no ", P::config, feature);
+    trace_line(set, line);
+    return set.sub(line);
+}
+
+template <class P, FixedString feature>
+Error write_state(Set& set) {
+    TRY_LOGGED(set.type(Integer), "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGTYPE");
+    TRY_LOGGED(set.length(4), "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGLENGTH");
+    return write_switch<P>(set, feature.text);
+}
+
+// Both protocols log these texts.
+template <class P, FixedString feature>
+Error write_leave(Set& set) {
+    TRY_LOGGED(set.type(Integer), "IGMP$SNPMIB-ERR$SNMP_ERR_WRONGTYPE");
+    TRY_LOGGED(set.length(4), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
+    return write_switch<P>(set, feature.text);
+}
+
+// No version can be set: 0 alone is taken, as an Unsigned32 though the column is an INTEGER, and what is sent is the
+// interface line twice.
+template <class P>
+Error write_minimum_version(Set& set) {
+    std::uint32_t version;
+    VlanKey row;
+    TRY(set.unsigned32(version));
+    TRY(set.row(SNPTABLE<P>, row));
+    if (version != 0) return wrongValue;
+    const Command interface = interface_line(row.idx);
+    trace_line(set, interface);
+    if (!set.acting()) return noError;
+    TRY(set.global(interface));
+    return set.sub(interface);
+}
+
+template <class P>
+constexpr Table<VlanKey> snp_table{
+    .name = name_of<P, "Table">,
+    .id = SNPTABLE<P>,
+    .command =
+        [](VlanKey& row, const Read& read) {
+            constexpr const char* kTable = name_of<P, "Table">;
+            LOG_TRACE("MGMD$SNPMIB$%s %d index:%d vp->magic:%d\n", kTable, __LINE__, row.idx, read.entry->magic);
+            row.qr_type = P::type;
+            const Command command("show debugging %s snooping snmp interface %d %d", P::show, row.idx, row.qr_type);
+            LOG_TRACE("MGMD$SNPMIB$%s %d cmd : %s \n", kTable, __LINE__, command.c_str());
+            return command;
+        },
+    .bad_index = log_bad_index<P, "Table">,
+    .result = {RETVALUE_mgmdSnpTable, kResultSize},
+    .columns =
+        {
+            {1, name_of<P, "IfIndex">, Integer, ReadOnly, never},
+            writable<P, "State", write_state<P, "">>(2, Integer),
+            writable<P, "QuerierState", write_state<P, " querier">>(3, Integer),
+            {4, name_of<P, "Column4">, Integer, ReadOnly},  // whatever the backend means by it
+            writable<P, "ImmediateLeave", write_leave<P, P::immediate_leave>>(5, Integer),
+            writable<P, "MinimumVersion", write_minimum_version<P>>(6, Integer),
+            writable<P, "HostBaseFastLeave", write_leave<P, " host-based fast-leave">>(7, Integer),
+        },
+};
+
+// --- groups: mgmdIgmpSnpGroupTable, mgmdMldSnpGroupTable -------------------------------------------------------------
+
+TWIN_TABLES(SNPGROUPTABLE, 3);
+TWIN_RESULT(RETVALUE_mgmdSnpGroupTable);
+
+struct GroupKey {
+    std::uint32_t idx;    // ifIndex of the port
+    std::uint32_t v_idx;  // ifIndex of the VLAN interface
+    InetAddress group;
+    static constexpr Kind index[] = {Kind::integer, Kind::integer, Kind::address};
+};
+static_assert(sizeof(GroupKey) == 36);
+
+// Adds (createAndGo) or removes (destroy) what `group` says as static on a port of a VLAN.
+template <class P>
+Error write_static(const Set& set, std::int32_t status, std::uint32_t port_ifindex, std::uint32_t vlan_ifindex,
+                   const Text<128>& group) {
+    InterfaceName port;
+    Set::interface_name(port_ifindex, port);
+    const Command interface = interface_line(vlan_ifindex);
+    TRY(set.row_status(status));
+    if (!set.acting() || (status != createAndGo && status != destroy)) return noError;
+    LOG_TRACE("MGMD$SNPMIB$%s:%d cmd:%s\n", set.caller, __LINE__, interface.c_str());
+    TRY(set.global(interface));
+    const Command line("%s%s static-group %s interface %s", status == destroy ? "no " : "", P::config, group.c_str(),
+                       port.text);
+    LOG_TRACE("MGMD$SNPMIB$%s:%d cmd:%s\n", set.caller, __LINE__, line.c_str());
+    return set.sub(line);
+}
+
+template <class P>
+Error write_group_status(Set& set) {
+    std::int32_t status;
+    GroupKey row;
+    AddressText group;
+    TRY(set.integer(status));
+    TRY(set.row(SNPGROUPTABLE<P>, row));
+    if (!to_text(row.group, group)) return noSuchName;
+    LOG_TRACE("MGMD$SNPMIB$%s:%d idx:%d v_idx:%d g:%s\n", set.caller, __LINE__, row.idx, row.v_idx, group.text);
+    return write_static<P>(set, status, row.idx, row.v_idx, {"%s", group.text});
+}
+
+template <class P>
+constexpr Table<GroupKey> group_table{
+    .name = name_of<P, "GroupTable">,
+    .id = SNPGROUPTABLE<P>,
+    .command =
+        [](GroupKey& row, const Read& read) {
+            constexpr const char* kTable = name_of<P, "GroupTable">;
+            AddressText text;
+            const char* group = shown<P>(row.group, text);
+            LOG_TRACE("MGMD$SNPMIB$%s %d %d v:%d type:%d %s\n", kTable, __LINE__, row.idx, row.v_idx, row.group.type,
+                      group);
+            row.group.type = P::type;
+            return traced(
+                read, kTable,
+                {"show debugging %s snooping snmp group %d %d %d %s", P::show, row.idx, row.v_idx, P::type, group});
+        },
+    .bad_index = log_bad_index<P, "GroupTable">,
+    .result = {RETVALUE_mgmdSnpGroupTable, kResultSize},
+    .columns =
+        {
+            {1, name_of<P, "GroupIfIndex">, Integer, ReadOnly, never},
+            {2, name_of<P, "GroupVlanIfIndex">, Integer, ReadOnly, never},
+            {3, name_of<P, "GroupAddressType">, Integer, ReadOnly, never},
+            {4, name_of<P, "GroupAddress">, OctetString, ReadOnly, never},
+            writable<P, "GroupStatus", write_group_status<P>>(5, Integer),
+            {6, name_of<P, "GroupColumn6">, Integer, ReadOnly},
+            {7, name_of<P, "GroupUpTime">, TimeTicks, ReadOnly},
+            {8, name_of<P, "GroupExpiryTime">, TimeTicks, ReadOnly},
+            {9, name_of<P, "GroupColumn9">, Integer, ReadOnly},
+            {10, name_of<P, "GroupColumn10">, Integer, ReadOnly},
+            {11, name_of<P, "GroupLastReporter">, IpAddress, ReadOnly},
+        },
+};
+
+// --- sources of groups: mgmdIgmpSnpGroupSrcTable, mgmdMldSnpGroupSrcTable --------------------------------------------
+
+TWIN_TABLES(SNPGROUPSRCTABLE, 4);
+TWIN_RESULT(RETVALUE_mgmdSnpGroupSrcTable);
+
+struct SourceKey {
+    std::uint32_t idx;    // ifIndex of the port
+    std::uint32_t v_idx;  // ifIndex of the VLAN interface
+    InetAddress group;
+    InetAddress source;
+    static constexpr Kind index[] = {Kind::integer, Kind::integer, Kind::address_pair};
+};
+static_assert(sizeof(SourceKey) == 64);
+
+template <class P>
+Error write_source_status(Set& set) {
+    std::int32_t status;
+    SourceKey row;
+    AddressText group, source;
+    TRY(set.integer(status));
+    TRY(set.row(SNPGROUPSRCTABLE<P>, row));
+    if (!to_text(row.group, group) || !to_text(row.source, source)) return noSuchName;
+    LOG_TRACE("MGMD$SNPMIB$%s:%d idx:%d v_idx:%d g:%s s:%s\n", set.caller, __LINE__, row.idx, row.v_idx, group.text,
+              source.text);
+    return write_static<P>(set, status, row.idx, row.v_idx, {"%s source %s", group.text, source.text});
+}
+
+template <class P>
+constexpr Table<SourceKey> source_table{
+    .name = name_of<P, "GroupSrcTable">,
+    .id = SNPGROUPSRCTABLE<P>,
+    .command =
+        [](SourceKey& row, const Read& read) {
+            constexpr const char* kTable = name_of<P, "GroupSrcTable">;
+            AddressText group_text, source_text;
+            const char* group = shown<P>(row.group, group_text);
+            const char* source = shown<P>(row.source, source_text);
+            LOG_TRACE("MGMD$SNPMIB$type :%d adr:%s idx:%d src:%s magic:%d$%s$%d\n", row.group.type, group, row.idx,
+                      source, read.entry->magic, kTable, __LINE__);
+            row.group.type = P::type;  // the source's stays
+            // "snp", unlike the other tables.
+            return traced(read, kTable,
+                          {"show debugging %s snp snmp source %d %d %d %s %s", P::show, row.idx, row.v_idx, P::type,
+                           group, source});
+        },
+    .bad_index = log_bad_index<P, "GroupSrcTable">,
+    .result = {RETVALUE_mgmdSnpGroupSrcTable, kResultSize},
+    .columns =
+        {
+            {1, name_of<P, "GroupSrcAddress">, OctetString, ReadOnly, never},
+            writable<P, "GroupSrcStatus", write_source_status<P>>(2, Integer),
+            {3, name_of<P, "GroupSrcUpTime">, TimeTicks, ReadOnly},
+            {4, name_of<P, "GroupSrcExpiryTime">, TimeTicks, ReadOnly},
+            {5, name_of<P, "GroupSrcColumn5">, Integer, ReadOnly},
+        },
+};
+
+// --- router ports: mgmdIgmpSnpMrouterTable, mgmdMldSnpMrouterTable ---------------------------------------------------
+
+TWIN_TABLES(SNPMROUTERTABLE, 5);
+TWIN_RESULT(RETVALUE_mgmdSnpMrouterTable);
+
+struct RouterKey {
+    std::uint32_t idx;      // ifIndex of the VLAN interface
+    std::uint32_t qr_type;  // the backend's, not in the index
+    static constexpr Kind index[] = {Kind::integer};
+};
+static_assert(sizeof(RouterKey) == 8);
+
+// Sends a port list as three decimal numbers, its octets in little-endian words.
+template <class P, FixedString words>
+Error write_router_ports(Set& set) {
+    constexpr int kWords = 3;
+    unsigned char octets[4 * kWords] = {};
+    RouterKey row;
+    TRY_LOGGED(set.type(OctetString), "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGTYPE");
+    TRY_LOGGED(set.row(SNPMROUTERTABLE<P>, row), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
+    LOG_TRACE("MGMD$SNPMIB$key.idx:%d qr_type:%d$%s$%d\n", row.idx, row.qr_type, set.caller, __LINE__);
+    std::copy_n(set.value, std::min(set.length_given, sizeof octets), octets);  // a longer list is cut
+    const Command interface = interface_line(row.idx);
+    trace_line(set, interface);
+    if (!set.acting()) return noError;
+    TRY(set.global(interface));
+    Text<16> numbers[kWords];
+    for (int i = 0; i < kWords; ++i) {
+        std::uint32_t word = 0;
+        for (int octet = 0; octet < 4; ++octet) word |= std::uint32_t{octets[4 * i + octet]} << 8 * octet;
+        if (word != 0) LOG_TRACE("portlist.p[%d]:%x\n", i, word);
+        numbers[i] = {" %d", static_cast<std::int32_t>(word)};
+        LOG_TRACE("MGMD$SNPMIB$ %s$%s$%d\n", numbers[i].c_str(), set.caller, __LINE__);
+    }
+    // Two blanks behind the ifIndex.
+    const Command line("%s %d %s%s%s", words.text, row.idx, numbers[0].c_str(), numbers[1].c_str(), numbers[2].c_str());
+    trace_line(set, line);
+    return set.sub(line);
+}
+
+template <class P>
+constexpr Table<RouterKey> router_table{
+    .name = name_of<P, "MrouterTable">,
+    .id = SNPMROUTERTABLE<P>,
+    .command =
+        [](RouterKey& row, const Read& read) {
+            constexpr const char* kTable = name_of<P, "MrouterTable">;
+            LOG_TRACE("MGMD$SNPMIB$%s %d index:%d type:%d vp->magic:%d\n", kTable, __LINE__, row.idx, row.qr_type,
+                      read.entry->magic);
+            row.qr_type = P::type;
+            const Command command("show debugging %s snooping snmp mrouter %d %d", P::show, row.idx, row.qr_type);
+            LOG_TRACE("MGMD$SNPMIB$cmd:%s$%s$%d\n", command.c_str(), kTable, __LINE__);
+            return command;
+        },
+    .bad_index = log_bad_index<P, "MrouterTable">,
+    .result = {RETVALUE_mgmdSnpMrouterTable, kResultSize},
+    .columns =
+        {
+            {1, name_of<P, "MrouterIfIndex">, Integer, ReadOnly, never},
+            {2, name_of<P, "MrouterType">, Integer, ReadOnly, never},
+            writable<P, "MrouterDesignate", write_router_ports<P, P::designate>>(3, OctetString),
+            {4, name_of<P, "MrouterLearned">, OctetString, ReadOnly},
+            writable<P, "MrouterNotAllowed", write_router_ports<P, P::not_allowed>>(5, OctetString),
+        },
+};
+
+// --- what limits, access groups and statistics share: a row for each port of a VLAN ----------------------------------
+
+struct PortKey {
+    std::uint32_t ifindex;
+    std::uint32_t vlan_ifindex;
+    std::uint32_t type;
+    static constexpr Kind index[] = {Kind::integer, Kind::integer, Kind::integer};
+
+    std::uint32_t vid() const { return vlan_ifindex - kVlanIfIndexBase; }
+    friend bool operator==(const PortKey&, const PortKey&) = default;
+};
+static_assert(sizeof(PortKey) == 12);
+
+template <class P>
+Command port_command(PortKey& row, const char* table, const char* words) {
+    LOG_TRACE("MGMD$SNPMIB$%s %d %d v:%d\n", table, __LINE__, row.ifindex, row.vlan_ifindex);
+    row.type = P::type;
+    return {"show debugging %s snooping snmp %s %d %d %d", P::show, words, row.ifindex, row.vlan_ifindex, row.type};
+}
+
+// With an "M", unlike the other tables.
+Command traced_big(const Read& read, const char* table, const Command& command, int line = __builtin_LINE()) {
+    LOG_TRACE("MGMD$SNPMIB$%s %d cmd : %s M:%d\n", table, line, command.c_str(), read.entry->magic);
+    return command;
+}
+
+// --- limits: mgmdIgmpSnpFilterTable, mgmdMldSnpFilterTable -----------------------------------------------------------
+
+TWIN_TABLES(SNPFILTERTABLE, 6);
+TWIN_RESULT(RETVALUE_mgmdSnpFilterTable);
+
+template <class P>
+Error write_limit(Set& set) {
+    constexpr std::uint32_t kMost = 2048;
+    std::uint32_t limit;  // 0 removes it
+    PortKey row;
+    InterfaceName port;
+    TRY_LOGGED(set.type(Unsigned32), "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGTYPE");
+    TRY_LOGGED(set.length(4), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
+    TRY_LOGGED(set.column(SNPFILTERTABLE<P>), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
+    TRY(set.row(SNPFILTERTABLE<P>, row));  // not logged
+    TRY(set.unsigned32(limit));
+    LOG_TRACE("MGMD$SNPMIB$%d type:%d$%s$%d\n", row.ifindex, row.type, set.caller, __LINE__);
+    TRY_LOGGED(limit <= kMost ? noError : wrongValue, "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGVALUE");
+    Set::interface_name(row.ifindex, port);
+    TRY_LOGGED(row.vid() != 0 ? noError : wrongValue, "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGVALUE");
+    LOG_TRACE("MGMD$SNPMIB$%s v:%d %d$%s$%d\n", port.text, row.vid(), limit, set.caller, __LINE__);
+    const Command interface("interface %s", port.text);
+    trace_port_line(set, interface);
+    if (!set.acting()) return noError;
+    TRY_LOGGED(set.global(interface), "MGMD$SNPMIB-ERR$SNMP_ERR_GENERR");
+    const Command line = limit != 0 ? Command("%s limit %d vlan %d", P::config, limit, row.vid())
+                                    : Command("%s vlan %d", P::no_limit, row.vid());
+    trace_port_line(set, line);
+    TRY_LOGGED(set.sub(line), "MGMD$SNPMIB-ERR$SNMP_ERR_GENERR");
+    return noError;
+}
+
+template <class P>
+constexpr Table<PortKey> filter_table{
+    .name = name_of<P, "FilterTable">,
+    .id = SNPFILTERTABLE<P>,
+    .command =
+        [](PortKey& row, const Read& read) {
+            constexpr const char* kTable = name_of<P, "FilterTable">;
+            return traced(read, kTable, port_command<P>(row, kTable, "filter"));
+        },
+    .bad_index = log_bad_index<P, "FilterTable">,
+    .result = {RETVALUE_mgmdSnpFilterTable, kResultSize},
+    .columns =
+        {
+            {1, name_of<P, "FilterIfIndex">, Integer, ReadOnly, never},
+            {2, name_of<P, "FilterVlanIfIndex">, Integer, ReadOnly, never},
+            {3, name_of<P, "FilterType">, Integer, ReadOnly, never},
+            writable<P, "FilterLimit", write_limit<P>>(4, Unsigned32),
+        },
+};
+
+// --- access groups: mgmdIgmpSnpAccGrpTable, mgmdMldSnpAccGrpTable ----------------------------------------------------
+
+TWIN_TABLES(SNPACCGRPTABLE, 7);
+TWIN_RESULT(RETVALUE_mgmdSnpAccGrpTable);
+
+// The name that was written last, and its row, for the status of the same row: one for both protocols, kept for good.
+struct AccessGroup {
+    PortKey row;
+    char name[32 + 1];
+};
+AccessGroup access_group;
+
+template <class P>
+Error write_access_group(Set& set) {
+    PortKey row;
+    TRY_LOGGED(set.type(OctetString), "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGTYPE");
+    TRY(set.row(SNPACCGRPTABLE<P>, row));
+    if (!set.acting()) return noError;
+    access_group = {row, {}};
+    std::copy_n(set.value, std::min(set.length_given, sizeof access_group.name - 1), access_group.name);  // or cut
+    LOG_TRACE("MGMD$SNPMIB$%s %d v:%d$%s$%d\n", access_group.name, row.ifindex, row.vlan_ifindex, set.caller, __LINE__);
+    return noError;
+}
+
+// Even the removal names the access group. A status for another row than the name's does nothing.
+template <class P>
+Error write_access_group_status(Set& set) {
+    std::int32_t status;
+    PortKey row;
+    TRY_LOGGED(set.type(Integer), "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGTYPE");
+    TRY_LOGGED(set.length(4), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
+    TRY(set.row(SNPACCGRPTABLE<P>, row));
+    TRY(set.integer(status));
+    TRY(set.row_status(status));
+    if (!set.acting() || (status != createAndGo && status != destroy)) return noError;
+    if (!(access_group.row == row)) return noError;
+    const Command interface = interface_line(row.ifindex);
+    TRY_LOGGED(row.vid() != 0 ? noError : wrongValue, "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGVALUE");
+    if (status == createAndGo) trace_port_line(set, interface);
+    TRY_LOGGED(set.global(interface), "MGMD$SNPMIB-ERR$SNMP_ERR_GENERR");
+    const Command line("%s%s access-group %s vlan %d", status == destroy ? "no " : "", P::config, access_group.name,
+                       row.vid());
+    trace_port_line(set, line);
+    TRY_LOGGED(set.sub(line), "MGMD$SNPMIB-ERR$SNMP_ERR_GENERR");
+    return noError;
+}
+
+template <class P>
+constexpr Table<PortKey> access_group_table{
+    .name = name_of<P, "AccGrpTable">,
+    .id = SNPACCGRPTABLE<P>,
+    .command =
+        [](PortKey& row, const Read& read) {
+            constexpr const char* kTable = name_of<P, "AccGrpTable">;
+            return traced_big(read, kTable, port_command<P>(row, kTable, "access-group"));
+        },
+    .bad_index = log_bad_index<P, "AccGrpTable">,
+    .result = {RETVALUE_mgmdSnpAccGrpTable, kResultSize},
+    .columns =
+        {
+            {1, name_of<P, "AccGrpIfIndex">, Integer, ReadOnly, never},
+            {2, name_of<P, "AccGrpVlanIfIndex">, Integer, ReadOnly, never},
+            {3, name_of<P, "AccGrpType">, Integer, ReadOnly, never},
+            writable<P, "AccessGroup", write_access_group<P>>(4, OctetString),
+            writable<P, "AccGrpStatus", write_access_group_status<P>>(5, Integer),
+        },
+};
+
+// --- hosts: mgmdIgmpSnpHostTable, mgmdMldSnpHostTable ----------------------------------------------------------------
+
+TWIN_TABLES(SNPHOSTTABLE, 8);
+TWIN_RESULT(RETVALUE_mgmdSnpHostTable);
+
+struct HostKey {
+    std::uint32_t vlan;
+    std::uint32_t ifindex;
+    InetAddress group;
+    InetAddress host;
+    static constexpr Kind index[] = {Kind::integer, Kind::integer, Kind::address_pair};
+};
+static_assert(sizeof(HostKey) == 64);
+
+template <class P>
+constexpr Table<HostKey> host_table{
+    .name = name_of<P, "HostTable">,
+    .id = SNPHOSTTABLE<P>,
+    .command =
+        [](HostKey& row, const Read& read) {
+            constexpr const char* kTable = name_of<P, "HostTable">;
+            AddressText group_text, host_text;
+            const char* group = shown<P>(row.group, group_text);
+            const char* host = shown<P>(row.host, host_text);
+            LOG_TRACE("MGMD$SNPMIB$%s %d if:%d v:%d type:%d g:%s h:%s\n", kTable, __LINE__, row.ifindex, row.vlan,
+                      row.group.type, group, host);
+            row.group.type = P::type;  // the host's stays
+            // The order of the columns, not of the key.
+            return traced(read, kTable,
+                          {"show debugging %s snooping snmp host %d %d %s %d %s", P::show, row.vlan, P::type, group,
+                           row.ifindex, host});
+        },
+    // Logged with its result, unlike in the other tables.
+    .bad_index =
+        [](const Read&, int result) {
+            LOG_ERROR("MGMD$SNPMIB-ERR$ret:%d$%s$%d\n", result, name_of<P, "HostTable">, __LINE__);
+        },
+    .result = {RETVALUE_mgmdSnpHostTable, kResultSize},
+    .columns =
+        {
+            {1, name_of<P, "HostVlan">, Integer, ReadOnly, never},
+            {2, name_of<P, "HostAddressType">, Integer, ReadOnly, never},
+            {3, name_of<P, "HostGroupAddress">, OctetString, ReadOnly, never},
+            {4, name_of<P, "HostIfIndex">, Integer, ReadOnly, never},
+            {5, name_of<P, "HostAddress">, OctetString, ReadOnly},
+        },
+};
+
+// --- statistics: mgmdIgmpSnpStatisticTable, mgmdMldSnpStatisticTable -------------------------------------------------
+
+TWIN_TABLES(SNPSTATISTICTABLE, 9);
+TWIN_RESULT(RETVALUE_mgmdSnpStatisticsTable);
+
+template <class P>
+constexpr Table<PortKey> statistic_table{
+    .name = name_of<P, "StatisticTable">,
+    .id = SNPSTATISTICTABLE<P>,
+    .command =
+        [](PortKey& row, const Read& read) {
+            constexpr const char* kTable = name_of<P, "StatisticTable">;
+            return traced_big(read, kTable, port_command<P>(row, kTable, "statistics"));
+        },
+    .bad_index = log_bad_index<P, "StatisticTable">,
+    .result = {RETVALUE_mgmdSnpStatisticsTable, kResultSize},
+    .columns =
+        {
+            {1, name_of<P, "StatisticIfIndex">, Integer, ReadOnly, never},
+            {2, name_of<P, "StatisticVlanIfIndex">, Integer, ReadOnly, never},
+            {3, name_of<P, "StatisticType">, Integer, ReadOnly, never},
+            {4, name_of<P, "StatisticColumn4">, Integer, ReadOnly},
+            {5, name_of<P, "StatisticColumn5">, Integer, ReadOnly},
+            {6, name_of<P, "StatisticColumn6">, Integer, ReadOnly},
+            {7, name_of<P, "StatisticColumn7">, Integer, ReadOnly},
+            {8, name_of<P, "StatisticColumn8">, Integer, ReadOnly},
+            {9, name_of<P, "StatisticColumn9">, Integer, ReadOnly},
+            {10, name_of<P, "StatisticColumn10">, Integer, ReadOnly},
+            {11, name_of<P, "StatisticColumn11">, Integer, ReadOnly},
+        },
+};
+
+// --- statistics of groups: mgmdIgmpSnpStatisticGroupTable, mgmdMldSnpStatisticGroupTable -----------------------------
+
+TWIN_TABLES(SNPSTATISTICGROUPTABLE, 10);
+TWIN_RESULT(RETVALUE_mgmdSnpStatisticsGroupTable);
+
+struct StatisticGroupKey {
+    std::uint32_t vlan;
+    InetAddress group;
+    static constexpr Kind index[] = {Kind::integer, Kind::address};
+};
+static_assert(sizeof(StatisticGroupKey) == 32);
+
+template <class P>
+constexpr Table<StatisticGroupKey> statistic_group_table{
+    .name = name_of<P, "StatisticGroupTable">,
+    .id = SNPSTATISTICGROUPTABLE<P>,
+    .command =
+        [](StatisticGroupKey& row, const Read& read) {
+            constexpr const char* kTable = name_of<P, "StatisticGroupTable">;
+            AddressText text;
+            const char* group = shown<P>(row.group, text);
+            LOG_TRACE("MGMD$SNPMIB$%s %d v:%d type:%d %s\n", kTable, __LINE__, row.vlan, row.group.type, group);
+            row.group.type = P::type;
+            return traced(
+                read, kTable,
+                {"show debugging %s snooping snmp statistics group %d %d %s", P::show, row.vlan, P::type, group});
+        },
+    .bad_index = log_bad_index<P, "StatisticGroupTable">,
+    .result = {RETVALUE_mgmdSnpStatisticsGroupTable, kResultSize},
+    .columns =
+        {
+            {1, name_of<P, "StatisticGroupVlan">, Integer, ReadOnly, never},
+            {2, name_of<P, "StatisticGroupAddressType">, Integer, ReadOnly, never},
+            {3, name_of<P, "StatisticGroupAddress">, OctetString, ReadOnly, never},
+            {4, name_of<P, "StatisticGroupColumn4">, Integer, ReadOnly},
+        },
+};
+
+MODULE_INIT(harrowMgmdSnoopingMIB, harrowMgmdSnoopingMIB_snmp_init, "user/igmp/harrowMgmdSnoopingMIB_snmp", 116,
+            harrowMgmdSnoopingMIBGlobals, snp_table<Igmp>, group_table<Igmp>, source_table<Igmp>, router_table<Igmp>,
+            filter_table<Igmp>, access_group_table<Igmp>, host_table<Igmp>, statistic_table<Igmp>,
+            statistic_group_table<Igmp>, snp_table<Mld>, group_table<Mld>, source_table<Mld>, router_table<Mld>,
+            filter_table<Mld>, access_group_table<Mld>, host_table<Mld>, statistic_table<Mld>,
+            statistic_group_table<Mld>);
+
+}  // namespace switchmib::harrowMgmdSnoopingMIB
