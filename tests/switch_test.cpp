@@ -1,8 +1,7 @@
 // The simulated switch: its table store over keys of every sort, its command line, and the two over the model.
-#include "switch/simulated_switch.h"
-#include "switch/table_store.h"
+#include "support/simulated_switch.h"
 
-#include <gtest/gtest.h>
+#include "switch/table_store.h"
 
 #include <cstring>
 #include <map>
@@ -11,33 +10,6 @@
 
 namespace sw {
 namespace {
-
-using services::ConfigRequest;
-using services::ShowRequest;
-using Key = std::vector<unsigned char>;
-using Log = std::vector<std::string>;
-
-// One show request over memory of its own. `key` is moved by a GETNEXT; an empty one is sent as null.
-template <class Shown>
-std::optional<Value> show(Shown& shown, const std::string& name, const std::string& command, int magic, Key& key,
-                          bool exact, int result_size = 512) {
-    unsigned char result[512];
-    std::size_t length = 0;
-    ShowRequest request{
-        2,     command, result, result_size, &length, key.empty() ? nullptr : key.data(), static_cast<int>(key.size()),
-        magic, exact,   0,      name,        1};
-    if (!shown.show(request)) return {};
-    return Value(reinterpret_cast<const char*>(result), length);
-}
-
-std::uint32_t as_number(const std::optional<Value>& value) {
-    std::uint32_t number = 0;
-    EXPECT_TRUE(value && value->size() == sizeof number);
-    if (value && value->size() == sizeof number) std::memcpy(&number, value->data(), sizeof number);
-    return number;
-}
-
-bool contains(const std::string& text, const std::string& part) { return text.find(part) != text.npos; }
 
 // --- The table store -------------------------------------------------------------------------------------------------
 
@@ -223,6 +195,17 @@ TEST(Pattern, FitsLinesFromEndToEnd) {
         {"interface vlan{1..4094}", "interface vlan4094", {{"vlan4094"}}},
         {"interface vlan{1..4094}", "interface vlan", {}},
         {"interface {word}", "interface", {}},
+        {"ip route {ipv4/bits} {ipv4} [{0..255}]", "ip route  10.0.0.0/8  10.0.0.1 ", {{"10.0.0.0/8", "10.0.0.1", ""}}},
+        {"ip route {ipv4/bits} {ipv4} [{0..255}]", "ip route 10.0.0.0/8 10.0.0.1 7", {{"10.0.0.0/8", "10.0.0.1", "7"}}},
+        {"ip route {ipv4/bits} {ipv4} [{0..255}]", "ip route 10.0.0.0/33 10.0.0.1", {}},
+        {"ip route {ipv4/bits} {ipv4} [{0..255}]", "ip route 10.0.0.0/ 10.0.0.1", {}},
+        {"ip route {ipv4/bits} {ipv4} [{0..255}]", "ip route 10.0.0/8 10.0.0.1", {}},
+        {"ip route {ipv4/bits} {ipv4} [{0..255}]", "ip route ::/8 10.0.0.1", {}},
+        {"to [tunnel|vlan {1..9}] {ipv6}", "to vlan 9 fe80::1", {{"vlan", "9", "fe80::1"}}},
+        {"to [tunnel|vlan {1..9}] {ipv6}", "to fe80::1", {{"", "", "fe80::1"}}},
+        {"to [tunnel|vlan {1..9}] {ipv6}", "to vlan 10 fe80::1", {}},
+        {"show [vrf {word}] {int} [{address}]", "show vrf red 1  ::1", {{"red", "1", "::1"}}},
+        {"show [vrf {word}] {int} [{address}]", "show  0  ", {{"", "0", ""}}},
         {"desc {text}", "desc  two words ", {{" two words "}}},
         {"desc {text}", "desc ", {}},
     };
@@ -235,7 +218,12 @@ TEST(Pattern, FitsLinesFromEndToEnd) {
         EXPECT_EQ(arguments, *item.arguments) << item.pattern << " / " << item.line;
     }
     EXPECT_EQ(Pattern("{int}").match("-1").arguments[0].number, 0xffffffff);
-    for (const char* malformed : {"{text} more", "[copper", "{1..}", "{1..2", "{..}"})
+    using Ids = std::vector<std::uint32_t>;
+    EXPECT_EQ(Pattern("{address/bits}").match("10.0.0.255/24").arguments[0].address, (Ids{1, 4, 10, 0, 0, 255, 24}));
+    EXPECT_EQ(Pattern("{address}").match("fe80::1").arguments[0].address,
+              (Ids{2, 16, 0xfe, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}));
+    for (const char* malformed :
+         {"{text} more", "[copper", "copper]", "[a [b]", "[ a]", "{1..}", "{1..2", "{..}", "{ipv5}"})
         EXPECT_THROW(Pattern{malformed}, std::invalid_argument) << malformed;
 }
 
@@ -256,7 +244,7 @@ const ShownTable kPortTable{"swPortTable", "show swport swport_table", "show swp
                             "44444444444"};
 const ShownTable kVlanTable{"nVlanInterfaceTable", "show vlan-interface", "show vlan-interface ", 1024, 2, "44s4"};
 
-class Simulated : public testing::Test {
+class Simulated : public SimulatedSwitchTest {
 protected:
     std::optional<Value> cell(const ShownTable& table, int magic, std::uint32_t& index, bool exact) {
         Key key(sizeof index);
@@ -278,8 +266,6 @@ protected:
         Key none;
         return show(switch_, name, command, magic, none, true, 4);
     }
-    bool configure(int mode, const std::string& line) { return switch_.configure({mode, line, "test", 1}); }
-
     // Everything that the tables say.
     std::map<std::string, Value> snapshot() {
         std::map<std::string, Value> cells;
@@ -291,10 +277,6 @@ protected:
             }
         return cells;
     }
-
-    std::chrono::milliseconds now_{0};
-    Log log_;
-    SimulatedSwitch switch_{{[this] { return now_; }, [this](const std::string& line) { log_.push_back(line); }}};
 };
 
 TEST_F(Simulated, TablesAreWalkedOnceInOrderAndAgreeWithGet) {

@@ -15,6 +15,8 @@ const char* name_of(Mode mode) {
     switch (mode) {
         case Mode::global: return "global";
         case Mode::interface: return "interface";
+        case Mode::vlan: return "VLAN";
+        case Mode::vrf: return "VRF";
         case Mode::executive: return "executive";
         case Mode::none: break;
     }

@@ -12,7 +12,7 @@
 namespace sw {
 
 // Where a line may stand. `none` is no place: what a line leads to that enters no mode of its own.
-enum class Mode { none, global, interface, executive };
+enum class Mode { none, global, interface, vlan, vrf, executive };
 
 // What became of a line: accepted, perhaps entering a mode, or refused with the reason.
 struct Outcome {

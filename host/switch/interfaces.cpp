@@ -4,13 +4,13 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <limits>
 
 namespace sw {
 namespace {
 
 constexpr std::size_t kLongestAlias = 64;
-constexpr std::uint32_t kLastVlan = 4094;
 const Index kZeroDotZero{0, 0};
 
 // What has gone through an interface so far. The rates are steady and differ from interface to interface; they make
@@ -38,7 +38,7 @@ Direction direction(Duration up, std::uint64_t unicast_rate, std::uint64_t frame
 
 Traffic traffic(const Interface& interface, Duration now) {
     const Duration up = interface.up_time(now);
-    const std::uint64_t n = interface.ifindex % Model::kVlanIfIndexBase;  // port number or VLAN id
+    const std::uint64_t n = interface.ifindex % kVlanIfIndexBase;  // port number or VLAN id
     return {direction(up, 90 + 37 * n, 420 + 11 * (n % 60), n), direction(up, 80 + 29 * n, 560 + 7 * (n % 60), n + 1)};
 }
 
@@ -69,11 +69,9 @@ std::string describe(const Interface& interface) {
 
 // Locally administered; the VLAN interfaces share the switch's own.
 Value mac(const Interface& interface) {
-    const std::uint32_t last = interface.port != nullptr ? interface.ifindex - Model::kPortIfIndexBase : 0;
+    const std::uint32_t last = interface.port != nullptr ? interface.ifindex - kPortIfIndexBase : 0;
     return {'\x02', '\x53', '\x57', '\x10', '\x00', static_cast<char>(last)};
 }
-
-Value truth(bool value) { return number(value ? 1 : 2); }  // as well up and down, enabled and disabled
 
 Columns<Interface> if_columns(const Model& model) {
     const auto in = [&](std::uint64_t Direction::*what) { return counter(model, &Traffic::in, what); };
@@ -135,20 +133,14 @@ Columns<Interface> ifx_columns(const Model& model) {
 }
 
 // The VLAN interfaces among the interfaces, by VLAN id instead of ifIndex.
-Rows by_vlan(const Rows& rows) {
-    constexpr std::uint32_t kBase = Model::kVlanIfIndexBase;
-    const auto as_vlan = [](std::optional<Answer> answer) -> std::optional<Answer> {
-        if (!answer || answer->index[0] > kBase + kLastVlan) return {};
-        answer->index[0] -= kBase;
-        return answer;
-    };
-    const auto ask = [as_vlan](const auto& find) {
-        return [find, as_vlan](int magic, const Index& index) -> std::optional<Answer> {
-            if (index[0] > kLastVlan) return {};
-            return as_vlan(find(magic, {kBase + index[0]}));
-        };
-    };
-    return {rows.magics, ask(rows.at), ask(rows.behind)};
+Rows by_vlan(Rows rows) {
+    constexpr std::uint32_t kBase = kVlanIfIndexBase;
+    return translated(
+        std::move(rows), [](const Index& index) { return Index{kBase + std::min(index[0], kLastVlan + 1)}; },
+        [](const Index& index) -> std::optional<Index> {
+            if (index[0] > kBase + kLastVlan) return {};
+            return Index{index[0] - kBase};
+        });
 }
 
 // Lines that any interface takes in its mode.
@@ -200,7 +192,7 @@ void add_interfaces(Model& model, TableStore& store, CommandLine& lines) {
                .clear_key_is_first_row = true});
 
     const Columns<Interface> vlan_columns{
-        {1, [](const Interface& i) { return number(i.ifindex - Model::kVlanIfIndexBase); }},
+        {1, [](const Interface& i) { return number(i.ifindex - kVlanIfIndexBase); }},
         {2, [](const Interface& i) { return number(i.ifindex); }},
         {3, [](const Interface& i) { return i.name; }},
         {4, [](const Interface&) { return number(1); }},  // active
@@ -210,7 +202,7 @@ void add_interfaces(Model& model, TableStore& store, CommandLine& lines) {
                .keyed = "show vlan-interface {int}",
                .key = {{2}},
                .rows = by_vlan(rows_of(model.interfaces, vlan_columns)),
-               .arguments = [](const Index& index) { return Index{index[0] + Model::kVlanIfIndexBase}; }});
+               .arguments = [](const Index& index) { return Index{index[0] + kVlanIfIndexBase}; }});
 
     const auto enter = [&model](Interface& interface) {
         model.entered = &interface;

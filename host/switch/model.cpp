@@ -11,10 +11,18 @@ constexpr std::uint32_t kPorts = 26;
 constexpr std::uint32_t kFirstCombo = 21;
 constexpr std::uint32_t kFirstFiber = 25;
 
+// Ports 13 to 16 are hybrid, 17 and 18 hybrid without tags, the last two trunks, the others access ports.
+PortMode mode_of(std::uint32_t n) {
+    if (n >= kFirstFiber) return PortMode::trunk;
+    if (n > 12 && n <= 16) return PortMode::hybrid;
+    return n == 17 || n == 18 ? PortMode::untagged_hybrid : PortMode::access;
+}
+
 // Port n as it leaves the factory, with the cables that happen to be plugged in.
 Port make_port(std::uint32_t n) {
     Port port;
-    port.ifindex = Model::kPortIfIndexBase + n;
+    port.ifindex = kPortIfIndexBase + n;
+    port.mode = mode_of(n);
     const bool plugged = n % 4 != 0 && n != kPorts;
     if (n >= kFirstFiber) {
         port.flags = Port::kSpeedFixed | (n == kPorts ? Port::kFlowControlFixed : Port::kCanBreakOut);
@@ -35,7 +43,7 @@ Port make_port(std::uint32_t n) {
 
 }  // namespace
 
-Model::Model(std::function<Duration()> clock) : uptime(std::move(clock)) {
+Model::Model(std::function<Duration()> clock, std::size_t vlan_count) : uptime(std::move(clock)) {
     for (std::uint32_t n = 1; n <= kPorts; ++n) {
         Port& port = ports[kPortIfIndexBase + n] = make_port(n);
         Interface& interface = interfaces[port.ifindex];
@@ -45,6 +53,7 @@ Model::Model(std::function<Duration()> clock) : uptime(std::move(clock)) {
         interface.enabled = n != 20;
         settle(interface);
     }
+    make_vlans(*this, vlan_count);
     for (const std::uint32_t vid : {1u, 10u}) vlan_interface(vid);
     // What was there from the start has changed at no time.
     interfaces_changed = Duration();
@@ -77,8 +86,15 @@ bool Model::remove_vlan_interface(std::uint32_t vid) {
     return true;
 }
 
+void Model::settle_vlan(std::uint32_t vid) {
+    const auto interface = interfaces.find(kVlanIfIndexBase + vid);
+    if (interface != interfaces.end()) settle(interface->second);
+}
+
 void Model::settle(Interface& interface) {
-    const bool up = interface.enabled && (interface.port == nullptr || interface.port->link().cable);
+    const bool up =
+        interface.enabled && (interface.port != nullptr ? interface.port->link().cable
+                                                        : vlans.contains(interface.ifindex - kVlanIfIndexBase));
     if (up == interface.up) return;
     const Duration now = uptime();
     interface.up_before = interface.up_time(now);
@@ -91,6 +107,13 @@ void add_setting(Model& model, CommandLine& lines, const char* pattern, Setting 
         Outcome outcome = set(*model.entered, arguments);
         if (outcome.is_accepted()) model.settle(*model.entered);
         return outcome;
+    });
+}
+
+void add_port_setting(Model& model, CommandLine& lines, const char* pattern, PortSetting set) {
+    add_setting(model, lines, pattern, [set = std::move(set)](Interface& interface, const Arguments& arguments) {
+        if (interface.port == nullptr) return refused(interface.name + " is no switch port");
+        return set(*interface.port, arguments);
     });
 }
 

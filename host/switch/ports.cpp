@@ -155,17 +155,11 @@ void add_ports(Model& model, TableStore& store, CommandLine& lines) {
                .keyed = "show swport swport_table {int}",
                .key = {{2}},
                .rows = rows_of(model.ports, port_columns(model))});
-    store.add({.name = "_get_port_info",
-               .keyed = "show swport type-medium {int}",
+    store.add({.keyed = "show swport type-medium {int}",
                .rows = rows_of(model.ports, {{1, [](const Port& p) { return number(p.flags); }},
                                              {2, [](const Port& p) { return number(p.medium()); }}})});
 
-    const auto setting = [&](const char* pattern, auto set) {
-        add_setting(model, lines, pattern, [set](Interface& interface, const Arguments& arguments) {
-            if (interface.port == nullptr) return refused(interface.name + " is no switch port");
-            return set(*interface.port, arguments);
-        });
-    };
+    const auto setting = [&](const char* pattern, auto set) { add_port_setting(model, lines, pattern, set); };
     // One that sets something of one medium, which the line's last word may name.
     const auto link_setting = [&setting](const char* pattern, auto set) {
         setting(pattern, [set](Port& port, const Arguments& arguments) {

@@ -20,9 +20,12 @@ std::function<Duration()> clock_of(const Options& options) {
 }  // namespace
 
 struct SimulatedSwitch::State {
-    explicit State(const Options& options) : model(clock_of(options)), store(options.log), lines(options.log) {
-        add_interfaces(model, store, lines);
-        add_ports(model, store, lines);
+    explicit State(const Options& options)
+        : model(clock_of(options), options.size.vlans), store(options.log), lines(options.log) {
+        make_routes(model, options.size.routes);
+        make_groups(model, options.size.groups);
+        for (const auto add : {add_interfaces, add_ports, add_vlans, add_routes, add_snooping})
+            add(model, store, lines);
     }
 
     Model model;

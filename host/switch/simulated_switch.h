@@ -1,16 +1,25 @@
-// A switch without hardware: 24 copper ports (the last four combo), 2 fiber ports, VLAN interfaces, and traffic counters
-// that move with time. It answers show requests from its tables, and configuration lines change what they say.
+// A switch without hardware: 24 copper ports (the last four combo), 2 fiber ports, VLANs, VLAN interfaces, routes in two
+// VRFs, IGMP and MLD snooping, and counters that move with time. It answers show requests from its tables, and
+// configuration lines change what they say.
 #pragma once
 
 #include "services/services.h"
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
 namespace sw {
+
+// Rows that there are at least, beyond what the switch comes with anyway: for measurements on large tables.
+struct Size {
+    std::size_t vlans = 0;   // up to 4094
+    std::size_t routes = 0;  // IPv4 and IPv6 ones in the default VRF
+    std::size_t groups = 0;  // learned by IGMP and as many by MLD, each with a source and a host
+};
 
 struct Options {
     // Time since the switch started, never falling. None: real time, of a switch that had been running for 12 days
@@ -19,6 +28,7 @@ struct Options {
     // Takes a line for every request that was refused, with the reason; a row that does not exist is no refusal. Control
     // characters are escaped. None: the lines are dropped.
     std::function<void(const std::string&)> log;
+    Size size{};
 };
 
 class SimulatedSwitch : public services::Backend {

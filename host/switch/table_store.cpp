@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <limits>
 #include <stdexcept>
 
 namespace sw {
@@ -45,12 +46,37 @@ Convert* converter(int slot) {
     return reinterpret_cast<Convert*>(uib_oid_convert[slot]);
 }
 
+// Compares the addresses that a command spells with those in the key's index from `at` on. The type of a key's address
+// may have been forced, and a command without an address stands for one of no known type: the index gets the type that
+// was asked for, so that a walk goes on from there.
+bool agree(Index& index, std::size_t at, const Arguments& arguments) {
+    for (const Argument& argument : arguments) {
+        if (argument.is_number) continue;
+        if (at + 2 > index.size()) return false;
+        const std::size_t length = std::min<std::size_t>(index[at + 1], index.size() - at - 2);
+        const Index& said = argument.address;
+        const bool same_type = !said.empty() && said[0] == index[at];
+        if (same_type && said[1] == length &&
+            !std::equal(said.begin() + 2, said.end(), index.begin() + static_cast<std::ptrdiff_t>(at) + 2))
+            return false;
+        index[at] = said.empty() ? std::numeric_limits<oid>::max() : said[0];
+        at += 2 + length;
+    }
+    return true;
+}
+
 template <class Number>
 Value octets_of(const Number& number) {
     return Value(reinterpret_cast<const char*>(&number), sizeof number);
 }
 
 }  // namespace
+
+Index join(std::initializer_list<Index> parts) {
+    Index joined;
+    for (const Index& part : parts) joined.insert(joined.end(), part.begin(), part.end());
+    return joined;
+}
 
 KeyLayout::KeyLayout(std::initializer_list<Field> fields, std::size_t size) {
     std::size_t alignment = 1;
@@ -116,23 +142,49 @@ Value counter64(std::uint64_t value) { return octets_of(value); }
 
 Value object_id(const Index& ids) { return Value(reinterpret_cast<const char*>(ids.data()), ids.size() * sizeof(oid)); }
 
+Rows translated(Rows rows, std::function<Index(const Index&)> inner,
+                std::function<std::optional<Index>(const Index&)> outer) {
+    const auto translate = [inner = std::move(inner), outer = std::move(outer)](auto find) {
+        return [find = std::move(find), inner, outer](int magic, const Index& index) -> std::optional<Answer> {
+            std::optional<Answer> answer = find(magic, inner(index));
+            if (!answer) return {};
+            std::optional<Index> translation = outer(answer->index);
+            if (!translation) return {};
+            return Answer{std::move(*translation), std::move(answer->value)};
+        };
+    };
+    return {std::move(rows.magics), translate(std::move(rows.at)), translate(std::move(rows.behind))};
+}
+
 void TableStore::add(Table table) {
     std::string name = table.name;
     Pattern first(table.first), keyed(table.keyed);
-    tables_.insert_or_assign(std::move(name), Entry{std::move(table), std::move(first), std::move(keyed)});
+    Entry entry{std::move(table), std::move(first), std::move(keyed)};
+    if (name.empty())
+        lookups_.push_back(std::move(entry));
+    else
+        tables_.insert_or_assign(std::move(name), std::move(entry));
 }
 
 void TableStore::add(const std::string& group, std::vector<Scalar> scalars) { groups_[group] = std::move(scalars); }
 
+const TableStore::Entry* TableStore::entry_for(const services::ShowRequest& request) const {
+    const auto table = tables_.find(request.name);
+    if (table != tables_.end()) return &table->second;
+    for (const Entry& lookup : lookups_)
+        if (lookup.keyed.match(request.command).whole) return &lookup;
+    return nullptr;
+}
+
 bool TableStore::show(services::ShowRequest& request) const {
     std::string refusal;
     std::optional<Answer> answer;
-    const auto table = tables_.find(request.name);
     const auto group = groups_.find(request.name);
-    if (table != tables_.end())
-        answer = find(table->second, request, refusal);
-    else if (group != groups_.end())
+    const Entry* entry = group == groups_.end() ? entry_for(request) : nullptr;
+    if (group != groups_.end())
         answer = find(group->second, request, refusal);
+    else if (entry != nullptr)
+        answer = find(*entry, request, refusal);
     else
         refusal = "there is no such table";
     if (answer && answer->value.size() > static_cast<std::size_t>(std::max(request.result_size, 0)))
@@ -147,8 +199,10 @@ bool TableStore::show(services::ShowRequest& request) const {
     if (!answer) return false;
     std::copy(answer->value.begin(), answer->value.end(), static_cast<char*>(request.result));
     *request.value_length = answer->value.size();
-    if (!request.exact && request.key != nullptr && table != tables_.end())
-        table->second.table.key.decode(answer->index, request.key);
+    if (!request.exact && request.key != nullptr && entry != nullptr) {
+        entry->table.key.decode(answer->index, request.key);
+        if (entry->table.record) entry->table.record->fill(answer->index, request.key);
+    }
     return true;
 }
 
@@ -168,7 +222,7 @@ std::optional<Answer> TableStore::find(const Entry& entry, const services::ShowR
     const bool has_key = key_size != 0;
     Index index = has_key ? table.key.encode(request.key) : Index();
     const bool clear = has_key && index == table.key.clear();
-    const bool first = clear && !table.first.empty();
+    const bool first = !table.first.empty() && (table.is_first ? table.is_first(index) : clear);
     const Pattern& pattern = first ? entry.first : entry.keyed;
     const Pattern::Match match = pattern.match(request.command);
     if (!match.whole) {
@@ -176,10 +230,19 @@ std::optional<Answer> TableStore::find(const Entry& entry, const services::ShowR
         return {};
     }
     Index said;
-    for (const Argument& argument : match.arguments) said.push_back(argument.number);
-    if (!has_key) {
+    for (const Argument& argument : match.arguments)
+        if (argument.is_number) said.push_back(argument.number);
+    if (table.record) {
+        std::optional<Index> row = table.record->row(match.arguments);
+        if (!row) {
+            refusal = "its words contradict each other";
+            return {};
+        }
+        index = std::move(*row);
+    } else if (!has_key) {
         index = std::move(said);
-    } else if (!first && said != table.arguments(index)) {
+    } else if (!first && (said != table.arguments(index) ||
+                          (table.addresses_behind && !agree(index, *table.addresses_behind, match.arguments)))) {
         refusal = fmt::format("its key names row {}", fmt::join(index, "."));
         return {};
     }

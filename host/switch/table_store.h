@@ -19,6 +19,7 @@ namespace sw {
 
 // A row's index as the sub-identifiers behind the column; rows stand in the order of these.
 using Index = std::vector<oid>;
+Index join(std::initializer_list<Index> parts);
 
 // --- Keys ------------------------------------------------------------------------------------------------------------
 
@@ -60,6 +61,7 @@ using Value = std::string;
 Value number(std::uint32_t value);  // INTEGER, Gauge32, Counter32, TimeTicks
 Value counter64(std::uint64_t value);
 Value object_id(const Index& ids);
+inline Value truth(bool value) { return number(value ? 1 : 2); }  // as well up and down, enabled and disabled
 
 // --- Rows ------------------------------------------------------------------------------------------------------------
 
@@ -111,17 +113,31 @@ Rows rows_of(const std::map<Key, Row>& map, std::type_identity_t<Columns<Row>> c
     return rows;
 }
 
+// Rows under another index, which has to sort as theirs does. Where `outer` has none for one of the rows, the table ends.
+Rows translated(Rows rows, std::function<Index(const Index& outer)> inner,
+                std::function<std::optional<Index>(const Index& inner)> outer);
+
 // --- Tables ----------------------------------------------------------------------------------------------------------
+
+// Where a request's key record is not its row's index: the command alone says which row is meant, and an answer to a
+// GETNEXT fills the record.
+struct Record {
+    std::function<std::optional<Index>(const Arguments&)> row;  // none: the command's words contradict each other
+    std::function<void(const Index&, void* record)> fill;       // the record is all zeros before
+};
 
 // A table, or a lookup of one row, as show requests name it. Commands are patterns.
 struct Table {
-    std::string name;
+    std::string name{};   // empty: a lookup, known by its command, whatever the name that asks for it
     std::string first{};  // the command for a clear key; empty: the keyed one serves it too
     std::string keyed;
     KeyLayout key{};
     Rows rows;
     // What the keyed command's numbers are for an index. Without a key it is the numbers that are the index.
     std::function<Index(const Index&)> arguments = [](const Index& index) { return index; };
+    std::function<bool(const Index&)> is_first{};   // which keys the first command is for; none: a clear one
+    std::optional<std::size_t> addresses_behind{};  // the keyed command spells the addresses behind that many numbers
+    std::optional<Record> record{};
     bool clear_key_is_first_row = false;  // of an exact request; otherwise only a GETNEXT is answered so
 };
 
@@ -149,6 +165,7 @@ private:
         Pattern first;
         Pattern keyed;
     };
+    const Entry* entry_for(const services::ShowRequest& request) const;  // null: there is none
     // The answer, or none with the reason in `refusal`, which stays empty where there is just no such row.
     static std::optional<Answer> find(const Entry& entry, const services::ShowRequest& request, std::string& refusal);
     static std::optional<Answer> find(const std::vector<Scalar>& scalars, const services::ShowRequest& request,
@@ -156,6 +173,7 @@ private:
 
     std::function<void(const std::string&)> log_;
     std::map<std::string, Entry> tables_;
+    std::vector<Entry> lookups_;
     std::map<std::string, std::vector<Scalar>> groups_;
 };
 
