@@ -136,6 +136,10 @@ TEST_F(Framework, OddTableAsksAsItSays) {
     EXPECT_EQ(shown[0].key, (Bytes{0, 0, 0, 0, 12, 0, 0, 0}));  // filled from the key
     EXPECT_EQ(shown[0].command(), "odd 12 5");
     EXPECT_EQ(logged.at(0).text, "odd 2\n");
+    EXPECT_EQ(logged.at(1).text, "row 77\n");
+    answers.clear();
+    get("probeOdd", {12});
+    EXPECT_EQ(logged.back().text, "none 12\n");
 
     forget();
     EXPECT_EQ(get("probeOdd", {101}).writer, kUntouched);  // a row that is not accepted

@@ -33,6 +33,7 @@ struct Group {
     void (*take)(const void* record, void* key) = nullptr;
     unsigned char* (*fetch)(void* key, const Read&) = nullptr;
     void (*bad_index)(const Read&, int result) = nullptr;
+    void (*shown)(const Read&, const void* key, bool answered) = nullptr;
     std::uint64_t request_class = 2;
     bool counts_index = false;
 };
@@ -118,6 +119,7 @@ unsigned char* read_row(const Read& read) {
             value = show(table, read, command, row);
         }
         if (value != nullptr && !read.exact && table.record_size != 0) table.take(record, key);
+        if (table.shown != nullptr) table.shown(read, key, value != nullptr);
     }
     if (value != nullptr && !read.exact) build_name(entry.name, entry.namelen, read.name, read.name_length, shape, key);
     return value;
@@ -182,6 +184,10 @@ consteval Group group_of_table() {
         group.accepts = [](void* key, const Read& read) { return table.accepts(*static_cast<Key*>(key), read); };
     if constexpr (table.fetch != nullptr)
         group.fetch = [](void* key, const Read& read) { return table.fetch(*static_cast<Key*>(key), read); };
+    if constexpr (table.shown != nullptr)
+        group.shown = [](const Read& read, const void* key, bool answered) {
+            table.shown(read, *static_cast<const Key*>(key), answered);
+        };
     if constexpr (!std::is_same_v<Record, NoRecord>) {
         group.record_size = sizeof(Record);
         if constexpr (table.fill != nullptr)

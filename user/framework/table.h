@@ -141,6 +141,8 @@ struct Table {
     unsigned char* (*fetch)(Key&, const Read&) = nullptr;
     // Told the result of a parse that failed. A table that traces forms its command for every column, served or not.
     void (*bad_index)(const Read&, int result) = nullptr;
+    // Told whether the backend answered, and the key of the row that it answered.
+    void (*shown)(const Read&, const Key&, bool answered) = nullptr;
     Result result = {};
     std::uint64_t request_class = 2;
     bool counts_index = false;  // the show request tells how many index sub-identifiers were given

@@ -147,6 +147,8 @@ constexpr Table<Number, Record> probeOddTable{
     .fill = [](const Number& key, Record& record) { record.number = key.number; },
     .take = [](const Record& record, Number& key) { key.number = record.number; },
     .bad_index = [](const Read&, int result) { anprintf(1, 0, 104, 0, "bad index %d\n", result); },
+    .shown = [](const Read&, const Number& key,
+                bool answered) { anprintf(1, 0, 101, 0, "%s %u\n", answered ? "row" : "none", key.number); },
     .request_class = 16384,
     .counts_index = true,
     .columns =
