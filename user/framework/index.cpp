@@ -21,8 +21,12 @@ void to_field(const KeyShape::Field& field, const oid* first, int count, void* k
         return;
     }
     auto* convert = reinterpret_cast<uib_to_field*>(uib_oid_convert[kSlots * field.kind]);
-    CountedString string{0, field.octets, octets};
-    convert(first, count, field.kind == kCountedString ? static_cast<void*>(&string) : octets);
+    if (field.kind == kCountedString) {
+        CountedString string{0, field.octets, octets};
+        convert(first, count, &string);
+        return;
+    }
+    convert(first, count, octets);
 }
 
 // Returns the number of sub-identifiers, which stand at `out` then; `room` at the most.

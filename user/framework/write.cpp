@@ -22,20 +22,6 @@ std::uint32_t port_info(std::uint32_t ifindex, int item, int line) {
     return value;
 }
 
-Error Set::integer(std::int32_t& number) const {
-    TRY(type(Integer));
-    TRY(length(sizeof number));
-    std::memcpy(&number, value, sizeof number);
-    return noError;
-}
-
-Error Set::unsigned32(std::uint32_t& number) const {
-    TRY(type(Unsigned32));
-    TRY(length(sizeof number));
-    std::memcpy(&number, value, sizeof number);
-    return noError;
-}
-
 Error Set::column(const TableId& table) const {
     if (name_length < table.length) return noSuchName;
     table.oids[table.length - 1] = name[table.length - 1];

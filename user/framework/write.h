@@ -12,6 +12,7 @@
 #include <climits>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <initializer_list>
 
 // Ends the writer with the error of a step that failed.
@@ -65,8 +66,8 @@ public:
     // are more.
     Error copy(void* field, std::size_t room) const;
     // The varbind as a number of 4 octets.
-    Error integer(std::int32_t& number) const;
-    Error unsigned32(std::uint32_t& number) const;
+    Error integer(std::int32_t& number) const { return take(Integer, number); }
+    Error unsigned32(std::uint32_t& number) const { return take(Unsigned32, number); }
 
     // The request's OID reaches into the table's columns; its column goes into the table's exported slot, which stays
     // patched after the call on purpose: the codec compares against it.
@@ -108,6 +109,13 @@ public:
     Error interface_line(const TableId& table, std::initializer_list<Line> lines, int line = __builtin_LINE()) const;
 
 private:
+    template <class Number>
+    Error take(Asn expected, Number& number) const {
+        TRY(type(expected));
+        TRY(length(sizeof number));
+        std::memcpy(&number, value, sizeof number);
+        return noError;
+    }
     Error row(const TableId& table, const KeyShape& shape, void* key) const;
 };
 
