@@ -1,4 +1,5 @@
-// What the library costs for each request, beside its floor: the host calls that the request needs anyway, made by hand.
+// What the library costs for each request, beside its floor: the host calls that the request needs anyway, made by
+// hand.
 //
 //     bench_library                     nanoseconds for each case (Google Benchmark's options apply)
 //     bench_library --cases             the names of the cases

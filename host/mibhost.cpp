@@ -1,5 +1,5 @@
-// mibhost: loads the module library as the switch's agent does, and serves, lists, explains and walks it over a simulated
-// switch.
+// mibhost: loads the module library as the switch's agent does, and serves, lists, explains and walks it over a
+// simulated switch.
 #include "agent/engine.h"
 #include "services/services.h"
 #include "switch/simulated_switch.h"

@@ -18,8 +18,8 @@ MODULE(icmp, kMib2, 5);
 
 // --- the kernel's records --------------------------------------------------------------------------------------------
 
-// The "Ip:" and "Icmp:" lines tell their values by position, IPv6's lines by a key. These are the names of the values in
-// the order of their records, for ICMP those of the "In" values and again those of the "Out" values.
+// The "Ip:" and "Icmp:" lines tell their values by position, IPv6's lines by a key. These are the names of the values
+// in the order of their records, for ICMP those of the "In" values and again those of the "Out" values.
 constexpr std::string_view kIpNames[] = {
     "Forwarding", "DefaultTTL", "InReceives",  "InHdrErrors", "InAddrErrors", "ForwDatagrams",   "InUnknownProtos",
     "InDiscards", "InDelivers", "OutRequests", "OutDiscards", "OutNoRoutes",  "ReasmTimeout",    "ReasmReqds",

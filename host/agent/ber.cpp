@@ -6,8 +6,6 @@
 namespace agent::ber {
 namespace {
 
-constexpr std::size_t kMaxSubIds = 128;
-
 void append_length(Octets& out, std::size_t length) {
     if (length < 0x80) {
         out.push_back(static_cast<std::uint8_t>(length));
@@ -50,7 +48,7 @@ Oid object_id_in(const Value& value) {
 
 // The first two sub-identifiers share one on the wire.
 bool well_formed(const Oid& oid) {
-    if (oid.size() < 2 || oid.size() > kMaxSubIds || oid[0] > 2) return false;
+    if (oid.size() < 2 || oid.size() > services::kMaxSubIds || oid[0] > 2) return false;
     return oid[0] == 2 ? oid[1] <= UINT32_MAX - 80 : oid[1] < 40;
 }
 
@@ -118,7 +116,7 @@ Oid Reader::object_id() {
             oid.push_back(std::min<std::uint32_t>(id / 40, 2));
             id -= oid[0] * 40;
         }
-        if (oid.size() == kMaxSubIds) throw Error("an OBJECT IDENTIFIER of more than 128 sub-identifiers");
+        if (oid.size() == services::kMaxSubIds) throw Error("an OBJECT IDENTIFIER of more than 128 sub-identifiers");
         oid.push_back(id);
         id = 0;
     }

@@ -9,10 +9,7 @@
 namespace agent {
 namespace {
 
-constexpr std::size_t kMaxNameLength = 128;
 constexpr std::size_t kMaxValueLength = sizeof ret_value;
-// Behind a name that ends anywhere there are zeros, as many as the size question about an address pair may look at.
-constexpr std::size_t kNameRoom = kMaxNameLength + 32;
 
 enum Phase : int { kRead = -1, kReserve1, kReserve2, kAction, kCommit, kFree, kUndo };
 
@@ -20,7 +17,7 @@ enum Phase : int { kRead = -1, kReserve1, kReserve2, kAction, kCommit, kFree, kU
 class Read {
 public:
     Read(const services::Object& object, const Oid& name, int exact)
-        : object_(object), length_(std::min(name.size(), kMaxNameLength)) {
+        : object_(object), length_(std::min(name.size(), services::kMaxSubIds)) {
         std::copy_n(name.begin(), length_, name_);
         state_ = object.entry.findVar(&object.entry, name_, &length_, exact, &value_length_, &writer_);
     }
@@ -32,7 +29,7 @@ public:
     // Whether the answered name lies in the object and behind `name`, as a GETNEXT's must.
     bool goes_on_from(const Oid& name) const {
         const VariableEntry& entry = object_.entry;
-        if (length_ <= kMaxNameLength && length_ >= entry.namelen &&
+        if (length_ <= services::kMaxSubIds && length_ >= entry.namelen &&
             std::equal(entry.name, entry.name + entry.namelen, name_) &&
             snmp_oid_compare(name_, length_, name.data(), name.size()) > 0)
             return true;
@@ -56,7 +53,7 @@ private:
     }
 
     const services::Object& object_;
-    oid name_[kNameRoom] = {};
+    oid name_[services::kNameRoom] = {};
     std::size_t length_;
     std::size_t value_length_ = 0;
     WriteMethod* writer_ = nullptr;
@@ -71,7 +68,7 @@ struct Assignment {
 
     // Runs one phase on copies, so that none sees what a write method left in the one before.
     int run(int phase) const {
-        oid name[kNameRoom] = {};
+        oid name[services::kNameRoom] = {};
         std::ranges::copy(varbind.name, name);
         std::vector<unsigned char> octets;
         octets.reserve(varbind.value.octets.size() + 1);  // never null
@@ -103,7 +100,7 @@ Value Value::object_id(const Oid& oid) {
 }
 
 Varbind Engine::get(const Oid& name) {
-    const services::Object* object = name.size() <= kMaxNameLength ? registry_.find(name) : nullptr;
+    const services::Object* object = name.size() <= services::kMaxSubIds ? registry_.find(name) : nullptr;
     if (object == nullptr) return {name, {kNoSuchObject, {}}};
     if (auto value = Read(*object, name, 1).value()) return {name, std::move(*value)};
     return {name, {kNoSuchInstance, {}}};
@@ -133,7 +130,7 @@ SetResult Engine::set(const std::vector<Varbind>& varbinds) {
     std::vector<Assignment> assignments;
     for (std::size_t i = 0; i < varbinds.size(); ++i) {
         const Oid& name = varbinds[i].name;
-        const services::Object* object = name.size() <= kMaxNameLength ? registry_.find(name) : nullptr;
+        const services::Object* object = name.size() <= services::kMaxSubIds ? registry_.find(name) : nullptr;
         Assignment assignment{varbinds[i], nullptr, nullptr};
         if (object != nullptr) {
             const Read read(*object, name, 1);

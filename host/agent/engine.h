@@ -87,12 +87,12 @@ public:
     Varbind get(const Oid& name);
     // The first instance after `name` over all registrations, or endOfMibView with the name unchanged.
     Varbind next(const Oid& name);
-    // Every varbind through RESERVE1, RESERVE2, ACTION and COMMIT in request order; FREE or UNDO for all after an error.
-    // A name without a write method (unregistered ones too) is notWritable, before any phase.
+    // Every varbind through RESERVE1, RESERVE2, ACTION and COMMIT in request order; FREE or UNDO for all after an
+    // error. A name without a write method (unregistered ones too) is notWritable, before any phase.
     SetResult set(const std::vector<Varbind>& varbinds);
 
-    // Told of every step of a SET when it is done: the phase (-1 for the read before the phases), the varbind from 0 on,
-    // and the error number.
+    // Told of every step of a SET when it is done: the phase (-1 for the read before the phases), the varbind from 0
+    // on, and the error number.
     using PhaseObserver = std::function<void(int phase, std::size_t index, int error)>;
     void set_phase_observer(PhaseObserver observer) { observer_ = std::move(observer); }
 

@@ -1,7 +1,7 @@
 // Index conversion: sizes of index fields in a request, and their conversion to key fields and back, by kind.
 //
-// Counts in a request are hostile: sizes saturate so that sums stay small, conversions take no more sub-identifiers than
-// they are given, and nothing is looked up behind a count that no address has.
+// Counts in a request are hostile: sizes saturate so that sums stay small, conversions take no more sub-identifiers
+// than they are given, and nothing is looked up behind a count that no address has.
 #include "services/services.h"
 
 #include <arpa/inet.h>
@@ -36,7 +36,7 @@ public:
     }
 
     // Takes `count` sub-identifiers, the first `room` of them into `octets`. A sub-identifier above 255 sorts behind
-    // every octet, so it and what follows become 255.
+    // every octet, so it and what follows become 255; an exact request with one means the row of such octets, if any.
     void take_octets(oid count, unsigned char* octets, oid room) {
         bool beyond = false;
         for (oid i = 0; i < count && !at_end(); ++i) {
@@ -155,7 +155,7 @@ int inet_text_to_field(const oid* first, int count, void* field) {
     text.prefix_length = reader.take();
     if (length == 0 || length != octets_of(text.type) ||
         inet_ntop(family_of(text.type), octets, text.text, sizeof text.text) == nullptr)
-        std::memcpy(text.text, octets, sizeof text.text);
+        std::memcpy(text.text, octets, sizeof text.text - 1);  // which leaves a NUL
     return store(text, field);
 }
 

@@ -8,7 +8,8 @@ namespace services {
 
 class Library {
 public:
-    // Throws std::runtime_error with a message that names the file when it cannot be loaded or exports no init function.
+    // Throws std::runtime_error with a message that names the file when it cannot be loaded or exports no init
+    // function.
     explicit Library(const std::string& path);
     ~Library();
     Library(const Library&) = delete;

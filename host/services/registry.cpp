@@ -10,8 +10,6 @@
 namespace services {
 namespace {
 
-constexpr std::size_t kMaxLength = 128;
-
 bool is_under(const Oid& oid, const VariableEntry& entry) {
     return oid.size() >= entry.namelen && std::equal(entry.name, entry.name + entry.namelen, oid.begin());
 }
@@ -92,7 +90,7 @@ std::optional<Oid> Registry::parse(std::string_view text) const {
     if (dot == std::string_view::npos) return oid;
     if (dot + 1 < text.size() && text[dot + 1] == '.') return std::nullopt;
     const auto index = oid_from_numbers(text.substr(dot + 1));
-    if (!index || oid.size() + index->size() > kMaxLength) return std::nullopt;
+    if (!index || oid.size() + index->size() > kMaxSubIds) return std::nullopt;
     oid.insert(oid.end(), index->begin(), index->end());
     return oid;
 }
@@ -119,7 +117,7 @@ std::optional<Oid> oid_from_numbers(std::string_view text) {
     while (true) {
         ::oid id = 0;
         const auto [next, error] = std::from_chars(at, end, id);
-        if (error != std::errc() || oid.size() == kMaxLength) return std::nullopt;
+        if (error != std::errc() || oid.size() == kMaxSubIds) return std::nullopt;
         oid.push_back(id);
         if (next == end) return oid;
         if (*next != '.') return std::nullopt;

@@ -15,6 +15,11 @@
 
 namespace services {
 
+inline constexpr std::size_t kMaxSubIds = 128;  // of an OID
+// What a read or write method gets room for. Behind a name that ends anywhere there are zeros, as many as the size
+// question about an address pair may look at.
+inline constexpr std::size_t kNameRoom = kMaxSubIds + 32;
+
 // One show request, as the library sent it. `result`, `value_length` and `key` are the library's own memory.
 struct ShowRequest {
     std::uint64_t request_class;

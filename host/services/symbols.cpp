@@ -15,7 +15,6 @@ Services& services() {
 
 namespace {
 
-constexpr std::size_t kMaxNameLength = 128;
 constexpr std::size_t kMaxInterfaceName = 20;
 
 __attribute__((format(printf, 1, 0))) std::string formatted(const char* format, std::va_list arguments) {
@@ -52,7 +51,7 @@ int register_mib(const char* descr, const VariableEntry* variables, std::size_t 
     if (descr == nullptr || variables == nullptr || module_oid == nullptr || entry_size != sizeof(VariableEntry))
         return kRefused;
     for (std::size_t i = 0; i < entries; ++i)
-        if (variables[i].findVar == nullptr || module_oid_length + variables[i].namelen > services::kMaxNameLength)
+        if (variables[i].findVar == nullptr || module_oid_length + variables[i].namelen >= services::kMaxSubIds)
             return kRefused;
 
     services::Registration registration{descr, {module_oid, module_oid + module_oid_length}, variables, entries};

@@ -1,4 +1,5 @@
-// Routes by VRF: their table, which the commands alone say the rows of, and the lines that add and remove static routes.
+// Routes by VRF: their table, which the commands alone say the rows of, and the lines that add and remove static
+// routes.
 #include "switch/model.h"
 
 #include <fmt/format.h>
@@ -151,7 +152,8 @@ void fill(const Route& route, void* record) {
 
 // --- Lines -----------------------------------------------------------------------------------------------------------
 
-// A static route, perhaps with the interface that the line names; a route that is there gets the new interface and metric.
+// A static route, perhaps with the interface that the line names; a route that is there gets the new interface and
+// metric.
 Outcome set_route(Model& model, std::uint32_t vrf, const Argument& destination, const Argument& next_hop,
                   const Argument& metric, const Argument& type = {}, const Argument& id = {}) {
     if (has_host_bits(destination.address)) return refused("the destination has bits behind its prefix");

@@ -1,5 +1,5 @@
-// A switch without hardware: 24 copper ports (the last four combo), 2 fiber ports, VLANs, VLAN interfaces, routes in two
-// VRFs, IGMP and MLD snooping, and counters that move with time. It answers show requests from its tables, and
+// A switch without hardware: 24 copper ports (the last four combo), 2 fiber ports, VLANs, VLAN interfaces, routes in
+// two VRFs, IGMP and MLD snooping, and counters that move with time. It answers show requests from its tables, and
 // configuration lines change what they say.
 #pragma once
 
@@ -25,8 +25,8 @@ struct Options {
     // Time since the switch started, never falling. None: real time, of a switch that had been running for 12 days
     // when it was constructed.
     std::function<std::chrono::milliseconds()> clock;
-    // Takes a line for every request that was refused, with the reason; a row that does not exist is no refusal. Control
-    // characters are escaped. None: the lines are dropped.
+    // Takes a line for every request that was refused, with the reason; a row that does not exist is no refusal.
+    // Control characters are escaped. None: the lines are dropped.
     std::function<void(const std::string&)> log;
     Size size{};
 };

@@ -1,5 +1,5 @@
-// IGMP and MLD snooping, one description of both: what it is set to on VLAN interfaces, the groups, sources and hosts on
-// ports, router ports, limits, access groups and statistics.
+// IGMP and MLD snooping, one description of both: what it is set to on VLAN interfaces, the groups, sources and hosts
+// on ports, router ports, limits, access groups and statistics.
 #include "switch/model.h"
 
 #include <fmt/format.h>

@@ -13,7 +13,6 @@ namespace {
 
 constexpr int kFixedString = 0;
 constexpr int kCountedString = 14;
-constexpr std::size_t kMaxSubIds = 128;
 
 struct Extent {
     std::size_t octets;
@@ -91,12 +90,12 @@ KeyLayout::KeyLayout(std::initializer_list<Field> fields, std::size_t size) {
 }
 
 Index KeyLayout::encode(const void* key) const {
-    std::array<oid, kMaxSubIds> ids{};
+    std::array<oid, services::kMaxSubIds> ids{};
     std::size_t count = 0;
     for (const auto& [field, offset] : fields_) {
         const auto* octets = static_cast<const unsigned char*>(key) + offset;
         if (field.kind == kFixedString) {
-            if (count + field.octets > kMaxSubIds) break;
+            if (count + field.octets > services::kMaxSubIds) break;
             std::copy_n(octets, field.octets, ids.begin() + count);
             count += field.octets;
             continue;
@@ -106,7 +105,7 @@ Index KeyLayout::encode(const void* key) const {
         const CountedString string{length, length, const_cast<unsigned char*>(octets)};
         const void* source = field.kind == kCountedString ? static_cast<const void*>(&string) : octets;
         const int needed = uib_snmp_set_oid_size(ids.data() + count, field.kind, source);
-        if (needed < 0 || count + static_cast<std::size_t>(needed) > kMaxSubIds) break;
+        if (needed < 0 || count + static_cast<std::size_t>(needed) > services::kMaxSubIds) break;
         converter<uib_to_oid>(3 * field.kind + 1)(ids.data() + count, source, needed);
         count += static_cast<std::size_t>(needed);
     }
@@ -114,8 +113,8 @@ Index KeyLayout::encode(const void* key) const {
 }
 
 void KeyLayout::decode(const Index& index, void* key) const {
-    std::array<oid, kMaxSubIds + 8> ids{};
-    const std::size_t count = std::min(index.size(), kMaxSubIds);
+    std::array<oid, services::kNameRoom> ids{};
+    const std::size_t count = std::min(index.size(), services::kMaxSubIds);
     std::copy_n(index.begin(), count, ids.begin());
     std::memset(key, 0, size_);
     std::size_t at = 0;

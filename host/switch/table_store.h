@@ -113,7 +113,8 @@ Rows rows_of(const std::map<Key, Row>& map, std::type_identity_t<Columns<Row>> c
     return rows;
 }
 
-// Rows under another index, which has to sort as theirs does. Where `outer` has none for one of the rows, the table ends.
+// Rows under another index, which has to sort as theirs does. Where `outer` has none for one of the rows, the table
+// ends.
 Rows translated(Rows rows, std::function<Index(const Index& outer)> inner,
                 std::function<std::optional<Index>(const Index& inner)> outer);
 

@@ -190,8 +190,8 @@ void Model::leave(const Port& port, std::uint32_t vid) {
     vlans.at(vid).untagged.set(port.number(), false);
 }
 
-// Access ports 5 to 8 are in VLAN 10, 9 to 12 in VLAN 20. Hybrid ports have VLAN 10 with tags and VLAN 20 without, hybrid
-// ports without tags VLAN 30, trunks all of them with tags.
+// Access ports 5 to 8 are in VLAN 10, 9 to 12 in VLAN 20. Hybrid ports have VLAN 10 with tags and VLAN 20 without,
+// hybrid ports without tags VLAN 30, trunks all of them with tags.
 void make_vlans(Model& model, std::size_t count) {
     const std::pair<std::uint32_t, const char*> named[] = {
         {1, "default"}, {10, "office"}, {20, "voice"}, {30, "guests"}};

@@ -154,7 +154,7 @@ services::Oid parse_oid(const services::Registry& registry, std::string_view tex
         if (!integer_in(part, 0, std::numeric_limits<std::uint32_t>::max()))
             throw UsageError(
                 fmt::format("'{}': '{}' is not a sub-identifier (a number from 0 to 4294967295)", text, part));
-    throw UsageError(fmt::format("'{}' has more than 128 sub-identifiers", text));
+    throw UsageError(fmt::format("'{}' has more than {} sub-identifiers", text, services::kMaxSubIds));
 }
 
 agent::Value parse_value(const services::Registry& registry, std::string_view type, std::string_view text) {

@@ -107,7 +107,7 @@ bool writable(const services::Object& object) {
     auto log = std::exchange(host.log, nullptr);
     bool found = false;
     for (const auto& [count, index] : kIndexes) {
-        std::array<oid, 128 + 8> name{};
+        std::array<oid, services::kNameRoom> name{};
         std::size_t length = object.entry.namelen;
         std::copy_n(object.entry.name, length, name.begin());
         if (count != 0) name[length++] = index;

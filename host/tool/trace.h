@@ -28,8 +28,8 @@ public:
     std::vector<std::string> unused() const;
 
 private:
-    // The next scripted answer under a name (`NAME.MAGIC` before `NAME`), the last one again when they are used up; null
-    // where there is none.
+    // The next scripted answer under a name (`NAME.MAGIC` before `NAME`), the last one again when they are used up;
+    // null where there is none.
     const Answer* scripted(const std::string& name);
     const Answer* scripted(const services::ShowRequest& request);
 

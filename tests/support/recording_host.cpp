@@ -9,8 +9,6 @@ namespace {
 
 int untouched(int, unsigned char*, unsigned char, std::size_t, unsigned char*, oid*, std::size_t) { return -1; }
 
-constexpr std::size_t kNameRoom = 128 + 8;
-
 }  // namespace
 
 WriteMethod* const RecordingHost::kUntouched = &untouched;
@@ -115,7 +113,7 @@ RecordingHost::ReadResult RecordingHost::read_name(const std::string& object, co
                                                    std::optional<int> magic) {
     VariableEntry entry = library_.object(object).entry;
     if (magic) entry.magic = static_cast<std::uint8_t>(*magic);
-    oid room[kNameRoom] = {};
+    oid room[services::kNameRoom] = {};
     std::ranges::copy(name, room);
     std::size_t name_length = name.size();
     std::size_t value_length = 0;
@@ -147,7 +145,7 @@ int RecordingHost::write_name(int phase, const std::string& object, const Oid& n
                               const Bytes& value, unsigned char* state) {
     WriteMethod* writer = writer_of(object);
     Oid room = name;
-    room.resize(kNameRoom);
+    room.resize(services::kNameRoom);
     Bytes octets = value;
     return writer(phase, octets.data(), type, octets.size(), state, room.data(), name.size());
 }

@@ -17,8 +17,9 @@ typedef std::uint32_t oid;  // one sub-identifier
 struct VariableEntry;
 
 // One phase of a SET for one varbind. `value` points to `length` octets: INTEGER, Unsigned32, Counter32 and TimeTicks
-// are 4 octets in machine order, an OBJECT IDENTIFIER 4 octets a sub-identifier, an IpAddress 4 octets in network order.
-// `state` is what the read method returned for the same row just before the phases began. Returns an SNMP error number.
+// are 4 octets in machine order, an OBJECT IDENTIFIER 4 octets a sub-identifier, an IpAddress 4 octets in network
+// order. `state` is what the read method returned for the same row just before the phases began. Returns an SNMP error
+// number.
 typedef int WriteMethod(int action, unsigned char* value, unsigned char type, std::size_t length, unsigned char* state,
                         oid* name, std::size_t name_length);
 
@@ -132,8 +133,8 @@ const char* SNMPD_Get_Cur_VrfName(void);      // VRF of the request; null or "" 
 const char* SNMPD_Get_Cur_ContextName(void);  // SNMP context of the request; null or "" for none
 
 // ---------------------------------------------------------------------------------------------------------------------
-// Services: port lists (12 octets) and VLAN lists (512 octets); member n is octet (n - 1) / 8, mask 0x80 >> (n - 1) % 8.
-// A result may be one of its sources.
+// Services: port lists (12 octets) and VLAN lists (512 octets); member n is octet (n - 1) / 8, mask 0x80 >> (n - 1) %
+// 8. A result may be one of its sources.
 
 void PORTLIST_copy(const void* from, void* to);
 void PORTLIST_and(const void* a, const void* b, void* result);

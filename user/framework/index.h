@@ -87,9 +87,9 @@ struct InterfaceKey {
     static constexpr Kind index[] = {Kind::integer};
 };
 
-// Fills `key`, which comes clear, from the request behind `prefix`; a field that the request does not reach stays clear.
-// A GETNEXT that sorts before the prefix fills nothing and gets `*name_length` cut to the prefix. -1: an exact request with too many or
-// too few index sub-identifiers, or a counted string of another length than its field's.
+// Fills `key`, which comes clear, from the request behind `prefix`; a field that the request does not reach stays
+// clear. A GETNEXT that sorts before the prefix fills nothing and gets `*name_length` cut to the prefix. -1: an exact
+// request with too many or too few index sub-identifiers, or a counted string of another length than its field's.
 int parse_index(const oid* prefix, std::size_t prefix_length, const oid* name, std::size_t* name_length,
                 const KeyShape& shape, void* key, int exact);
 

@@ -10,8 +10,8 @@
 
 namespace switchmib {
 
-// A list of `size` octets; members behind `last` are never looked at. The host makes of two lists what is in `both`, and
-// what is in `either` but not in both.
+// A list of `size` octets; members behind `last` are never looked at. The host makes of two lists what is in `both`,
+// and what is in `either` but not in both.
 template <std::size_t size, int last, auto both, auto either>
 struct MemberList {
     unsigned char octets[size] = {};

@@ -32,6 +32,7 @@ struct Group {
     void (*fill)(const void* key, void* record) = nullptr;
     void (*take)(const void* record, void* key) = nullptr;
     unsigned char* (*fetch)(void* key, const Read&) = nullptr;
+    bool traces = false;
     void (*bad_index)(const Read&, int result) = nullptr;
     void (*shown)(const Read&, const void* key, bool answered) = nullptr;
     std::uint64_t request_class = 2;
@@ -97,7 +98,7 @@ unsigned char* read_row(const Read& read) {
     const Cell* column = cell(table, read);
     if (column != nullptr) hand_out(column->writer, read);
     const bool answers = column != nullptr && column->source.answers;
-    if (!answers && table.bad_index == nullptr) return nullptr;
+    if (!answers && !table.traces) return nullptr;
 
     unsigned char* value = nullptr;
     if (table.fetch != nullptr) {
@@ -170,6 +171,7 @@ consteval Group group_of_table() {
                 .count = cells_of<table>.size(),
                 .result = table.result,
                 .line = table.line,
+                .traces = table.traces,
                 .bad_index = table.bad_index,
                 .request_class = table.request_class,
                 .counts_index = table.counts_index};

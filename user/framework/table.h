@@ -102,8 +102,8 @@ struct Scalars {
     }
 };
 
-// The show command of a row. A function that also takes the request may force fields of the key that are not part of
-// the index, trace, or answer no_answer.
+// The show command of a row. A function that also takes the request may force fields of the key, trace, or answer
+// no_answer; the write method is handed out by then, so where it must not be, `accepts` is the place to refuse.
 template <class Key>
 struct RowCommand {
     Command (*of_key)(const Key&) = nullptr;
@@ -139,8 +139,8 @@ struct Table {
     void (*take)(const Record&, Key&) = nullptr;
     // Answers in place of the backend: returns the value and sets its length, and moves the key for a GETNEXT.
     unsigned char* (*fetch)(Key&, const Read&) = nullptr;
-    // Told the result of a parse that failed. A table that traces forms its command for every column, served or not.
-    void (*bad_index)(const Read&, int result) = nullptr;
+    bool traces = false;  // its command is formed, and traced, for every column, served or not
+    void (*bad_index)(const Read&, int result) = nullptr;  // told the result of a parse that failed
     // Told whether the backend answered, and the key of the row that it answered.
     void (*shown)(const Read&, const Key&, bool answered) = nullptr;
     Result result = {};

@@ -96,8 +96,8 @@ public:
     // "interface <name>".
     Error enter(const InterfaceName& interface, int line = __builtin_LINE()) const;
 
-    // Asks the backend for one value under the write method's name. A refused lookup leaves `result` as the backend left
-    // it; false then.
+    // Asks the backend for one value under the write method's name. A refused lookup leaves `result` as the backend
+    // left it; false then.
     bool lookup(const Command& command, int magic, void* result, int size, int line = __builtin_LINE()) const;
 
     // A writer as a whole: an INTEGER column of a table keyed by ifIndex, whose every value is one line in the

@@ -98,8 +98,14 @@ Command traced(const Read& read, const char* table, const Command& command, int 
     return command;
 }
 
+// The same with a capital M, in the access groups and statistics.
+Command traced_upper(const Read& read, const char* table, const Command& command, int line = __builtin_LINE()) {
+    LOG_TRACE("MGMD$SNPMIB$%s %d cmd : %s M:%d\n", table, line, command.c_str(), read.entry->magic);
+    return command;
+}
+
 // The line that enters an interface. The lookup may fail: the backend then refuses the empty name.
-Command interface_line(std::uint32_t ifindex) {
+Command enter_line(std::uint32_t ifindex) {
     InterfaceName name;
     Set::interface_name(ifindex, name);
     return {"interface %s", name.text};
@@ -116,7 +122,7 @@ void trace_port_line(const Set& set, const Command& text, int line = __builtin_L
 
 // An address as show commands have it: `text`, or what stands for one that is none.
 template <class P>
-const char* shown(const InetAddress& address, AddressText& text) {
+const char* address_word(const InetAddress& address, AddressText& text) {
     if (!to_text(address, text)) return " ";
     return address.type == kNoAddress ? P::no_address : text.text;
 }
@@ -157,7 +163,7 @@ Error write_switch(const Set& set, const char* feature) {
     TRY_LOGGED(set.row(SNPTABLE<P>, row), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
     LOG_TRACE("MGMD$SNPMIB$%d$%s$%d\n", row.idx, set.caller, __LINE__);
     TRY(set.integer(state));
-    const Command interface = interface_line(row.idx);
+    const Command interface = enter_line(row.idx);
     trace_line(set, interface);
     TRY(set.range(state, kOn, kOff));
     if (!set.acting()) return noError;
@@ -191,7 +197,7 @@ Error write_minimum_version(Set& set) {
     TRY(set.unsigned32(version));
     TRY(set.row(SNPTABLE<P>, row));
     if (version != 0) return wrongValue;
-    const Command interface = interface_line(row.idx);
+    const Command interface = enter_line(row.idx);
     trace_line(set, interface);
     if (!set.acting()) return noError;
     TRY(set.global(interface));
@@ -211,6 +217,7 @@ constexpr Table<VlanKey> snp_table{
             LOG_TRACE("MGMD$SNPMIB$%s %d cmd : %s \n", kTable, __LINE__, command.c_str());
             return command;
         },
+    .traces = true,
     .bad_index = log_bad_index<P, "Table">,
     .result = {RETVALUE_mgmdSnpTable, kResultSize},
     .columns =
@@ -244,7 +251,7 @@ Error write_static(const Set& set, std::int32_t status, std::uint32_t port_ifind
                    const Text<128>& group) {
     InterfaceName port;
     Set::interface_name(port_ifindex, port);
-    const Command interface = interface_line(vlan_ifindex);
+    const Command interface = enter_line(vlan_ifindex);
     TRY(set.row_status(status));
     if (!set.acting() || (status != createAndGo && status != destroy)) return noError;
     LOG_TRACE("MGMD$SNPMIB$%s:%d cmd:%s\n", set.caller, __LINE__, interface.c_str());
@@ -275,7 +282,7 @@ constexpr Table<GroupKey> group_table{
         [](GroupKey& row, const Read& read) {
             constexpr const char* kTable = name_of<P, "GroupTable">;
             AddressText text;
-            const char* group = shown<P>(row.group, text);
+            const char* group = address_word<P>(row.group, text);
             LOG_TRACE("MGMD$SNPMIB$%s %d %d v:%d type:%d %s\n", kTable, __LINE__, row.idx, row.v_idx, row.group.type,
                       group);
             row.group.type = P::type;
@@ -283,6 +290,7 @@ constexpr Table<GroupKey> group_table{
                 read, kTable,
                 {"show debugging %s snooping snmp group %d %d %d %s", P::show, row.idx, row.v_idx, P::type, group});
         },
+    .traces = true,
     .bad_index = log_bad_index<P, "GroupTable">,
     .result = {RETVALUE_mgmdSnpGroupTable, kResultSize},
     .columns =
@@ -336,8 +344,8 @@ constexpr Table<SourceKey> source_table{
         [](SourceKey& row, const Read& read) {
             constexpr const char* kTable = name_of<P, "GroupSrcTable">;
             AddressText group_text, source_text;
-            const char* group = shown<P>(row.group, group_text);
-            const char* source = shown<P>(row.source, source_text);
+            const char* group = address_word<P>(row.group, group_text);
+            const char* source = address_word<P>(row.source, source_text);
             LOG_TRACE("MGMD$SNPMIB$type :%d adr:%s idx:%d src:%s magic:%d$%s$%d\n", row.group.type, group, row.idx,
                       source, read.entry->magic, kTable, __LINE__);
             row.group.type = P::type;  // the source's stays
@@ -346,6 +354,7 @@ constexpr Table<SourceKey> source_table{
                           {"show debugging %s snp snmp source %d %d %d %s %s", P::show, row.idx, row.v_idx, P::type,
                            group, source});
         },
+    .traces = true,
     .bad_index = log_bad_index<P, "GroupSrcTable">,
     .result = {RETVALUE_mgmdSnpGroupSrcTable, kResultSize},
     .columns =
@@ -380,7 +389,7 @@ Error write_router_ports(Set& set) {
     TRY_LOGGED(set.row(SNPMROUTERTABLE<P>, row), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
     LOG_TRACE("MGMD$SNPMIB$key.idx:%d qr_type:%d$%s$%d\n", row.idx, row.qr_type, set.caller, __LINE__);
     std::copy_n(set.value, std::min(set.length_given, sizeof octets), octets);  // a longer list is cut
-    const Command interface = interface_line(row.idx);
+    const Command interface = enter_line(row.idx);
     trace_line(set, interface);
     if (!set.acting()) return noError;
     TRY(set.global(interface));
@@ -412,6 +421,7 @@ constexpr Table<RouterKey> router_table{
             LOG_TRACE("MGMD$SNPMIB$cmd:%s$%s$%d\n", command.c_str(), kTable, __LINE__);
             return command;
         },
+    .traces = true,
     .bad_index = log_bad_index<P, "MrouterTable">,
     .result = {RETVALUE_mgmdSnpMrouterTable, kResultSize},
     .columns =
@@ -442,12 +452,6 @@ Command port_command(PortKey& row, const char* table, const char* words) {
     LOG_TRACE("MGMD$SNPMIB$%s %d %d v:%d\n", table, __LINE__, row.ifindex, row.vlan_ifindex);
     row.type = P::type;
     return {"show debugging %s snooping snmp %s %d %d %d", P::show, words, row.ifindex, row.vlan_ifindex, row.type};
-}
-
-// With an "M", unlike the other tables.
-Command traced_big(const Read& read, const char* table, const Command& command, int line = __builtin_LINE()) {
-    LOG_TRACE("MGMD$SNPMIB$%s %d cmd : %s M:%d\n", table, line, command.c_str(), read.entry->magic);
-    return command;
 }
 
 // --- limits: mgmdIgmpSnpFilterTable, mgmdMldSnpFilterTable -----------------------------------------------------------
@@ -491,6 +495,7 @@ constexpr Table<PortKey> filter_table{
             constexpr const char* kTable = name_of<P, "FilterTable">;
             return traced(read, kTable, port_command<P>(row, kTable, "filter"));
         },
+    .traces = true,
     .bad_index = log_bad_index<P, "FilterTable">,
     .result = {RETVALUE_mgmdSnpFilterTable, kResultSize},
     .columns =
@@ -538,7 +543,7 @@ Error write_access_group_status(Set& set) {
     TRY(set.row_status(status));
     if (!set.acting() || (status != createAndGo && status != destroy)) return noError;
     if (!(access_group.row == row)) return noError;
-    const Command interface = interface_line(row.ifindex);
+    const Command interface = enter_line(row.ifindex);
     TRY_LOGGED(row.vid() != 0 ? noError : wrongValue, "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGVALUE");
     if (status == createAndGo) trace_port_line(set, interface);
     TRY_LOGGED(set.global(interface), "MGMD$SNPMIB-ERR$SNMP_ERR_GENERR");
@@ -556,8 +561,9 @@ constexpr Table<PortKey> access_group_table{
     .command =
         [](PortKey& row, const Read& read) {
             constexpr const char* kTable = name_of<P, "AccGrpTable">;
-            return traced_big(read, kTable, port_command<P>(row, kTable, "access-group"));
+            return traced_upper(read, kTable, port_command<P>(row, kTable, "access-group"));
         },
+    .traces = true,
     .bad_index = log_bad_index<P, "AccGrpTable">,
     .result = {RETVALUE_mgmdSnpAccGrpTable, kResultSize},
     .columns =
@@ -592,8 +598,8 @@ constexpr Table<HostKey> host_table{
         [](HostKey& row, const Read& read) {
             constexpr const char* kTable = name_of<P, "HostTable">;
             AddressText group_text, host_text;
-            const char* group = shown<P>(row.group, group_text);
-            const char* host = shown<P>(row.host, host_text);
+            const char* group = address_word<P>(row.group, group_text);
+            const char* host = address_word<P>(row.host, host_text);
             LOG_TRACE("MGMD$SNPMIB$%s %d if:%d v:%d type:%d g:%s h:%s\n", kTable, __LINE__, row.ifindex, row.vlan,
                       row.group.type, group, host);
             row.group.type = P::type;  // the host's stays
@@ -603,6 +609,7 @@ constexpr Table<HostKey> host_table{
                            row.ifindex, host});
         },
     // Logged with its result, unlike in the other tables.
+    .traces = true,
     .bad_index =
         [](const Read&, int result) {
             LOG_ERROR("MGMD$SNPMIB-ERR$ret:%d$%s$%d\n", result, name_of<P, "HostTable">, __LINE__);
@@ -630,8 +637,9 @@ constexpr Table<PortKey> statistic_table{
     .command =
         [](PortKey& row, const Read& read) {
             constexpr const char* kTable = name_of<P, "StatisticTable">;
-            return traced_big(read, kTable, port_command<P>(row, kTable, "statistics"));
+            return traced_upper(read, kTable, port_command<P>(row, kTable, "statistics"));
         },
+    .traces = true,
     .bad_index = log_bad_index<P, "StatisticTable">,
     .result = {RETVALUE_mgmdSnpStatisticsTable, kResultSize},
     .columns =
@@ -670,13 +678,14 @@ constexpr Table<StatisticGroupKey> statistic_group_table{
         [](StatisticGroupKey& row, const Read& read) {
             constexpr const char* kTable = name_of<P, "StatisticGroupTable">;
             AddressText text;
-            const char* group = shown<P>(row.group, text);
+            const char* group = address_word<P>(row.group, text);
             LOG_TRACE("MGMD$SNPMIB$%s %d v:%d type:%d %s\n", kTable, __LINE__, row.vlan, row.group.type, group);
             row.group.type = P::type;
             return traced(
                 read, kTable,
                 {"show debugging %s snooping snmp statistics group %d %d %s", P::show, row.vlan, P::type, group});
         },
+    .traces = true,
     .bad_index = log_bad_index<P, "StatisticGroupTable">,
     .result = {RETVALUE_mgmdSnpStatisticsGroupTable, kResultSize},
     .columns =

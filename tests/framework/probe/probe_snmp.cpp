@@ -146,6 +146,7 @@ constexpr Table<Number, Record> probeOddTable{
     .accepts = [](Number& key, const Read&) { return key.number <= 100; },
     .fill = [](const Number& key, Record& record) { record.number = key.number; },
     .take = [](const Record& record, Number& key) { key.number = record.number; },
+    .traces = true,
     .bad_index = [](const Read&, int result) { anprintf(1, 0, 104, 0, "bad index %d\n", result); },
     .shown = [](const Read&, const Number& key,
                 bool answered) { anprintf(1, 0, 101, 0, "%s %u\n", answered ? "row" : "none", key.number); },
