@@ -23,16 +23,6 @@ Error write_ifLinkUpDownTrapEnable(Set& set) {
     return set.sub(enable == kEnabled ? "linktrap 1" : "linktrap 0");
 }
 
-// Promiscuous mode is not supported: a well-formed value passes the reservation and fails when it is applied.
-Error write_ifPromiscuousMode(Set& set) {
-    std::int32_t mode;
-    InterfaceKey row;
-    TRY(set.integer(mode));
-    TRY(set.row(IFXTABLE, row));
-    TRY(set.range(mode, 1, 2));
-    return set.acting() ? genErr : noError;
-}
-
 Error write_ifAlias(Set& set) {
     constexpr std::size_t kLongest = 64;
     InterfaceKey row;
@@ -71,7 +61,7 @@ constexpr Table<InterfaceKey> ifXTable{
             {13, "ifHCOutBroadcastPkts", Counter64, ReadOnly},
             {14, "ifLinkUpDownTrapEnable", Integer, ReadWrite, WRITER(write_ifLinkUpDownTrapEnable)},
             {15, "ifHighSpeed", Gauge32, ReadOnly},
-            {16, "ifPromiscuousMode", Integer, ReadWrite, WRITER(write_ifPromiscuousMode)},
+            {16, "ifPromiscuousMode", Integer, ReadWrite, refusing<Refusal{.table = &IFXTABLE, .low = 1, .high = 2}>},
             {17, "ifConnectorPresent", Integer, ReadOnly},
             {18, "ifAlias", OctetString, ReadWrite, WRITER(write_ifAlias)},
             {19, "ifCounterDiscontinuityTime", TimeTicks, ReadOnly},

@@ -1,6 +1,7 @@
 // IP-FORWARD-MIB: the routes of the request's VRF, and static routes made of them. The two older route tables are
 // registered and never answer.
 #include "framework/address.h"
+#include "framework/ifindex.h"
 #include "framework/module.h"
 #include "framework/write.h"
 

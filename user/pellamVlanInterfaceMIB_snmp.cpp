@@ -1,16 +1,11 @@
 // VLAN interfaces: the routed interface of a VLAN, listed, created and deleted.
-#include "framework/address.h"
+#include "framework/ifindex.h"
 #include "framework/module.h"
 #include "framework/write.h"
 
 namespace switchmib::pellamVlanInterfaceMIB {
 
 MODULE(pellamVlanInterfaceMIB, kVendor, 10, 1, 100, 3, 4);
-
-struct VlanKey {
-    std::uint32_t vid;
-    static constexpr Kind index[] = {Kind::integer};
-};
 
 // --- nVlanInterfaceTable ---------------------------------------------------------------------------------------------
 

@@ -1,6 +1,7 @@
 // The switch ports' physical settings: duplex, speed, flow control, medium, breakout and frame size. What a port takes
 // depends on what it is: its type flags and its active medium.
 #include "framework/module.h"
+#include "framework/port.h"
 #include "framework/write.h"
 
 namespace switchmib::switchPortMIB {
@@ -17,18 +18,13 @@ constexpr Scalars switchPortMIBGlobals{
 
 TABLE(switchPortMIB, SWPORTTABLE, 0, 3, 1);
 
-// Port type flags
-constexpr std::uint32_t kSpeedFixed = 16 | 32 | 64;
-constexpr std::uint32_t kFlowControlFixed = 128;
-constexpr std::uint32_t kBreakout = 1u << 28;
-
 // What every writer here begins with.
 struct Port {
     std::uint32_t ifindex;
     InterfaceName name;
 
-    std::uint32_t type() const { return port_info(ifindex, kPortType); }
-    std::uint32_t medium() const { return port_info(ifindex, kPortMedium); }
+    std::uint32_t type() const { return port_info(ifindex, PortItem::type); }
+    std::uint32_t medium() const { return port_info(ifindex, PortItem::medium); }
 };
 
 const char* medium_word(std::uint32_t medium) { return medium == kCopper ? " copper" : " fiber"; }
@@ -139,7 +135,7 @@ Error write_swPortBreakout(Set& set) {
     std::int32_t breakout;
     Port port;
     TRY(parse(set, breakout, port));
-    if (!(port.type() & kBreakout)) return notWritable;
+    if (!(port.type() & kCanBreakOut)) return notWritable;
     TRY(set.range(breakout, 0, 2));
     if (!set.acting()) return noError;
     switch (breakout) {

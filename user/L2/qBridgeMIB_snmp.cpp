@@ -2,6 +2,7 @@
 //
 // A VLAN's row may be set column by column or at once. With a row status in the request, its columns only stage their
 // values in RESERVE1, and the row status applies them all in ACTION.
+#include "framework/ifindex.h"
 #include "framework/lists.h"
 #include "framework/module.h"
 #include "framework/write.h"
@@ -16,10 +17,6 @@ MODULE(qBridgeMIB, kMib2, 17, 7);
 unsigned char result_buffer[512];
 constexpr Result kResult{result_buffer, sizeof result_buffer};
 
-struct VlanKey {
-    std::uint32_t vid;
-    static constexpr Kind index[] = {Kind::integer};
-};
 struct CurrentVlanKey {
     std::uint32_t time_mark;
     std::uint32_t vid;
@@ -49,7 +46,7 @@ Error write_dot1qGvrpStatus(Set& set) {
     return set.integer(status);
 }
 
-constexpr Scalars scalars{
+constexpr Scalars qBridgeMIBGlobals{
     .name = "qBridgeMIBGlobals",
     .result = kResult,
     .scalars =
@@ -342,7 +339,7 @@ constexpr Table<InterfaceKey> dot1qPortVlanTable{
         },
 };
 
-MODULE_INIT(qBridgeMIB, qBridgeMIB_snmp_init, "user/L2/qBridgeMIB_snmp", 28, scalars, dot1qVlanCurrentTable,
+MODULE_INIT(qBridgeMIB, qBridgeMIB_snmp_init, "user/L2/qBridgeMIB_snmp", 28, qBridgeMIBGlobals, dot1qVlanCurrentTable,
             dot1qVlanStaticTable, dot1qPortVlanTable);
 
 }  // namespace switchmib::qBridgeMIB

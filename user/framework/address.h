@@ -22,12 +22,4 @@ inline const char* vrf_name() {
     return name != nullptr ? name : "";
 }
 
-// VLAN interfaces and tunnels by their interface index.
-inline constexpr std::uint32_t kVlanIfIndexBase = 1024;
-inline constexpr std::uint32_t kLastVlanIfIndex = 5118;
-inline constexpr std::uint32_t kTunnelIfIndexBase = 896;
-inline constexpr bool is_vlan_interface(std::uint32_t ifindex) {
-    return ifindex > kVlanIfIndexBase && ifindex <= kLastVlanIfIndex;
-}
-
 }  // namespace switchmib

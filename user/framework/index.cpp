@@ -11,7 +11,7 @@ constexpr int kCountedString = 14;
 constexpr int kMaxNameLength = 128;
 constexpr std::size_t kSlots = 3;  // of a kind in the host's conversion table
 
-// A size that the host read out of a request: a hostile count is as good as one sub-identifier too many.
+// A size that the host read out of a request. A hostile count stays small enough to be summed, and fits no exact request.
 int bounded(int size) { return size < 0 || size > kMaxNameLength ? kMaxNameLength + 1 : size; }
 
 void to_field(const KeyShape::Field& field, const oid* first, int count, void* key) {

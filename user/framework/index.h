@@ -81,9 +81,14 @@ inline constexpr KeyShape shape_of = [] {
     return shape;
 }();
 
-// The key of every table that has a row for each interface or port.
+// The keys of tables that have a row for each interface or port, and for each VLAN.
 struct InterfaceKey {
     std::uint32_t ifindex;
+    static constexpr Kind index[] = {Kind::integer};
+};
+
+struct VlanKey {
+    std::uint32_t vid;
     static constexpr Kind index[] = {Kind::integer};
 };
 

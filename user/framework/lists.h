@@ -6,7 +6,6 @@
 #include "framework/snmp.h"
 
 #include <cstddef>
-#include <cstdint>
 
 namespace switchmib {
 
@@ -57,8 +56,5 @@ struct Difference {
 
 using PortList = MemberList<12, 90, PORTLIST_and, PORTLIST_xor>;
 using VlanList = MemberList<512, 4094, VLANLIST_and, VLANLIST_xor>;
-
-// Bridge port n of a port list is this interface.
-inline constexpr std::uint32_t kPortIfIndexBase = 5120;
 
 }  // namespace switchmib

@@ -3,7 +3,7 @@
 // in front of everything, the module's OID:          MODULE(interfaces, kMib2, 2);
 // in front of a table, its entry OID in the module:  TABLE(interfaces, IFTABLE, 2, 1);
 // behind everything, the objects that it registers:  MODULE_INIT(interfaces, interfaces_snmp_init,
-//                                                                "user/interfaces_snmp", 23, scalars, ifTable);
+//                                                                "user/interfaces_snmp", 23, interfacesGlobals, ifTable);
 #pragma once
 
 #include "framework/host.h"
@@ -14,13 +14,6 @@
 #include <cstdint>
 #include <iterator>
 #include <type_traits>
-
-#ifndef SWITCHMIB_VENDOR_ENTERPRISE
-#define SWITCHMIB_VENDOR_ENTERPRISE 32473
-#endif
-#ifndef SWITCHMIB_SECOND_ENTERPRISE
-#define SWITCHMIB_SECOND_ENTERPRISE 32473
-#endif
 
 namespace switchmib {
 

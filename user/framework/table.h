@@ -117,6 +117,9 @@ struct RowCommand {
         else
             of_key = function;
     }
+    Command operator()(Key& key, const Read& read) const {
+        return of_request != nullptr ? of_request(key, read) : of_key(key);
+    }
 };
 
 // A row record that the show request gets in place of the key: filled before it, taken back after a GETNEXT.

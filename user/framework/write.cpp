@@ -11,15 +11,7 @@ Error configure(Mode mode, const char* command, const char* caller, int line) {
 Error enter_intf(std::uint32_t ifindex, int line) {
     InterfaceName name;
     if_utl_ifindex_to_ifname(ifindex, name.text);
-    return configure(global_mode, Command("interface %s", name.text), "_enter_intf", line);
-}
-
-std::uint32_t port_info(std::uint32_t ifindex, int item, int line) {
-    std::uint32_t value = 0;
-    std::size_t length = 0;
-    uib_sh_show_request(2, Command("show swport type-medium %d", static_cast<int>(ifindex)), &value, sizeof value,
-                        &length, nullptr, 0, item, 1, 0, "_get_port_info", line);
-    return value;
+    return configure(kGlobalMode, Command("interface %s", name.text), "_enter_intf", line);
 }
 
 Error Set::column(const TableId& table) const {

@@ -29,20 +29,12 @@ struct InterfaceName {
 };
 
 // Sends one configuration line; `caller` and `line` are for the host's diagnostics. genErr when it is refused.
-enum Mode : int { global_mode = 5, sub_mode = -1, executive_mode = 4 };
+enum Mode : int { kGlobalMode = 5, kSubMode = -1, kExecutiveMode = 4 };
 Error configure(Mode mode, const char* command, const char* caller, int line);
 
 // Enters an interface for writers that leave an unknown ifIndex to the backend: the name is sent as it comes, an empty
 // one too.
 Error enter_intf(std::uint32_t ifindex, int line = __builtin_LINE());
-
-// What a port is: item 1 its type flags, item 2 its active medium. A refused lookup counts as what its cell holds, 0.
-std::uint32_t port_info(std::uint32_t ifindex, int item, int line = __builtin_LINE());
-inline constexpr int kPortType = 1;
-inline constexpr int kPortMedium = 2;
-inline constexpr std::uint32_t kComboPort = 2;  // two media; commands name the medium
-inline constexpr std::uint32_t kCopper = 1;
-inline constexpr std::uint32_t kFiber = 2;
 
 // One phase of a SET of one varbind. Checks answer the error of their refusal.
 class Set {
@@ -75,7 +67,7 @@ public:
     // That, and the index parsed exactly.
     template <class Key>
     Error row(const TableId& table, Key& key) const {
-        key = {};
+        std::memset(&key, 0, sizeof key);
         return row(table, shape_of<Key>, &key);
     }
 
@@ -88,9 +80,9 @@ public:
     // One configuration line: from global mode, in the mode that the line before entered, or from executive mode.
     // Written `set.global("no shutdown")` or `set.global({"interface vlan%d", vid})`.
     Error global(const char* text, int line = __builtin_LINE()) const {
-        return configure(global_mode, text, caller, line);
+        return configure(kGlobalMode, text, caller, line);
     }
-    Error sub(const char* text, int line = __builtin_LINE()) const { return configure(sub_mode, text, caller, line); }
+    Error sub(const char* text, int line = __builtin_LINE()) const { return configure(kSubMode, text, caller, line); }
     Error global(const Command& text, int line = __builtin_LINE()) const { return global(text.c_str(), line); }
     Error sub(const Command& text, int line = __builtin_LINE()) const { return sub(text.c_str(), line); }
     // "interface <name>".
@@ -148,9 +140,10 @@ struct Refusal {
 Error refuse(const Refusal& refusal, const Set& set);
 
 template <Refusal refusal>
-inline constexpr Writer refusing{[](int phase, unsigned char* value, unsigned char type, std::size_t length,
-                                    unsigned char* state, oid* name, std::size_t name_length) -> int {
-    return refuse(refusal, {phase, value, type, length, state, name, name_length, ""});
-}};
+requires(refusal.length == 4 || (refusal.low == INT_MIN && refusal.high == INT_MAX))  // only a number has a range
+    inline constexpr Writer refusing{[](int phase, unsigned char* value, unsigned char type, std::size_t length,
+                                        unsigned char* state, oid* name, std::size_t name_length) -> int {
+        return refuse(refusal, {phase, value, type, length, state, name, name_length, ""});
+    }};
 
 }  // namespace switchmib

@@ -4,6 +4,7 @@
 // The two protocols are twins: what differs between them is said in Igmp and Mld, everything else once, in templates
 // over them. `name_of<P, "State">` is mgmdIgmpSnpState or mgmdMldSnpState.
 #include "framework/address.h"
+#include "framework/ifindex.h"
 #include "framework/module.h"
 #include "framework/write.h"
 
@@ -147,19 +148,19 @@ constexpr Scalars harrowMgmdSnoopingMIBGlobals{
 TWIN_TABLES(SNPTABLE, 2);
 TWIN_RESULT(RETVALUE_mgmdSnpTable);
 
-struct VlanKey {
+struct SnoopedVlanKey {
     std::uint32_t idx;  // ifIndex of the VLAN interface
     std::uint32_t qr_type;
     static constexpr Kind index[] = {Kind::integer, Kind::integer};
 };
-static_assert(sizeof(VlanKey) == 8);
+static_assert(sizeof(SnoopedVlanKey) == 8);
 
 // Turns on (1) or off (2) what `feature` names, once type and length are checked.
 template <class P>
 Error write_switch(const Set& set, const char* feature) {
     constexpr std::int32_t kOn = 1, kOff = 2;
     std::int32_t state;
-    VlanKey row;
+    SnoopedVlanKey row;
     TRY_LOGGED(set.row(SNPTABLE<P>, row), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
     LOG_TRACE("MGMD$SNPMIB$%d$%s$%d\n", row.idx, set.caller, __LINE__);
     TRY(set.integer(state));
@@ -193,7 +194,7 @@ Error write_leave(Set& set) {
 template <class P>
 Error write_minimum_version(Set& set) {
     std::uint32_t version;
-    VlanKey row;
+    SnoopedVlanKey row;
     TRY(set.unsigned32(version));
     TRY(set.row(SNPTABLE<P>, row));
     if (version != 0) return wrongValue;
@@ -205,11 +206,11 @@ Error write_minimum_version(Set& set) {
 }
 
 template <class P>
-constexpr Table<VlanKey> snp_table{
+constexpr Table<SnoopedVlanKey> snp_table{
     .name = name_of<P, "Table">,
     .id = SNPTABLE<P>,
     .command =
-        [](VlanKey& row, const Read& read) {
+        [](SnoopedVlanKey& row, const Read& read) {
             constexpr const char* kTable = name_of<P, "Table">;
             LOG_TRACE("MGMD$SNPMIB$%s %d index:%d vp->magic:%d\n", kTable, __LINE__, row.idx, read.entry->magic);
             row.qr_type = P::type;
