@@ -171,7 +171,7 @@ TEST_F(Framework, WritesPatchTheExportedColumnSlot) {
     other[column.size() - 1] = 9;
     EXPECT_EQ(write_name(action, "probeOdd", other, Unsigned32, integer(9)), noError);
     EXPECT_EQ(oids[column.size() - 1], 9u);
-    EXPECT_THAT(lines(), ElementsAre("5 odd 4 9"));
+    EXPECT_THAT(lines(), ElementsAre("4 probe 4"));
     for (const int phase : {+reserve2, +commit, +release, +undo, 6, 99})
         EXPECT_EQ(write(phase, "probeOdd", {1}, Unsigned32, integer(9)), noError);
     EXPECT_EQ(sent.size(), 1u);

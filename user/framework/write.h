@@ -85,6 +85,9 @@ public:
     Error sub(const char* text, int line = __builtin_LINE()) const { return configure(kSubMode, text, caller, line); }
     Error global(const Command& text, int line = __builtin_LINE()) const { return global(text.c_str(), line); }
     Error sub(const Command& text, int line = __builtin_LINE()) const { return sub(text.c_str(), line); }
+    Error executive(const Command& text, int line = __builtin_LINE()) const {
+        return configure(kExecutiveMode, text.c_str(), caller, line);
+    }
     // "interface <name>".
     Error enter(const InterfaceName& interface, int line = __builtin_LINE()) const;
 

@@ -131,7 +131,9 @@ Error write_probeOdd(Set& set) {
     Number row;
     TRY(set.unsigned32(value));
     TRY(set.row(PROBEODDTABLE, row));
-    return set.acting() ? set.global({"odd %u %u", row.number, value}) : noError;
+    if (!set.acting()) return noError;
+    if (row.number == 4) return set.executive({"probe %u", row.number});
+    return set.global({"odd %u %u", row.number, value});
 }
 
 constexpr Table<Number, Record> probeOddTable{
