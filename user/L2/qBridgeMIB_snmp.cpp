@@ -304,12 +304,11 @@ Error write_dot1qPvid(Set& set) {
     }
 }
 
+// The third value goes beyond the MIB's two, on purpose.
 Error write_dot1qPortAcceptableFrameTypes(Set& set) {
-    return set.interface_line(DOT1QPORTVLANTABLE, {
-                                                      {1, "acceptable-frame admit-all"},
-                                                      {2, "acceptable-frame tagged-only"},
-                                                      {3, "acceptable-frame untagged-only"},  // beyond the MIB's two
-                                                  });
+    return set.interface_line(DOT1QPORTVLANTABLE, {{1, "acceptable-frame admit-all"},
+                                                   {2, "acceptable-frame tagged-only"},
+                                                   {3, "acceptable-frame untagged-only"}});
 }
 
 Error write_dot1qPortIngressFiltering(Set& set) {

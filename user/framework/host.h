@@ -133,8 +133,8 @@ const char* SNMPD_Get_Cur_VrfName(void);      // VRF of the request; null or "" 
 const char* SNMPD_Get_Cur_ContextName(void);  // SNMP context of the request; null or "" for none
 
 // ---------------------------------------------------------------------------------------------------------------------
-// Services: port lists (12 octets) and VLAN lists (512 octets); member n is octet (n - 1) / 8, mask 0x80 >> (n - 1) %
-// 8. A result may be one of its sources.
+// Services: port lists (12 octets) and VLAN lists (512 octets). Member n, from 1, is octet (n - 1) / 8, mask
+// 0x80 >> (n - 1) % 8. A result may be one of its sources.
 
 void PORTLIST_copy(const void* from, void* to);
 void PORTLIST_and(const void* a, const void* b, void* result);
