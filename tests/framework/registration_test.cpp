@@ -115,7 +115,8 @@ TEST(Registration, ExportsAreThoseOfTheModulesAndTheirTables) {
     std::set<std::string> expected(std::begin(kOthers), std::end(kOthers));
     for (const Module& module : kCatalogue) {
         if (module.so_far == 0) continue;
-        for (const char* suffix : {"_oid", "_oid_length", "_variables", "_variables_count", "_names"})
+        for (const char* suffix :
+             {"_oid", "_oid_length", "_variables", "_variables_count", "_names", "_groups", "_groups_count"})
             expected.insert(std::string(module.descr) + suffix);
         expected.insert(init_of(module));
     }

@@ -44,6 +44,18 @@ static_assert(sizeof(VariableEntry) == 532 && offsetof(VariableEntry, findVar) =
 static_assert(offsetof(VariableEntry, namelen) == 4 + sizeof(void*) &&
               offsetof(VariableEntry, name) == 8 + sizeof(void*));
 
+// What tools read of a module: one record for each scalar group and table, in the order of the module's entries.
+typedef struct {
+    const char* name;        // what show requests name: "swPortTable", "switchPortMIBGlobals"
+    std::uint16_t first;     // its first object in `<module>_variables`
+    std::uint16_t objects;   // how many
+    std::uint16_t key_size;  // octets of the record that a show request gets; 0 for a scalar group
+    std::uint8_t answers;    // 0: registered, and never answers
+    std::uint8_t fields;     // index fields, at most 4; 0 for a scalar group
+    std::uint8_t kind[4];    // the index kind of each field
+    std::uint8_t octets[4];  // its octets in the key
+} GroupInfo;
+
 // What index conversion works on, besides a u32 and plain octets.
 
 struct InetAddress {           // kind 10; a pair of them is kind 13

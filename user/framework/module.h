@@ -76,6 +76,40 @@ consteval auto make_names() {
     return names;
 }
 
+// A scalar group or table, for tools: which of the module's objects are its, and what its index is.
+template <const auto& group>
+consteval GroupInfo describe(std::size_t first) {
+    GroupInfo info{};
+    info.name = group.name;
+    info.first = static_cast<std::uint16_t>(first);
+    info.objects = static_cast<std::uint16_t>(group.objects().size());
+    for (const auto& object : group.objects()) info.answers |= object.source.answers;
+    if constexpr (requires { group.id; }) {
+        using Table = std::remove_cvref_t<decltype(group)>;
+        if (!group.answers) info.answers = 0;
+        if constexpr (!std::is_same_v<typename Table::KeyType, NoKey>) {
+            constexpr KeyShape shape = shape_of<typename Table::KeyType>;
+            info.key_size =
+                std::is_same_v<typename Table::RecordType, NoRecord> ? shape.size : sizeof(typename Table::RecordType);
+            info.fields = shape.count;
+            for (int i = 0; i < shape.count; ++i) {
+                info.kind[i] = shape.fields[i].kind;
+                info.octets[i] = shape.fields[i].octets;
+            }
+        }
+    }
+    return info;
+}
+
+template <const auto&... groups>
+consteval auto make_groups() {
+    PerObject<GroupInfo, sizeof...(groups)> infos{};
+    GroupInfo* info = infos.elements;
+    std::size_t first = 0;
+    ((*info++ = describe<groups>(first), first += groups.objects().size()), ...);
+    return infos;
+}
+
 // What a module hands to the agent.
 struct Registration {
     const char* descr;
@@ -112,10 +146,14 @@ void register_module(const Registration& module, const char* init, const char* s
 #ifdef SWITCHMIB_NO_NAMES
 #define SWITCHMIB_NAMES(module, ...) static_assert(true)
 #else
-#define SWITCHMIB_NAMES(module, ...) SWITCHMIB_EXPORT_CONST(module##_names, ::switchmib::make_names<__VA_ARGS__>())
+#define SWITCHMIB_NAMES(module, ...)                                                  \
+    SWITCHMIB_EXPORT_CONST(module##_names, ::switchmib::make_names<__VA_ARGS__>());   \
+    SWITCHMIB_EXPORT_CONST(module##_groups, ::switchmib::make_groups<__VA_ARGS__>()); \
+    SWITCHMIB_EXPORT_CONST(module##_groups_count, std::size(module##_groups.elements))
 #endif
 
-// Exports `<module>_variables`, `<module>_variables_count` and `<module>_names`: the objects of the groups named.
+// Exports `<module>_variables` and `<module>_variables_count`, the objects of the groups named, and for tools
+// `<module>_names`, `<module>_groups` and `<module>_groups_count`.
 #define VARIABLES(module, entries, ...)                                                                            \
     static_assert(::switchmib::object_count<__VA_ARGS__> == entries, "another number of objects than registered"); \
     SWITCHMIB_EXPORT_CONST(module##_variables, ::switchmib::make_variables<__VA_ARGS__>());                        \
