@@ -4,6 +4,7 @@
 #include "framework/host.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace instant {

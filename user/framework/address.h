@@ -3,6 +3,8 @@
 
 #include "framework/host.h"
 
+#include <cstdint>
+
 namespace switchmib {
 
 enum AddressType : std::uint32_t { kNoAddress = 0, kIpv4 = 1, kIpv6 = 2 };

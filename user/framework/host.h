@@ -1,48 +1,52 @@
-// Everything that the library takes from the process that loads it, and the layouts that both sides share.
-// Integrators get this header installed: a host implements what stands under "Services".
+// Everything that the library takes from the process that loads it, and the layouts that both sides share; as C11 and
+// as C++. Integrators get this header installed: a host implements what is listed under "Services".
 //
 // Strings are NUL-terminated; numbers are in machine order; addresses are octets in network order.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <assert.h>
+#include <stddef.h>
+#include <stdint.h>
 
+#ifdef __cplusplus
 extern "C" {
+#endif
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Types
 
-typedef std::uint32_t oid;  // one sub-identifier
+typedef uint32_t oid;  // one sub-identifier
 
-struct VariableEntry;
+typedef struct VariableEntry VariableEntry;
 
 // One phase of a SET for one varbind. `value` points to `length` octets: INTEGER, Unsigned32, Counter32 and TimeTicks
 // are 4 octets in machine order, an OBJECT IDENTIFIER 4 octets a sub-identifier, an IpAddress 4 octets in network
 // order. `state` is what the read method returned for the same row just before the phases began. Returns an SNMP error
 // number.
-typedef int WriteMethod(int action, unsigned char* value, unsigned char type, std::size_t length, unsigned char* state,
-                        oid* name, std::size_t name_length);
+typedef int WriteMethod(int action, unsigned char* value, unsigned char type, size_t length, unsigned char* state,
+                        oid* name, size_t name_length);
 
 // A GET (exact 1) or GETNEXT (exact 0) of one object. `entry` carries the object's full OID. A GETNEXT writes the
 // answered OID over `name`, which has room for 128 sub-identifiers and 8 readable ones behind them. Returns the value,
 // `*value_length` octets, or null when there is no such instance.
-typedef unsigned char* ReadMethod(const VariableEntry* entry, oid* name, std::size_t* name_length, int exact,
-                                  std::size_t* value_length, WriteMethod** write_method);
+typedef unsigned char* ReadMethod(const VariableEntry* entry, oid* name, size_t* name_length, int exact,
+                                  size_t* value_length, WriteMethod** write_method);
 
 #pragma pack(push, 4)
 struct VariableEntry {
-    std::uint8_t magic;  // the object's number within its read method, from 1
-    std::uint8_t type;   // ASN.1 tag of the value
-    std::uint16_t acl;   // 1 read-only, 2 read-write
+    uint8_t magic;  // the object's number within its read method, from 1
+    uint8_t type;   // ASN.1 tag of the value
+    uint16_t acl;   // 1 read-only, 2 read-write
     ReadMethod* findVar;
-    std::uint8_t namelen;                      // sub-identifiers in `name`
+    uint8_t namelen;                           // sub-identifiers in `name`
     oid name[sizeof(void*) == 4 ? 130 : 129];  // relative to the module OID in a registration, full in a read
 };
 #pragma pack(pop)
 
-static_assert(sizeof(VariableEntry) == 532 && offsetof(VariableEntry, findVar) == 4);
+static_assert(sizeof(VariableEntry) == 532 && offsetof(VariableEntry, findVar) == 4, "the host's layout");
 static_assert(offsetof(VariableEntry, namelen) == 4 + sizeof(void*) &&
-              offsetof(VariableEntry, name) == 8 + sizeof(void*));
+                  offsetof(VariableEntry, name) == 8 + sizeof(void*),
+              "the host's layout");
 
 // What tools read of a module: one record for each scalar group and table, in the order of the module's entries.
 typedef struct {
@@ -58,49 +62,62 @@ typedef struct {
 
 // What index conversion works on, besides a u32 and plain octets.
 
-struct InetAddress {           // kind 10; a pair of them is kind 13
-    std::uint32_t type;        // 1 IPv4, 2 IPv6, 0 none
-    std::uint32_t length;      // 4, 16 or 0
+typedef struct InetAddress {   // kind 10; a pair of them is kind 13
+    uint32_t type;             // 1 IPv4, 2 IPv6, 0 none
+    uint32_t length;           // 4, 16 or 0
     unsigned char octets[16];  // network order, unused ones zero
-    std::uint32_t zone;
-};
-struct InetPrefix {  // kind 11
+    uint32_t zone;
+} InetAddress;
+typedef struct InetPrefix {  // kind 11
     InetAddress address;
-    std::uint32_t length;  // prefix length in bits
-};
-struct InetPairOnInterface {  // kind 12
+    uint32_t length;  // prefix length in bits
+} InetPrefix;
+typedef struct InetPairOnInterface {  // kind 12
     InetAddress first;
-    std::uint32_t ifindex;
+    uint32_t ifindex;
     InetAddress second;
-};
-struct InetText {  // kind 7
-    std::uint32_t type;
+} InetPairOnInterface;
+typedef struct InetText {  // kind 7
+    uint32_t type;
     char text[64];  // NUL-padded
-    std::uint32_t prefix_length;
-};
-struct CountedString {  // kind 14: stands beside the key, `data` points at the octets' place in the key
-    std::uint32_t length;
-    std::uint32_t capacity;
+    uint32_t prefix_length;
+} InetText;
+typedef struct CountedString {  // kind 14: stands beside the key, `data` points at the octets' place in the key
+    uint32_t length;
+    uint32_t capacity;
     unsigned char* data;
-};
+} CountedString;
 
-static_assert(sizeof(InetAddress) == 28 && sizeof(InetPrefix) == 32 && sizeof(InetPairOnInterface) == 60);
-static_assert(sizeof(InetText) == 72);
+static_assert(sizeof(InetAddress) == 28 && sizeof(InetPrefix) == 32 && sizeof(InetPairOnInterface) == 60 &&
+                  sizeof(InetText) == 72,
+              "the host's layout");
+
+// What the library exports for tools: one record for each scalar group and table, `<module>_groups`.
+typedef struct {
+    const char* name;   // what show requests name: "swPortTable", "switchPortMIBGlobals"
+    uint16_t first;     // its first object in `<module>_variables`
+    uint16_t objects;   // how many
+    uint16_t key_size;  // octets of the record that a show request gets; 0 for a scalar group
+    uint8_t answers;    // 0: registered, and never answers
+    uint8_t fields;     // index fields, at most 4; 0 for a scalar group
+    uint8_t kind[4];    // the index kind of each field
+    uint8_t octets[4];  // its octets in the key
+} GroupInfo;
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Services: the agent
 
 // Registers `entries` variables of `entry_size` octets each under a module OID. 0: registered.
-int register_mib(const char* descr, const VariableEntry* variables, std::size_t entry_size, std::size_t entries,
-                 const oid* module_oid, std::size_t module_oid_length);
+int register_mib(const char* descr, const VariableEntry* variables, size_t entry_size, size_t entries,
+                 const oid* module_oid, size_t module_oid_length);
 
 // Matches a request against a scalar: 0 when it is meant (the OID is then the answered one, the value length 4, the
 // write-method slot clear), -1 when not.
-int header_generic(const VariableEntry* entry, oid* name, std::size_t* name_length, int exact,
-                   std::size_t* value_length, WriteMethod** write_method);
+int header_generic(const VariableEntry* entry, oid* name, size_t* name_length, int exact, size_t* value_length,
+                   WriteMethod** write_method);
 
 // Negative, zero or positive as `a` sorts before, with or after `b`.
-int snmp_oid_compare(const oid* a, std::size_t a_length, const oid* b, std::size_t b_length);
+int snmp_oid_compare(const oid* a, size_t a_length, const oid* b, size_t b_length);
 
 int snmp_get_do_debugging(void);  // nonzero: debugging is on
 void debugmsgtoken(const char* token, const char* format, ...) __attribute__((format(printf, 2, 3)));
@@ -113,8 +130,8 @@ extern unsigned char ret_value[8192];  // the result buffer of most show request
 
 // Runs a show command and takes one column (`magic`) of one row from it: the row of `key` with exact 1, the row after
 // it with exact 0 (the first one for a clear key), which `key` then names. 0: `result` holds `*value_length` octets.
-int uib_sh_show_request(std::uint64_t request_class, const char* command, void* result, int result_size,
-                        std::size_t* value_length, void* key, int key_size, int magic, int exact, int index_count,
+int uib_sh_show_request(uint64_t request_class, const char* command, void* result, int result_size,
+                        size_t* value_length, void* key, int key_size, int magic, int exact, int index_count,
                         const char* name, int line);
 
 // Runs one configuration line. Mode 5: from global configuration mode; -1: in the mode that the line before entered;
@@ -136,7 +153,7 @@ extern uib_convert uib_oid_convert[45];                              // null whe
 // Services: interfaces, addresses, request context
 
 // Writes the command-line name of an interface, at most 21 octets. Negative: no such interface, `name` untouched.
-int if_utl_ifindex_to_ifname(std::uint32_t ifindex, char* name);
+int if_utl_ifindex_to_ifname(uint32_t ifindex, char* name);
 
 // Writes an address (an InetAddress, or a record that begins with one) as text. 0: done.
 int UIB_SNMP_Inet_Addr_To_Str(const void* address_record, char* text, int size);
@@ -165,4 +182,6 @@ int anprintf(int category, int reserved1, int level, int reserved2, const char* 
     __attribute__((format(printf, 5, 6)));
 int pal_log_output_ui_simple(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
+#ifdef __cplusplus
 }  // extern "C"
+#endif

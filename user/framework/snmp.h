@@ -1,11 +1,21 @@
-// The small numbers of SNMP that the modules speak in, under the field's own names.
+// The small numbers of SNMP that the modules use, under the field's own names; as C11 and as C++, where they are in the
+// namespace switchmib. Integrators get this header installed.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 
+#ifdef __cplusplus
+#define SWITCHMIB_U8 : uint8_t
+#define SWITCHMIB_U16 : uint16_t
+#define SWITCHMIB_INT : int
 namespace switchmib {
+#else  // C11 knows none of these
+#define SWITCHMIB_U8
+#define SWITCHMIB_U16
+#define SWITCHMIB_INT
+#endif
 
-enum Asn : std::uint8_t {
+enum Asn SWITCHMIB_U8 {
     Integer = 0x02,
     OctetString = 0x04,
     ObjectIdentifier = 0x06,
@@ -17,13 +27,13 @@ enum Asn : std::uint8_t {
     Counter64 = 0x46,
 };
 
-enum Access : std::uint16_t { ReadOnly = 1, ReadWrite = 2 };
+enum Access SWITCHMIB_U16 { ReadOnly = 1, ReadWrite = 2 };
 
 // The phases of a SET, as the host numbers them.
-enum Phase : int { reserve1 = 0, reserve2 = 1, action = 2, commit = 3, release = 4, undo = 5 };
+enum Phase SWITCHMIB_INT { reserve1 = 0, reserve2 = 1, action = 2, commit = 3, release = 4, undo = 5 };
 
 // Error-status numbers that write methods answer.
-enum Error : int {
+enum Error SWITCHMIB_INT {
     noError = 0,
     noSuchName = 2,
     genErr = 5,
@@ -34,7 +44,7 @@ enum Error : int {
     notWritable = 17,
 };
 
-enum RowStatus : std::int32_t {
+enum RowStatus SWITCHMIB_INT {
     active = 1,
     notInService = 2,
     notReady = 3,
@@ -43,4 +53,6 @@ enum RowStatus : std::int32_t {
     destroy = 6,
 };
 
+#ifdef __cplusplus
 }  // namespace switchmib
+#endif
