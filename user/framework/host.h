@@ -48,18 +48,6 @@ static_assert(offsetof(VariableEntry, namelen) == 4 + sizeof(void*) &&
                   offsetof(VariableEntry, name) == 8 + sizeof(void*),
               "the host's layout");
 
-// What tools read of a module: one record for each scalar group and table, in the order of the module's entries.
-typedef struct {
-    const char* name;        // what show requests name: "swPortTable", "switchPortMIBGlobals"
-    std::uint16_t first;     // its first object in `<module>_variables`
-    std::uint16_t objects;   // how many
-    std::uint16_t key_size;  // octets of the record that a show request gets; 0 for a scalar group
-    std::uint8_t answers;    // 0: registered, and never answers
-    std::uint8_t fields;     // index fields, at most 4; 0 for a scalar group
-    std::uint8_t kind[4];    // the index kind of each field
-    std::uint8_t octets[4];  // its octets in the key
-} GroupInfo;
-
 // What index conversion works on, besides a u32 and plain octets.
 
 typedef struct InetAddress {   // kind 10; a pair of them is kind 13
@@ -92,7 +80,8 @@ static_assert(sizeof(InetAddress) == 28 && sizeof(InetPrefix) == 32 && sizeof(In
                   sizeof(InetText) == 72,
               "the host's layout");
 
-// What the library exports for tools: one record for each scalar group and table, `<module>_groups`.
+// What tools read of a module, `<module>_groups`: one record for each scalar group and table, in the order of the
+// module's entries.
 typedef struct {
     const char* name;   // what show requests name: "swPortTable", "switchPortMIBGlobals"
     uint16_t first;     // its first object in `<module>_variables`
