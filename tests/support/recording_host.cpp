@@ -87,11 +87,16 @@ bool RecordingHost::show(services::ShowRequest& request) {
 
 bool RecordingHost::configure(const services::ConfigRequest& request) {
     EXPECT_GT(request.line, 0);
+    const bool controlled = std::ranges::any_of(request.command, [](unsigned char c) { return c < 32 || c == 127; });
+    // An alias of a carriage return alone is passed on.
+    EXPECT_TRUE(!controlled || request.command == "desc \r") << "a control character in a line: " << request.command;
     sent.push_back({std::to_string(request.mode) + " " + request.command, request.caller});
+    if (refused_line == sent.size() - 1) return false;
     return std::ranges::find(refused_lines, request.command) == refused_lines.end();
 }
 
 std::optional<std::string> RecordingHost::interface_name(std::uint32_t ifindex) {
+    if (!interfaces_have_names) return std::nullopt;
     if (const auto named = interface_names.find(ifindex); named != interface_names.end()) return named->second;
     if (ifindex > 5120 && ifindex <= 5120 + 90) return "port" + std::to_string(ifindex - 5120);
     if (ifindex > 1024 && ifindex <= 1024 + 4094) return "vlan" + std::to_string(ifindex - 1024);
@@ -117,18 +122,20 @@ RecordingHost::ReadResult RecordingHost::read_name(const std::string& object, co
     std::ranges::copy(name, room);
     std::size_t name_length = name.size();
     std::size_t value_length = 0;
+    const std::size_t before = sent.size();
     ReadResult result{{}, {}, kUntouched, nullptr};
     result.address = entry.findVar(&entry, room, &name_length, exact, &value_length, &result.writer);
     if (result.address != nullptr) result.value = Bytes(result.address, result.address + value_length);
     result.name.assign(room, room + name_length);
+    EXPECT_EQ(sent.size(), before) << "a read configures";
     return result;
 }
 
-WriteMethod* RecordingHost::writer_of(const std::string& object) {
+WriteMethod* RecordingHost::writer_of(const std::string& object, const Oid& name) {
     const auto before = std::tuple(shown, sent, logged);
     WriteMethod* writer = kUntouched;
-    for (const Oid& index : {Oid{}, Oid{0}}) {  // a column without an index, a scalar's instance
-        writer = get(object, index).writer;
+    for (const Oid& asked : {oid_of(object), oid_of(object, {0}), name}) {  // a column, a scalar's instance
+        writer = read_name(object, asked, 1).writer;
         if (writer != kUntouched && writer != nullptr) break;
     }
     std::tie(shown, sent, logged) = before;
@@ -143,18 +150,34 @@ int RecordingHost::write(int phase, const std::string& object, const Oid& index,
 
 int RecordingHost::write_name(int phase, const std::string& object, const Oid& name, std::uint8_t type,
                               const Bytes& value, unsigned char* state) {
-    WriteMethod* writer = writer_of(object);
+    WriteMethod* writer = writer_of(object, name);
     Oid room = name;
     room.resize(services::kNameRoom);
-    Bytes octets = value;
-    return writer(phase, octets.data(), type, octets.size(), state, room.data(), name.size());
+    Bytes octets;
+    octets.reserve(value.size() + 1);  // never null
+    octets = value;
+    const std::size_t before = sent.size();
+    const int error = writer(phase, octets.data(), type, octets.size(), state, room.data(), name.size());
+    expect_lines_only_from(before, phase);
+    return error;
+}
+
+void RecordingHost::expect_lines_only_from(std::size_t first, int phase) const {
+    if (may_configure_in.contains(phase)) return;
+    for (std::size_t i = first; i < sent.size(); ++i) ADD_FAILURE() << "phase " << phase << " sends " << sent[i].line;
 }
 
 int RecordingHost::set(const std::vector<Assignment>& varbinds) {
     std::vector<agent::Varbind> request;
     for (const Assignment& varbind : varbinds)
         request.push_back({oid_of(varbind.object, varbind.index), {varbind.type, varbind.value}});
-    return agent::Engine(library_.registry).set(request).status;
+    agent::Engine engine(library_.registry);
+    std::size_t before = sent.size();
+    engine.set_phase_observer([&](int phase, std::size_t, int) {
+        expect_lines_only_from(before, phase);
+        before = sent.size();
+    });
+    return engine.set(request).status;
 }
 
 std::vector<std::string> RecordingHost::lines() const {
@@ -167,6 +190,12 @@ std::vector<std::string> RecordingHost::commands() const {
     std::vector<std::string> commands;
     for (const Shown& request : shown) commands.push_back(request.command());
     return commands;
+}
+
+std::string RecordingHost::log() const {
+    std::string log;
+    for (const services::LogLine& line : logged) log += line.text;
+    return log;
 }
 
 void RecordingHost::forget() {

@@ -8,6 +8,7 @@
 #include "services/library.h"
 #include "services/registry.h"
 #include "services/services.h"
+#include "support/checks.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,17 +18,11 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
 namespace tests {
-
-using services::Oid;
-using Bytes = std::vector<std::uint8_t>;
-using namespace switchmib;  // the enums of framework/snmp.h: Integer, wrongValue, createAndGo, action, ...
-
-Bytes integer(std::int64_t number);  // 4 octets in machine order
-Bytes text(const std::string& octets);
 
 // A loaded library with what it registered.
 struct Loaded {
@@ -60,6 +55,9 @@ struct Sent {
     std::string caller;
 };
 
+// Reads and SETs go to the library as an agent would send them. A test fails when a line is sent in another phase than
+// ACTION, or holds a control character.
+
 class RecordingHost : public ::testing::Test, public services::Backend {
 protected:
     explicit RecordingHost(const Loaded& library = loaded());
@@ -76,8 +74,12 @@ protected:
     void answer(const std::string& name, Bytes value, Bytes next_key = {});
     // Lines (without their mode) that the backend refuses.
     std::vector<std::string> refused_lines;
+    std::optional<std::size_t> refused_line;  // and the how-manieth of what is sent from now on, from 0
+    // Other phases that may configure.
+    std::set<int> may_configure_in = {action};
     // Names of interfaces; by default ifIndex 5121 and up are port1 and up, 1025 and up vlan1 and up.
     std::map<std::uint32_t, std::string> interface_names;
+    bool interfaces_have_names = true;  // false: every lookup fails
 
     // --- requests ---------------------------------------------------------------------------------------------------
     // The result of one read method call.
@@ -112,6 +114,10 @@ protected:
         return set({{object, index, type, value}});
     }
 
+    // Every write method must make its checks in their order, alone and before the later ones, in every phase; accept
+    // its good values, and send lines in ACTION only.
+    void expect_checks(const std::vector<Writable>& writables);
+
     // --- record -----------------------------------------------------------------------------------------------------
     std::vector<Shown> shown;
     std::vector<Sent> sent;
@@ -119,16 +125,19 @@ protected:
     std::vector<std::string> lines() const;     // of `sent`
     std::vector<std::string> commands() const;  // of `shown`
     void forget();                              // clears the record, keeps the script
+    virtual std::string log() const;            // the texts of `logged`
 
     Oid oid_of(const std::string& object, const Oid& index = {}) const;
 
 private:
+    friend class CheckRun;
     const Loaded& library_;
 
     bool show(services::ShowRequest& request) override;
     bool configure(const services::ConfigRequest& request) override;
     std::optional<std::string> interface_name(std::uint32_t ifindex) override;
-    WriteMethod* writer_of(const std::string& object);
+    WriteMethod* writer_of(const std::string& object, const Oid& name);
+    void expect_lines_only_from(std::size_t first, int phase) const;
 };
 
 using ::testing::ElementsAre;

@@ -209,6 +209,7 @@ TEST_F(QBridge, UntaggedPortsMustBeEgressPorts) {
 }
 
 TEST_F(QBridge, UndoRemovesTheVlan) {
+    may_configure_in.insert(undo);
     refused_lines = {"vlan 10"};
     EXPECT_EQ(set({name(10, "a"), status(10, createAndGo)}), genErr);
     EXPECT_THAT(lines(), ElementsAre("5 vlan 10"));  // nothing to take away
