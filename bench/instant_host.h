@@ -18,7 +18,8 @@ std::vector<Registered>& registered();
 
 // What a GETNEXT does to the key; false at the table's end. A benchmark puts its rows here.
 using Advance = bool(unsigned char* key);
-extern Advance* advance;
+bool same_row(unsigned char* key);  // leaves it as it is
+inline Advance* advance = same_row;
 
 // Moves a number in a key on, up to `last`.
 bool count_up(unsigned char* number, std::uint32_t last);
@@ -26,5 +27,9 @@ bool count_up(unsigned char* number, std::uint32_t last);
 // What lookups are answered with, as far as it reaches: every port's VLAN mode (4 octets) and a VLAN's ports (12).
 inline unsigned char port_mode[4] = {2};
 inline unsigned char port_list[12];
+
+// The files in /proc are the same on every machine; these are the settings among them.
+inline constexpr const char* kForwarding = "/proc/sys/net/ipv6/conf/all/forwarding";
+inline constexpr const char* kHopLimit = "/proc/sys/net/ipv6/conf/default/hop_limit";
 
 }  // namespace instant
