@@ -1,161 +1,184 @@
-// What the library registers and exports, as a whole.
+// What the library registers and exports, as a whole: each module and the exports as tests/golden has them.
+//
+// With SWITCHMIB_WRITE_GOLDEN in the environment (tools/golden) the golden files are written in place of being compared.
 #include "support/recording_host.h"
+#include "tool/format.h"
+
+#include <dlfcn.h>
+#include <link.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <set>
+#include <sstream>
 
 namespace tests {
 namespace {
 
-// Every registration of the whole library: where, how many entries, and how many of them there are so far.
-struct Module {
-    const char* descr;
-    Oid oid;
-    std::size_t entries;
-    std::size_t so_far;
-    std::string init;
-};
-
-Oid below(Oid root, const Oid& rest) {
-    root.insert(root.end(), rest.begin(), rest.end());
-    return root;
-}
-Oid vendor(const Oid& rest) { return below({1, 3, 6, 1, 4, 1, SWITCHMIB_VENDOR_ENTERPRISE, 10, 1, 100}, rest); }
-Oid second(const Oid& rest) { return below({1, 3, 6, 1, 4, 1, SWITCHMIB_SECOND_ENTERPRISE, 10, 120, 100}, rest); }
-Oid mib2(const Oid& rest) { return below({1, 3, 6, 1, 2, 1}, rest); }
-Oid ieee(const Oid& rest) { return below({1, 3, 111, 2, 802, 1, 1}, rest); }
-
-const Module kCatalogue[] = {
-    // The switch ports' init function has a capital of its own.
-    {"switchPortMIB", vendor({2, 1}), 12, 12, "SwitchPortMIB_snmp_init"},
-    {"pellamPowerSavingMIB", vendor({1, 5}), 4, 0, ""},
-    {"corvinVlanMIB", vendor({2, 9}), 31, 0, ""},
-    {"ifMIB", mib2({31}), 33, 33, ""},
-    {"interfaces", mib2({2}), 23, 23, ""},
-    {"dot3", mib2({10, 7}), 35, 0, ""},
-    {"pBridgeMIB", mib2({17, 6}), 18, 0, ""},
-    {"qBridgeMIB", mib2({17, 7}), 71, 28, ""},
-    {"ieee8021QBridgeMib", ieee({4}), 54, 0, ""},
-    {"pellamL2FDB", vendor({2, 15}), 2, 0, ""},
-    {"corvinPrivateVlanMIB", vendor({2, 8}), 9, 0, ""},
-    {"ipForward", mib2({4, 24}), 52, 52, ""},
-    {"ip", mib2({4}), 197, 128, ""},
-    {"icmp", mib2({5}), 35, 35, "ip_snmp_init"},
-    {"ipMcastMIB", mib2({168}), 82, 0, ""},
-    {"dot1dBridge", mib2({17}), 47, 0, ""},
-    {"swDdmMIB", vendor({8, 1}), 14, 0, ""},
-    {"harrowProxyArpMIB", second({2, 14}), 6, 0, ""},
-    {"pellamVlanInterfaceMIB", vendor({3, 4}), 4, 4, ""},
-    {"tunnelMIB", mib2({10, 131}), 25, 0, ""},
-    {"pellamVoiceVlanMIB", vendor({2, 11}), 23, 0, ""},
-    {"pellamsysmonitorMIB", vendor({1, 4}), 11, 0, ""},
-    {"mgmdStdMIB", mib2({185}), 58, 0, ""},
-    {"harrowMgmdMIB", vendor({3, 1}), 14, 0, ""},
-    {"harrowMgmdSnoopingMIB", vendor({2, 7}), 116, 116, ""},
-    {"pellamMvrMIB", vendor({2, 16}), 9, 0, ""},
-    {"ieee8021BridgeMib", ieee({2}), 62, 0, ""},
-    {"ieee8021SrpMib", ieee({19}), 25, 0, ""},
-    {"ieee8021FqtssMib", ieee({16}), 12, 0, ""},
-    {"ieee8021AsTimeSyncMib", ieee({20}), 104, 0, ""},
-};
-
-std::string init_of(const Module& module) {
-    return module.init.empty() ? std::string(module.descr) + "_snmp_init" : module.init;
-}
-
-// What modules export besides their registrations and tables: records that outlive a request, result buffers, readers.
-const char* const kOthers[] = {
-    "RETVALUE_mgmdSnpAccGrpTable",
-    "RETVALUE_mgmdSnpFilterTable",
-    "RETVALUE_mgmdSnpGroupSrcTable",
-    "RETVALUE_mgmdSnpGroupTable",
-    "RETVALUE_mgmdSnpHostTable",
-    "RETVALUE_mgmdSnpMrouterTable",
-    "RETVALUE_mgmdSnpStatisticsGroupTable",
-    "RETVALUE_mgmdSnpStatisticsTable",
-    "RETVALUE_mgmdSnpTable",
-    "ip6_snmp_forwarding_get",
-    "ip6_snmp_hop_limit_get",
-    "ip_snmp_linux_read_icmp6_stat",
-    "ip_snmp_linux_read_icmp_stat",
-    "ip_snmp_linux_read_ip6_stat",
-    "ip_snmp_linux_read_ip_stat",
-    "ip_snmp_linux_read_tcp_stat",
-    "ip_snmp_linux_read_udp_stat",
-    "proc_ipv6_forwarding",
-    "proc_ipv6_hoplimit",
-    "vlan_static",
-};
-
 const std::vector<services::Registration>& registrations() { return loaded().registrations; }
 
-}  // namespace
+std::string descr_suffixes[] = {"_oid",   "_oid_length", "_variables",   "_variables_count",
+                                "_names", "_groups",     "_groups_count"};
 
-TEST(Registration, ModulesAreRegisteredUnderTheirOids) {
-    std::size_t found = 0;
-    for (const Module& module : kCatalogue) {
-        SCOPED_TRACE(module.descr);
-        const auto registered = std::ranges::find(registrations(), module.descr, &services::Registration::descr);
-        EXPECT_EQ(registered != registrations().end(), module.so_far > 0);
-        if (registered == registrations().end()) continue;
-        ++found;
-        EXPECT_EQ(registered->module_oid, module.oid);
-        EXPECT_EQ(registered->count, module.so_far);
-    }
-    EXPECT_EQ(registrations().size(), found);
-    // An init function registers its modules in the catalogue's order.
-    const auto descr = [](const char* name) {
-        return std::ranges::find(registrations(), name, &services::Registration::descr);
-    };
-    EXPECT_EQ(descr("icmp") - descr("ip"), 1);
+// The library's own exports; "_": the toolchain's.
+std::set<std::string> exports() {
+    std::set<std::string> names;
+    for (const std::string& name : loaded().library.exports())
+        if (!name.starts_with("_")) names.insert(name);
+    return names;
 }
 
-// The exported names follow from what is registered: no more, no less.
-TEST(Registration, ExportsAreThoseOfTheModulesAndTheirTables) {
-    std::set<std::string> expected(std::begin(kOthers), std::end(kOthers));
-    for (const Module& module : kCatalogue) {
-        if (module.so_far == 0) continue;
-        for (const char* suffix :
-             {"_oid", "_oid_length", "_variables", "_variables_count", "_names", "_groups", "_groups_count"})
-            expected.insert(std::string(module.descr) + suffix);
-        expected.insert(init_of(module));
-    }
+// Tables' OID arrays by the entry that they begin with. What stands after it is the column slot, which writes patch.
+std::map<Oid, std::string> table_arrays() {
     std::set<Oid> entries;  // of everything registered: the OIDs without their last sub-identifier
     for (const services::Object& object : loaded().registry.objects()) {
         Oid oid = object.oid();
         oid.pop_back();
         entries.insert(oid);
     }
-    std::set<Oid> tables;
-    for (const std::string& name : loaded().library.exports()) {
-        if (name.starts_with("_") || expected.erase(name) > 0) continue;  // "_": the toolchain's own
-        // What is left must be a table's OID array: upper case, a registered entry and a column slot.
-        ASSERT_TRUE(name.ends_with("_oid")) << name;
-        EXPECT_TRUE(std::ranges::none_of(name.substr(0, name.size() - 4), ::islower)) << name;
+    std::map<Oid, std::string> arrays;
+    for (const std::string& name : exports()) {
+        if (!name.ends_with("TABLE_oid") || std::ranges::any_of(name.substr(0, name.size() - 4), ::islower)) continue;
         const oid* ids = loaded().symbol<oid>(name);
-        // The longest entry that the array begins with; what stands behind it is the column slot, which writes patch.
-        auto entry = entries.end();
-        for (auto it = entries.begin(); it != entries.end(); ++it)
-            if (std::equal(it->begin(), it->end(), ids, std::equal_to<>()) &&
-                (entry == entries.end() || it->size() > entry->size()))
-                entry = it;
-        ASSERT_NE(entry, entries.end()) << name;
-        EXPECT_TRUE(tables.insert(*entry).second) << name << " stands for a table that has an array already";
+        const Oid* entry = nullptr;  // the longest
+        for (const Oid& each : entries)
+            if (std::equal(each.begin(), each.end(), ids) && (entry == nullptr || each.size() > entry->size()))
+                entry = &each;
+        if (entry == nullptr)
+            ADD_FAILURE() << name << " is no registered table's";
+        else
+            EXPECT_TRUE(arrays.emplace(*entry, name).second) << name << ": the table has another array already";
     }
-    EXPECT_THAT(expected, IsEmpty());
-    // What is no column of an exported table is a scalar.
-    const auto is_scalar = [&](const services::Object& object) {
-        Oid entry = object.oid();
-        entry.pop_back();
-        return !tables.contains(entry);
+    return arrays;
+}
+
+// The OID with the words of the enterprise numbers, which are settings.
+std::string portable(const services::Registration& registration) {
+    const std::string numbers = services::to_string(registration.module_oid);
+    const std::string enterprises = "1.3.6.1.4.1.";
+    const struct {
+        std::uint32_t number;
+        const char* arc;
+        const char* word;
+    } settings[] = {{SWITCHMIB_VENDOR_ENTERPRISE, ".10.1.100.", "<vendor>"},
+                    {SWITCHMIB_SECOND_ENTERPRISE, ".10.120.100.", "<second>"}};
+    for (const auto& [number, arc, word] : settings) {
+        const std::string root = enterprises + std::to_string(number);
+        if (numbers.starts_with(root + arc)) return enterprises + word + numbers.substr(root.size());
+    }
+    return numbers;
+}
+
+// Asks for what the golden files hold of an object: its first show command, and whether a GET hands out a write method.
+class Asker : public RecordingHost {
+public:
+    void TestBody() override {}
+
+    std::string first_command(const std::string& object) {
+        forget();
+        next(object);
+        return shown.empty() ? "" : shown.front().command();
+    }
+    bool hands_out_writer(const std::string& object) {
+        return std::ranges::any_of(std::vector<Oid>{{}, {0}, {1}, {5121}}, [&](const Oid& index) {
+            const WriteMethod* writer = get(object, index).writer;
+            return writer != kUntouched && writer != nullptr;
+        });
+    }
+};
+
+std::string described(const services::Registration& registration, const std::map<Oid, std::string>& arrays) {
+    std::ostringstream text;
+    text << registration.descr << " at " << portable(registration) << ", " << registration.count << " objects\n";
+    const auto* names = loaded().symbol<const char* const>(registration.descr + "_names");
+    const auto* groups = loaded().symbol<const GroupInfo>(registration.descr + "_groups");
+    const auto count = *loaded().symbol<const std::size_t>(registration.descr + "_groups_count");
+    Asker asker;
+    for (const GroupInfo* group = groups; group != groups + count; ++group) {
+        const VariableEntry* first = registration.entries + group->first;
+        Oid entry = registration.module_oid;
+        entry.insert(entry.end(), first->name, first->name + first->namelen - 1);
+        const auto array = arrays.find(entry);
+        text << "\n" << group->name << ": " << (array != arrays.end() ? array->second : "scalars");
+        if (!group->answers) text << ", never answers";
+        if (group->fields > 0) text << ", key of " << group->key_size << " octets, index";
+        for (int i = 0; i < group->fields; ++i) text << ' ' << int{group->kind[i]} << '/' << int{group->octets[i]};
+        text << "\n";
+        for (std::size_t i = group->first; i < std::size_t{group->first} + group->objects; ++i) {
+            const VariableEntry& object = registration.entries[i];
+            const std::string command = asker.first_command(names[i]);
+            text << services::to_string(Oid(object.name, object.name + object.namelen)) << "  " << names[i] << "  "
+                 << tool::type_name(object.type) << "  " << (object.acl == ReadOnly ? "read-only" : "read-write")
+                 << (asker.hands_out_writer(names[i]) ? "  writer" : "")
+                 << (command.empty() ? "" : "  \"" + command + "\"") << "\n";
+        }
+    }
+    return text.str();
+}
+
+const std::filesystem::path kGolden = GOLDEN_DIRECTORY;
+bool writes_golden() { return std::getenv("SWITCHMIB_WRITE_GOLDEN") != nullptr; }
+
+std::string read(const std::filesystem::path& path) {
+    std::ostringstream text;
+    text << std::ifstream(path).rdbuf();
+    return text.str();
+}
+
+}  // namespace
+
+TEST(Registration, ModulesAreAsTheirGoldenFilesSay) {
+    const auto arrays = table_arrays();
+    std::set<std::filesystem::path> expected{kGolden / "exports.txt"};
+    for (const services::Registration& registration : registrations()) {
+        const auto path = kGolden / (registration.descr + ".txt");
+        expected.insert(path);
+        const std::string text = described(registration, arrays);
+        if (writes_golden())
+            std::ofstream(path) << text;
+        else
+            EXPECT_EQ(text, read(path)) << "tools/golden writes it anew";
+    }
+    for (const auto& file : std::filesystem::directory_iterator(kGolden))
+        EXPECT_TRUE(expected.contains(file.path())) << file.path() << " is of no registered module";
+    // An init function registers its modules in this order.
+    const auto descr = [](const char* name) {
+        return std::ranges::find(registrations(), name, &services::Registration::descr);
     };
-    std::set<std::string> scalars;
-    for (const services::Object& object : loaded().registry.objects())
-        if (is_scalar(object)) scalars.insert(object.name);
-    EXPECT_EQ(scalars.size(), 1u + 2 + 1 + 9 + 4 + 2 + 27 + 26);
-    EXPECT_THAT(scalars,
-                ::testing::IsSupersetOf({"ifNumber", "ifStackLastChange", "ifTableLastChange", "swPortTableNumber",
-                                         "dot1qVlanNumDeletes", "inetCidrRouteNumber", "mgmdMldSnpGlobal"}));
+    EXPECT_EQ(descr("icmp") - descr("ip"), 1);
+}
+
+// Records that outlive a request, result buffers, readers, and init functions with names of their own; the rest follows
+// from what is registered.
+TEST(Registration, OtherExportsAreAsTheirGoldenFileSays) {
+    std::set<std::string> others = exports();
+    for (const services::Registration& registration : registrations()) {
+        for (const std::string& suffix : descr_suffixes) EXPECT_EQ(others.erase(registration.descr + suffix), 1u);
+        others.erase(registration.descr + "_snmp_init");
+    }
+    for (const auto& [entry, name] : table_arrays()) others.erase(name);
+    std::set<std::string> lines;  // a set, because merging joins the lines of several authors
+    for (const std::string& name : others) {
+        Dl_info info;
+        const ElfW(Sym)* symbol = nullptr;
+        void* address = loaded().library.symbol(name);
+        ASSERT_NE(dladdr1(address, &info, reinterpret_cast<void**>(const_cast<ElfW(Sym)**>(&symbol)), RTLD_DL_SYMENT),
+                  0);
+        const bool function = ELF64_ST_TYPE(symbol->st_info) == STT_FUNC;
+        lines.insert(name + (function ? " function" : " " + std::to_string(symbol->st_size)));
+    }
+    const auto path = kGolden / "exports.txt";
+    if (writes_golden()) {
+        std::ofstream file(path);
+        for (const std::string& line : lines) file << line << "\n";
+        return;
+    }
+    std::set<std::string> golden;
+    std::ifstream file(path);
+    for (std::string line; std::getline(file, line);) golden.insert(line);
+    EXPECT_EQ(lines, golden) << "tools/golden writes it anew";
 }
 
 TEST(Registration, TablesAndModulesAreKnownByName) {
