@@ -1,22 +1,23 @@
 // IF-MIB, ifMIBObjects: ifXTable, and the stack, test and receive-address tables, which are registered but read as
 // empty and refuse what is written to them.
+#define MODULE ifMIB
 #include "framework/module.h"
 #include "framework/write.h"
 
-namespace switchmib::ifMIB {
+namespace switchmib::MODULE {
 
-MODULE(ifMIB, kMib2, 31);
+MODULE_OID(kMib2, 31);
 
 // --- ifXTable --------------------------------------------------------------------------------------------------------
 
-TABLE(ifMIB, IFXTABLE, 1, 1, 1);
+TABLE(ifXTable, IFXTABLE, 1, 1, 1);
 
 Error write_ifLinkUpDownTrapEnable(Set& set) {
     constexpr std::int32_t kEnabled = 1, kDisabled = 2;
     std::int32_t enable;
     InterfaceKey row;
     TRY(set.integer(enable));
-    TRY(set.row(IFXTABLE, row));
+    TRY(set.row(row));
     TRY(set.range(enable, kEnabled, kDisabled));
     if (!set.acting()) return noError;
     TRY(enter_intf(row.ifindex));
@@ -27,23 +28,32 @@ Error write_ifAlias(Set& set) {
     constexpr std::size_t kLongest = 64;
     InterfaceKey row;
     TRY(set.type(OctetString));
-    TRY(set.row(IFXTABLE, row));
+    TRY(set.row(row));
+    TRY(set.at_most(kLongest));
     const std::size_t length = set.length_given;
-    if (length > kLongest) return wrongLength;
     if (length > 0 && set.value[0] == 255) return wrongValue;
-    // A carriage return alone is an alias like any other.
-    if (length > 1 && set.value[0] == '\r') return wrongValue;
+    char alias[kLongest + 1] = "\r";
+    // A carriage return alone is an alias like any other, the one control character that is sent.
+    if (length != 1 || set.value[0] != '\r') TRY(set.text(alias));
     if (!set.acting()) return noError;
     TRY(enter_intf(row.ifindex));
-    if (length == 0) return set.sub("no desc");
-    return set.sub({"desc %.*s", static_cast<int>(length), reinterpret_cast<const char*>(set.value)});
+    return length == 0 ? set.sub("no desc") : set.sub({"desc %s", alias});
+}
+
+// Refused once its checks pass. Unlike other refused columns it parses its index, as its neighbours do.
+Error write_ifPromiscuousMode(Set& set) {
+    std::int32_t promiscuous;
+    InterfaceKey row;
+    TRY(set.integer(promiscuous));
+    TRY(set.row(row));
+    TRY(set.range(promiscuous, 1, 2));
+    return set.acting() ? genErr : noError;
 }
 
 constexpr Table<InterfaceKey> ifXTable{
-    .name = "ifXTable",
     .id = IFXTABLE,
     // No form of its own for the first row: the backend answers index 0 with the first interface.
-    .command = [](const InterfaceKey& row) { return Command("show interface_uib ifMIB %d", row.ifindex); },
+    .command = "show interface_uib ifMIB %d",
     .columns =
         {
             {1, "ifName", OctetString, ReadOnly},
@@ -61,7 +71,7 @@ constexpr Table<InterfaceKey> ifXTable{
             {13, "ifHCOutBroadcastPkts", Counter64, ReadOnly},
             {14, "ifLinkUpDownTrapEnable", Integer, ReadWrite, WRITER(write_ifLinkUpDownTrapEnable)},
             {15, "ifHighSpeed", Gauge32, ReadOnly},
-            {16, "ifPromiscuousMode", Integer, ReadWrite, refusing<Refusal{.table = &IFXTABLE, .low = 1, .high = 2}>},
+            {16, "ifPromiscuousMode", Integer, ReadWrite, WRITER(write_ifPromiscuousMode)},
             {17, "ifConnectorPresent", Integer, ReadOnly},
             {18, "ifAlias", OctetString, ReadWrite, WRITER(write_ifAlias)},
             {19, "ifCounterDiscontinuityTime", TimeTicks, ReadOnly},
@@ -70,57 +80,62 @@ constexpr Table<InterfaceKey> ifXTable{
 
 // --- ifStackTable ----------------------------------------------------------------------------------------------------
 
-TABLE(ifMIB, IFSTACKTABLE, 1, 2, 1);
+TABLE(ifStackTable, IFSTACKTABLE, 1, 2, 1);
 
-constexpr Table<NoKey> ifStackTable{
-    .name = "ifStackTable",
+struct StackKey {
+    std::uint32_t higher;
+    std::uint32_t lower;
+    static constexpr Kind index[] = {Kind::integer, Kind::integer};
+};
+
+constexpr Table<StackKey> ifStackTable{
     .id = IFSTACKTABLE,
     .answers = false,
     .columns =
         {
             {1, "ifStackHigherLayer", Integer, ReadOnly},
             {2, "ifStackLowerLayer", Integer, ReadOnly},
-            {3, "ifStackStatus", Integer, ReadWrite, refusing<Refusal{.table = &IFSTACKTABLE, .low = 1, .high = 6}>},
+            {3, "ifStackStatus", Integer, ReadWrite, refuses(1, 6)},
         },
 };
 
 // --- ifTestTable -----------------------------------------------------------------------------------------------------
 
-TABLE(ifMIB, IFTESTTABLE, 1, 3, 1);
+TABLE(ifTestTable, IFTESTTABLE, 1, 3, 1);
 
-constexpr Table<NoKey> ifTestTable{
-    .name = "ifTestTable",
+constexpr Table<InterfaceKey> ifTestTable{
     .id = IFTESTTABLE,
     .answers = false,
     .columns =
         {
-            {1, "ifTestId", Integer, ReadWrite, refusing<Refusal{.table = &IFTESTTABLE}>},
-            {2, "ifTestStatus", Integer, ReadWrite, refusing<Refusal{.table = &IFTESTTABLE, .low = 1, .high = 2}>},
+            {1, "ifTestId", Integer, ReadWrite, refuses()},
+            {2, "ifTestStatus", Integer, ReadWrite, refuses(1, 2)},
             // An OBJECT IDENTIFIER of exactly one sub-identifier, on purpose.
-            {3, "ifTestType", ObjectIdentifier, ReadWrite,
-             refusing<Refusal{.type = ObjectIdentifier, .length = 4, .table = &IFTESTTABLE}>},
+            {3, "ifTestType", ObjectIdentifier, ReadWrite, refuses()},
             {4, "ifTestResult", Integer, ReadOnly},
             {5, "ifTestCode", ObjectIdentifier, ReadOnly},
-            {6, "ifTestOwner", OctetString, ReadWrite,
-             refusing<Refusal{.type = OctetString, .length = kAnyLength, .table = &IFTESTTABLE}>},
+            {6, "ifTestOwner", OctetString, ReadWrite, refuses()},
         },
 };
 
 // --- ifRcvAddressTable -----------------------------------------------------------------------------------------------
 
-TABLE(ifMIB, IFRCVADDRESSTABLE, 1, 4, 1);
+TABLE(ifRcvAddressTable, IFRCVADDRESSTABLE, 1, 4, 1);
 
-constexpr Table<NoKey> ifRcvAddressTable{
-    .name = "ifRcvAddressTable",
+struct AddressKey {
+    std::uint32_t ifindex;
+    Octets<6> address;
+    static constexpr Kind index[] = {Kind::integer, Kind::counted_string(6)};
+};
+
+constexpr Table<AddressKey> ifRcvAddressTable{
     .id = IFRCVADDRESSTABLE,
     .answers = false,
     .columns =
         {
             {1, "ifRcvAddressAddress", OctetString, ReadOnly},
-            {2, "ifRcvAddressStatus", Integer, ReadWrite,
-             refusing<Refusal{.table = &IFRCVADDRESSTABLE, .low = 1, .high = 6}>},
-            {3, "ifRcvAddressType", Integer, ReadWrite,
-             refusing<Refusal{.table = &IFRCVADDRESSTABLE, .low = 1, .high = 3}>},
+            {2, "ifRcvAddressStatus", Integer, ReadWrite, refuses(1, 6)},
+            {3, "ifRcvAddressType", Integer, ReadWrite, refuses(1, 3)},
         },
 };
 
@@ -136,7 +151,6 @@ constexpr Scalars ifMIBGlobals{
         },
 };
 
-MODULE_INIT(ifMIB, ifMIB_snmp_init, "user/ifMIB_snmp", 33, ifXTable, ifStackTable, ifTestTable, ifRcvAddressTable,
-            ifMIBGlobals);
+MODULE_END(33, ifXTable, ifStackTable, ifTestTable, ifRcvAddressTable, ifMIBGlobals);
 
-}  // namespace switchmib::ifMIB
+}  // namespace switchmib::MODULE

@@ -1,10 +1,11 @@
 // IF-MIB, the interfaces group: ifNumber and ifTable.
+#define MODULE interfaces
 #include "framework/module.h"
 #include "framework/write.h"
 
-namespace switchmib::interfaces {
+namespace switchmib::MODULE {
 
-MODULE(interfaces, kMib2, 2);
+MODULE_OID(kMib2, 2);
 
 constexpr Scalars interfacesGlobals{
     .name = "interfacesGlobals",
@@ -14,14 +15,14 @@ constexpr Scalars interfacesGlobals{
 
 // --- ifTable ---------------------------------------------------------------------------------------------------------
 
-TABLE(interfaces, IFTABLE, 2, 1);
+TABLE(ifTable, IFTABLE, 2, 1);
 
 Error write_ifAdminStatus(Set& set) {
     constexpr std::int32_t kUp = 1, kDown = 2, kTesting = 3;
     std::int32_t status;
     InterfaceKey row;
     TRY(set.integer(status));
-    TRY(set.row(IFTABLE, row));
+    TRY(set.row(row));
     TRY(set.range(status, kUp, kTesting));
     if (!set.acting()) return noError;
     TRY(enter_intf(row.ifindex));
@@ -33,10 +34,9 @@ Error write_ifAdminStatus(Set& set) {
 }
 
 constexpr Table<InterfaceKey> ifTable{
-    .name = "ifTable",
     .id = IFTABLE,
     // No form of its own for the first row: the backend answers index 0 with the first interface.
-    .command = [](const InterfaceKey& row) { return Command("show interface_uib interfaces %d", row.ifindex); },
+    .command = "show interface_uib interfaces %d",
     .columns =
         {
             {1, "ifIndex", Integer, ReadOnly},
@@ -64,6 +64,6 @@ constexpr Table<InterfaceKey> ifTable{
         },
 };
 
-MODULE_INIT(interfaces, interfaces_snmp_init, "user/interfaces_snmp", 23, interfacesGlobals, ifTable);
+MODULE_END(23, interfacesGlobals, ifTable);
 
-}  // namespace switchmib::interfaces
+}  // namespace switchmib::MODULE

@@ -1,5 +1,6 @@
 // IP-FORWARD-MIB: the routes of the request's VRF, and static routes made of them. The two older route tables are
 // registered and never answer.
+#define MODULE ipForward
 #include "framework/address.h"
 #include "framework/ifindex.h"
 #include "framework/module.h"
@@ -7,9 +8,9 @@
 
 #include <cstring>
 
-namespace switchmib::ipForward {
+namespace switchmib::MODULE {
 
-MODULE(ipForward, kMib2, 4, 24);
+MODULE_OID(kMib2, 4, 24);
 
 struct RouteKey {
     InetPrefix destination;
@@ -46,10 +47,17 @@ constexpr Scalars ipForwardGlobals{
 
 // --- ipForwardTable and ipCidrRouteTable -----------------------------------------------------------------------------
 
-TABLE(ipForward, IPFORWARDTABLE, 2, 1);
+TABLE(ipForwardTable, IPFORWARDTABLE, 2, 1);
 
-constexpr Table<NoKey> ipForwardTable{
-    .name = "ipForwardTable",
+struct OldRouteKey {
+    Octets<4> destination;
+    std::uint32_t protocol;
+    std::uint32_t policy;
+    Octets<4> next_hop;
+    static constexpr Kind index[] = {Kind::fixed_string(4), Kind::integer, Kind::integer, Kind::fixed_string(4)};
+};
+
+constexpr Table<OldRouteKey> ipForwardTable{
     .id = IPFORWARDTABLE,
     .answers = false,
     .columns =
@@ -72,10 +80,18 @@ constexpr Table<NoKey> ipForwardTable{
         },
 };
 
-TABLE(ipForward, IPCIDRROUTETABLE, 4, 1);
+TABLE(ipCidrRouteTable, IPCIDRROUTETABLE, 4, 1);
 
-constexpr Table<NoKey> ipCidrRouteTable{
-    .name = "ipCidrRouteTable",
+struct CidrRouteKey {
+    Octets<4> destination;
+    Octets<4> mask;
+    std::uint32_t service;
+    Octets<4> next_hop;
+    static constexpr Kind index[] = {Kind::fixed_string(4), Kind::fixed_string(4), Kind::integer,
+                                     Kind::fixed_string(4)};
+};
+
+constexpr Table<CidrRouteKey> ipCidrRouteTable{
     .id = IPCIDRROUTETABLE,
     .answers = false,
     .columns =
@@ -101,7 +117,7 @@ constexpr Table<NoKey> ipCidrRouteTable{
 
 // --- inetCidrRouteTable ----------------------------------------------------------------------------------------------
 
-TABLE(ipForward, INETCIDRROUTETABLE, 7, 1);
+TABLE(inetCidrRouteTable, INETCIDRROUTETABLE, 7, 1);
 
 // The columns of a row that is being created: the last interface and the last metric that were set, each with its row.
 std::uint32_t pending_ifindex;
@@ -113,15 +129,15 @@ Command route_command(const RouteKey& row) {
     AddressText destination, next_hop;
     if (!to_text(row.destination.address, destination) || !to_text(row.next_hop, next_hop)) return no_answer;
     const std::uint32_t type = row.destination.address.type;
-    Text<64> prefix(" ");
-    if (type == kIpv4 || type == kIpv6) prefix = {" %s/%d", destination.text, row.destination.length};
+    const bool is_ip = type == kIpv4 || type == kIpv6;
+    const Text<64> prefix = is_ip ? Text<64>(" %s/%d", destination.text, row.destination.length) : Text<64>(" ");
     // IPv6 routes are shown from the default table, whatever the VRF.
     if (type == kIpv6) {
         if (row.next_hop.type == kNoAddress) return {"show inetcidr6-table %s %d %s", prefix.c_str(), kIpv6, "::"};
         return {"show inetcidr6-table %s %d %s", prefix.c_str(), row.next_hop.type, next_hop.text};
     }
-    Text<37> vrf;
-    if (*vrf_name() != '\0') vrf = {"vrf %s", vrf_name()};
+    const char* name = vrf_name();
+    const Text<37> vrf = *name != '\0' ? Text<37>("vrf %s", name) : Text<37>();
     return {"show inetcidr-table %s %d %s %d %s", vrf.c_str(), type, prefix.c_str(), row.next_hop.type, next_hop.text};
 }
 
@@ -136,7 +152,7 @@ void take_record(const RouteRecord& record, RouteKey& row) {
     take_address(record.next_hop_type, record.next_hop_ipv4, record.next_hop_ipv6, row.next_hop);
 }
 
-// The interface that waits for an IPv6 route's row, as its lines have it: between blanks, which makes two in front of
+// The interface that waits for an IPv6 route's row, as its lines have it: between blanks, which makes two before
 // it. Empty for other rows.
 Error interface_part(const RouteKey& row, Text<24>& part) {
     if (row.destination.address.type != kIpv6 || !(pending_ifindex_row == row)) return noError;
@@ -169,7 +185,7 @@ Error send_route(const Set& set, const RouteKey& row, const char* no, const char
 // What every writer here begins with.
 Error parse(const Set& set, std::int32_t& value, RouteKey& row) {
     TRY(set.integer(value));
-    return set.row(INETCIDRROUTETABLE, row);
+    return set.row(row);
 }
 
 Error write_inetCidrRouteIfIndex(Set& set) {
@@ -194,7 +210,7 @@ Error write_inetCidrRouteNextHopAS(Set& set) {
     std::uint32_t as;
     RouteKey row;
     TRY(set.unsigned32(as));
-    return set.row(INETCIDRROUTETABLE, row);
+    return set.row(row);
 }
 
 Error write_inetCidrRouteMetric1(Set& set) {
@@ -236,7 +252,6 @@ Error write_inetCidrRouteStatus(Set& set) {
 }
 
 constexpr Table<RouteKey, RouteRecord> inetCidrRouteTable{
-    .name = "inetCidrRouteTable",
     .id = INETCIDRROUTETABLE,
     .command = route_command,
     .take = take_record,
@@ -254,15 +269,14 @@ constexpr Table<RouteKey, RouteRecord> inetCidrRouteTable{
             {10, "inetCidrRouteAge", Gauge32, ReadOnly},
             {11, "inetCidrRouteNextHopAS", Unsigned32, ReadWrite, WRITER(write_inetCidrRouteNextHopAS)},
             {12, "inetCidrRouteMetric1", Integer, ReadWrite, WRITER(write_inetCidrRouteMetric1)},
-            {13, "inetCidrRouteMetric2", Integer, ReadWrite, WRITER(write_ignored_metric)},
-            {14, "inetCidrRouteMetric3", Integer, ReadWrite, WRITER(write_ignored_metric)},
-            {15, "inetCidrRouteMetric4", Integer, ReadWrite, WRITER(write_ignored_metric)},
-            {16, "inetCidrRouteMetric5", Integer, ReadWrite, WRITER(write_ignored_metric)},
+            {13, "inetCidrRouteMetric2", Integer, ReadWrite, SHARED(write_ignored_metric)},
+            {14, "inetCidrRouteMetric3", Integer, ReadWrite, SHARED(write_ignored_metric)},
+            {15, "inetCidrRouteMetric4", Integer, ReadWrite, SHARED(write_ignored_metric)},
+            {16, "inetCidrRouteMetric5", Integer, ReadWrite, SHARED(write_ignored_metric)},
             {17, "inetCidrRouteStatus", Integer, ReadWrite, WRITER(write_inetCidrRouteStatus)},
         },
 };
 
-MODULE_INIT(ipForward, ipForward_snmp_init, "user/ipForward_snmp", 52, ipForwardGlobals, ipForwardTable,
-            ipCidrRouteTable, inetCidrRouteTable);
+MODULE_END(52, ipForwardGlobals, ipForwardTable, ipCidrRouteTable, inetCidrRouteTable);
 
-}  // namespace switchmib::ipForward
+}  // namespace switchmib::MODULE

@@ -1,5 +1,6 @@
 // IP-MIB, the ip and icmp groups: the kernel's protocol counters. No object here asks the backend: the values come from
 // the kernel's statistics files, through readers that are exported for the host's own modules as well.
+#define MODULE ip
 #include "framework/module.h"
 
 #include <sys/sysinfo.h>
@@ -11,10 +12,10 @@
 #include <span>
 #include <string_view>
 
-namespace switchmib::ip {
+namespace switchmib::MODULE {
 
-MODULE(ip, kMib2, 4);
-MODULE(icmp, kMib2, 5);
+MODULE_OID(kMib2, 4);
+SWITCHMIB_MODULE_OID(icmp, kMib2, 5);
 
 // --- the kernel's records --------------------------------------------------------------------------------------------
 
@@ -57,7 +58,7 @@ constexpr std::string_view kIcmp6Names[] = {
 
 // What the exported readers fill. A counter is the kernel's modulo 2^32.
 using Counter = std::uint32_t;
-constexpr std::size_t kIp6Sysctls = 2;  // forwarding and hop limit, in front of IPv6's counters
+constexpr std::size_t kIp6Sysctls = 2;  // forwarding and hop limit, before IPv6's counters
 struct IpStatistics {
     Counter counters[std::size(kIpNames)];
 };
@@ -123,7 +124,7 @@ bool for_each_line(const char* path, Take take) {
 
 bool begins(const char* line, std::string_view with) { return std::strncmp(line, with.data(), with.size()) == 0; }
 
-// Takes the number at `text` and moves behind it; without one, both stay. Cut to 32 bits whatever the machine: -1 is
+// Takes the number at `text` and moves after it; without one, both stay. Cut to 32 bits whatever the machine: -1 is
 // 4294967295.
 bool take_number(const char*& text, Counter& number) {
     char* end;
@@ -147,7 +148,7 @@ int take_numbers(const char* line, std::string_view tag, std::span<Counter> coun
     return count;
 }
 
-// Takes the number behind a line's first word.
+// Takes the number after a line's first word.
 bool take_value(const char* line, Counter& value) {
     const char* text = line + std::strcspn(line, " \t\n");
     return take_number(text, value);
@@ -311,26 +312,31 @@ struct VersionKey {
 };
 constexpr std::uint32_t kStart = 0, kIpv4 = 1, kIpv6 = 2;
 
-// A column with a row for each IP version, or for IPv6 alone.
-struct VersionColumn {
-    int magic;
+// A column's counters: a row for each IP version, or for IPv6 alone.
+struct Counters {
     Counter* ipv4;
     Counter* ipv6;
 };
+template <Counter* ipv4, Counter* ipv6>
+constexpr Counters counters_of{ipv4, ipv6};
+template <Counter* ipv4, Counter* ipv6>
+constexpr Source counters{.detail = &counters_of<ipv4, ipv6>};
+constexpr Counter* kNoRow = nullptr;
 
-unsigned char* fetch(std::span<const VersionColumn> columns, VersionKey& key, const Read& read) {
-    const auto column = std::ranges::find(columns, read.entry->magic, &VersionColumn::magic);
-    if (column == columns.end()) return nullptr;
+// `detail` is the column's Counters; null: it has no value.
+unsigned char* fetch(const void* detail, VersionKey& key, const Read& read) {
+    if (detail == nullptr) return nullptr;
+    const auto& column = *static_cast<const Counters*>(detail);
     if (!read.exact) {
         // Without an IPv4 row the walk begins at IPv6; it doesn't come there from an IPv4 row that isn't.
         if (key.version == kStart)
-            key.version = column->ipv4 != nullptr ? kIpv4 : kIpv6;
-        else if (key.version == kIpv4 && column->ipv4 != nullptr)
+            key.version = column.ipv4 != nullptr ? kIpv4 : kIpv6;
+        else if (key.version == kIpv4 && column.ipv4 != nullptr)
             key.version = kIpv6;
         else
             return nullptr;
     }
-    return answer(key.version == kIpv4 ? column->ipv4 : key.version == kIpv6 ? column->ipv6 : nullptr, read);
+    return answer(key.version == kIpv4 ? column.ipv4 : key.version == kIpv6 ? column.ipv6 : nullptr, read);
 }
 
 // --- ip: scalars -----------------------------------------------------------------------------------------------------
@@ -387,10 +393,14 @@ constexpr Scalars ipGlobals{
 
 // --- ip: ipAddrTable and ipNetToMediaTable, which never answer -------------------------------------------------------
 
-TABLE(ip, IPADDRTABLE, 20, 1);
+TABLE(ipAddrTable, IPADDRTABLE, 20, 1);
 
-constexpr Table<NoKey> ipAddrTable{
-    .name = "ipAddrTable",
+struct AddrKey {
+    Octets<4> address;
+    static constexpr Kind index[] = {Kind::fixed_string(4)};
+};
+
+constexpr Table<AddrKey> ipAddrTable{
     .id = IPADDRTABLE,
     .answers = false,
     .columns =
@@ -403,10 +413,15 @@ constexpr Table<NoKey> ipAddrTable{
         },
 };
 
-TABLE(ip, IPNETTOMEDIATABLE, 22, 1);
+TABLE(ipNetToMediaTable, IPNETTOMEDIATABLE, 22, 1);
 
-constexpr Table<NoKey> ipNetToMediaTable{
-    .name = "ipNetToMediaTable",
+struct MediaKey {
+    std::uint32_t ifindex;
+    Octets<4> address;
+    static constexpr Kind index[] = {Kind::integer, Kind::fixed_string(4)};
+};
+
+constexpr Table<MediaKey> ipNetToMediaTable{
     .id = IPNETTOMEDIATABLE,
     .answers = false,
     .columns =
@@ -420,79 +435,56 @@ constexpr Table<NoKey> ipNetToMediaTable{
 
 // --- ip: ipSystemStatsTable ------------------------------------------------------------------------------------------
 
-TABLE(ip, IPSYSTEMSTATSTABLE, 31, 1, 1);
-
-// The columns with a value, by magic; without a column 2, that is the column less 1.
-constexpr VersionColumn kSystemStats[] = {
-    {2, ipv4("InReceives"), ipv6("InReceives")},
-    {6, ipv4("InHdrErrors"), ipv6("InHdrErrors")},
-    {7, nullptr, ipv6("InNoRoutes")},
-    {8, nullptr, ipv6("InAddrErrors")},
-    {9, ipv4("InUnknownProtos"), ipv6("InUnknownProtos")},
-    {10, nullptr, ipv6("InTruncatedPkts")},
-    {13, ipv4("ReasmReqds"), ipv6("ReasmReqds")},
-    {14, ipv4("ReasmOKs"), ipv6("ReasmOKs")},
-    {15, ipv4("ReasmFails"), ipv6("ReasmFails")},
-    {16, ipv4("InDiscards"), ipv6("InDiscards")},
-    {17, ipv4("InDelivers"), ipv6("InDelivers")},
-    {19, ipv4("OutRequests"), ipv6("OutRequests")},
-    {21, nullptr, ipv6("OutNoRoutes")},
-    {22, nullptr, ipv6("OutForwDatagrams")},
-    {24, nullptr, ipv6("OutDiscards")},
-    {26, ipv4("FragOKs"), ipv6("FragOKs")},
-    {27, ipv4("FragFails"), ipv6("FragFails")},
-    {28, ipv4("FragCreates"), ipv6("FragCreates")},
-    {33, nullptr, ipv6("InMcastPkts")},
-    {37, nullptr, ipv6("OutMcastPkts")},
-};
+TABLE(ipSystemStatsTable, IPSYSTEMSTATSTABLE, 31, 1, 1);
 
 constexpr Table<VersionKey> ipSystemStatsTable{
-    .name = "ipSystemStatsTable",
     .id = IPSYSTEMSTATSTABLE,
     // IPv4's copy stays as the scalars left it, on purpose.
-    .fetch = [](VersionKey& key, const Read& read) -> unsigned char* {
+    .fetch = [](VersionKey& key, const Read& read, const void* detail) -> unsigned char* {
         ip_snmp_linux_read_ip6_stat(&ip6_served, read.exact);
-        return fetch(kSystemStats, key, read);
+        return fetch(detail, key, read);
     },
     .columns =
         {
             {1, "ipSystemStatsIPVersion", Integer, ReadOnly},
-            {3, "ipSystemStatsInReceives", Counter32, ReadOnly},
+            {3, "ipSystemStatsInReceives", Counter32, ReadOnly, counters<ipv4("InReceives"), ipv6("InReceives")>},
             {4, "ipSystemStatsHCInReceives", Counter64, ReadOnly},
             {5, "ipSystemStatsInOctets", Counter32, ReadOnly},
             {6, "ipSystemStatsHCInOctets", Counter64, ReadOnly},
-            {7, "ipSystemStatsInHdrErrors", Counter32, ReadOnly},
-            {8, "ipSystemStatsInNoRoutes", Counter32, ReadOnly},
-            {9, "ipSystemStatsInAddrErrors", Counter32, ReadOnly},
-            {10, "ipSystemStatsInUnknownProtos", Counter32, ReadOnly},
-            {11, "ipSystemStatsInTruncatedPkts", Counter32, ReadOnly},
+            {7, "ipSystemStatsInHdrErrors", Counter32, ReadOnly, counters<ipv4("InHdrErrors"), ipv6("InHdrErrors")>},
+            {8, "ipSystemStatsInNoRoutes", Counter32, ReadOnly, counters<kNoRow, ipv6("InNoRoutes")>},
+            {9, "ipSystemStatsInAddrErrors", Counter32, ReadOnly, counters<kNoRow, ipv6("InAddrErrors")>},
+            {10, "ipSystemStatsInUnknownProtos", Counter32, ReadOnly,
+             counters<ipv4("InUnknownProtos"), ipv6("InUnknownProtos")>},
+            {11, "ipSystemStatsInTruncatedPkts", Counter32, ReadOnly, counters<kNoRow, ipv6("InTruncatedPkts")>},
             {12, "ipSystemStatsInForwDatagrams", Counter32, ReadOnly},
             {13, "ipSystemStatsHCInForwDatagrams", Counter64, ReadOnly},
-            {14, "ipSystemStatsReasmReqds", Counter32, ReadOnly},
-            {15, "ipSystemStatsReasmOKs", Counter32, ReadOnly},
-            {16, "ipSystemStatsReasmFails", Counter32, ReadOnly},
-            {17, "ipSystemStatsInDiscards", Counter32, ReadOnly},
-            {18, "ipSystemStatsInDelivers", Counter32, ReadOnly},
+            {14, "ipSystemStatsReasmReqds", Counter32, ReadOnly, counters<ipv4("ReasmReqds"), ipv6("ReasmReqds")>},
+            {15, "ipSystemStatsReasmOKs", Counter32, ReadOnly, counters<ipv4("ReasmOKs"), ipv6("ReasmOKs")>},
+            {16, "ipSystemStatsReasmFails", Counter32, ReadOnly, counters<ipv4("ReasmFails"), ipv6("ReasmFails")>},
+            {17, "ipSystemStatsInDiscards", Counter32, ReadOnly, counters<ipv4("InDiscards"), ipv6("InDiscards")>},
+            {18, "ipSystemStatsInDelivers", Counter32, ReadOnly, counters<ipv4("InDelivers"), ipv6("InDelivers")>},
             {19, "ipSystemStatsHCInDelivers", Counter64, ReadOnly},
-            {20, "ipSystemStatsOutRequests", Counter32, ReadOnly},
+            {20, "ipSystemStatsOutRequests", Counter32, ReadOnly, counters<ipv4("OutRequests"), ipv6("OutRequests")>},
             {21, "ipSystemStatsHCOutRequests", Counter64, ReadOnly},
-            {22, "ipSystemStatsOutNoRoutes", Counter32, ReadOnly},
-            {23, "ipSystemStatsOutForwDatagrams", Counter32, ReadOnly},
+            {22, "ipSystemStatsOutNoRoutes", Counter32, ReadOnly, counters<kNoRow, ipv6("OutNoRoutes")>},
+            {23, "ipSystemStatsOutForwDatagrams", Counter32, ReadOnly, counters<kNoRow, ipv6("OutForwDatagrams")>},
             {24, "ipSystemStatsHCOutForwDatagrams", Counter64, ReadOnly},
-            {25, "ipSystemStatsOutDiscards", Counter32, ReadOnly},
+            {25, "ipSystemStatsOutDiscards", Counter32, ReadOnly, counters<ipv4("OutDiscards"), ipv6("OutDiscards")>},
             {26, "ipSystemStatsOutFragReqds", Counter32, ReadOnly},
-            {27, "ipSystemStatsOutFragOKs", Counter32, ReadOnly},
-            {28, "ipSystemStatsOutFragFails", Counter32, ReadOnly},
-            {29, "ipSystemStatsOutFragCreates", Counter32, ReadOnly},
+            {27, "ipSystemStatsOutFragOKs", Counter32, ReadOnly, counters<ipv4("FragOKs"), ipv6("FragOKs")>},
+            {28, "ipSystemStatsOutFragFails", Counter32, ReadOnly, counters<ipv4("FragFails"), ipv6("FragFails")>},
+            {29, "ipSystemStatsOutFragCreates", Counter32, ReadOnly,
+             counters<ipv4("FragCreates"), ipv6("FragCreates")>},
             {30, "ipSystemStatsOutTransmits", Counter32, ReadOnly},
             {31, "ipSystemStatsHCOutTransmits", Counter64, ReadOnly},
             {32, "ipSystemStatsOutOctets", Counter32, ReadOnly},
             {33, "ipSystemStatsHCOutOctets", Counter64, ReadOnly},
-            {34, "ipSystemStatsInMcastPkts", Counter32, ReadOnly},
+            {34, "ipSystemStatsInMcastPkts", Counter32, ReadOnly, counters<kNoRow, ipv6("InMcastPkts")>},
             {35, "ipSystemStatsHCInMcastPkts", Counter64, ReadOnly},
             {36, "ipSystemStatsInMcastOctets", Counter32, ReadOnly},
             {37, "ipSystemStatsHCInMcastOctets", Counter64, ReadOnly},
-            {38, "ipSystemStatsOutMcastPkts", Counter32, ReadOnly},
+            {38, "ipSystemStatsOutMcastPkts", Counter32, ReadOnly, counters<kNoRow, ipv6("OutMcastPkts")>},
             {39, "ipSystemStatsHCOutMcastPkts", Counter64, ReadOnly},
             {40, "ipSystemStatsOutMcastOctets", Counter32, ReadOnly},
             {41, "ipSystemStatsHCOutMcastOctets", Counter64, ReadOnly},
@@ -507,10 +499,15 @@ constexpr Table<VersionKey> ipSystemStatsTable{
 
 // --- ip: ipIfStatsTable, which never answers -------------------------------------------------------------------------
 
-TABLE(ip, IPIFSTATSTABLE, 31, 3, 1);
+TABLE(ipIfStatsTable, IPIFSTATSTABLE, 31, 3, 1);
 
-constexpr Table<NoKey> ipIfStatsTable{
-    .name = "ipIfStatsTable",
+struct VersionInterfaceKey {
+    std::uint32_t version;
+    std::uint32_t ifindex;
+    static constexpr Kind index[] = {Kind::integer, Kind::integer};
+};
+
+constexpr Table<VersionInterfaceKey> ipIfStatsTable{
     .id = IPIFSTATSTABLE,
     .answers = false,
     .columns =
@@ -601,40 +598,32 @@ constexpr Scalars icmpGlobals{
 
 // --- icmp: icmpStatsTable --------------------------------------------------------------------------------------------
 
-TABLE(icmp, ICMPSTATSTABLE, 29, 1);
+SWITCHMIB_TABLE(icmp, icmpStatsTable, ICMPSTATSTABLE, 29, 1);
 
 void refresh_icmp(const Read& read) {
     ip_snmp_linux_read_icmp_stat(&icmp_served, read.exact);
     ip_snmp_linux_read_icmp6_stat(&icmp6_served, read.exact);
 }
 
-constexpr VersionColumn kIcmpStats[] = {
-    {2, icmpv4(in, "Msgs"), icmpv6(in, "Msgs")},
-    {3, icmpv4(in, "Errors"), icmpv6(in, "Errors")},
-    {4, icmpv4(out, "Msgs"), icmpv6(out, "Msgs")},
-    {5, icmpv4(out, "Errors"), icmpv6(out, "Errors")},
-};
-
 constexpr Table<VersionKey> icmpStatsTable{
-    .name = "icmpStatsTable",
     .id = ICMPSTATSTABLE,
-    .fetch = [](VersionKey& key, const Read& read) -> unsigned char* {
+    .fetch = [](VersionKey& key, const Read& read, const void* detail) -> unsigned char* {
         refresh_icmp(read);
-        return fetch(kIcmpStats, key, read);
+        return fetch(detail, key, read);
     },
     .columns =
         {
             {1, "icmpStatsIPVersion", Integer, ReadOnly},
-            {2, "icmpStatsInMsgs", Counter32, ReadOnly},
-            {3, "icmpStatsInErrors", Counter32, ReadOnly},
-            {4, "icmpStatsOutMsgs", Counter32, ReadOnly},
-            {5, "icmpStatsOutErrors", Counter32, ReadOnly},
+            {2, "icmpStatsInMsgs", Counter32, ReadOnly, counters<icmpv4(in, "Msgs"), icmpv6(in, "Msgs")>},
+            {3, "icmpStatsInErrors", Counter32, ReadOnly, counters<icmpv4(in, "Errors"), icmpv6(in, "Errors")>},
+            {4, "icmpStatsOutMsgs", Counter32, ReadOnly, counters<icmpv4(out, "Msgs"), icmpv6(out, "Msgs")>},
+            {5, "icmpStatsOutErrors", Counter32, ReadOnly, counters<icmpv4(out, "Errors"), icmpv6(out, "Errors")>},
         },
 };
 
 // --- icmp: icmpMsgStatsTable -----------------------------------------------------------------------------------------
 
-TABLE(icmp, ICMPMSGSTATSTABLE, 30, 1);
+SWITCHMIB_TABLE(icmp, icmpMsgStatsTable, ICMPMSGSTATSTABLE, 30, 1);
 
 struct MessageKey {
     std::uint32_t version;
@@ -686,37 +675,35 @@ constexpr Message kMessages[] = {
 };
 static_assert(std::ranges::is_sorted(kMessages, {}, &Message::key));
 
+// Which of a message's counters a column has.
+constexpr Direction kInPackets = in, kOutPackets = out;
+
 constexpr Table<MessageKey> icmpMsgStatsTable{
-    .name = "icmpMsgStatsTable",
     .id = ICMPMSGSTATSTABLE,
-    .fetch = [](MessageKey& key, const Read& read) -> unsigned char* {
+    .fetch = [](MessageKey& key, const Read& read, const void* detail) -> unsigned char* {
         refresh_icmp(read);
         const auto message = std::ranges::find_if(
             kMessages, [&](const MessageKey& row) { return read.exact ? row == key : row > key; }, &Message::key);
         if (message == std::end(kMessages)) return nullptr;
         key = message->key;
-        constexpr int kInPkts = 3, kOutPkts = 4;
-        switch (read.entry->magic) {
-            case kInPkts: return answer(message->in, read);
-            case kOutPkts: return answer(message->out, read);
-            default: return nullptr;
-        }
+        if (detail == nullptr) return nullptr;
+        return answer(detail == &kInPackets ? message->in : message->out, read);
     },
     .columns =
         {
             {1, "icmpMsgStatsIPVersion", Integer, ReadOnly},
             {2, "icmpMsgStatsType", Integer, ReadOnly},
-            {3, "icmpMsgStatsInPkts", Counter32, ReadOnly},
-            {4, "icmpMsgStatsOutPkts", Counter32, ReadOnly},
+            {3, "icmpMsgStatsInPkts", Counter32, ReadOnly, Source{.detail = &kInPackets}},
+            {4, "icmpMsgStatsOutPkts", Counter32, ReadOnly, Source{.detail = &kOutPackets}},
         },
 };
 
-VARIABLES(ip, 128, ipGlobals, ipAddrTable, ipNetToMediaTable, ipSystemStatsTable, ipIfStatsTable);
-VARIABLES(icmp, 35, icmpGlobals, icmpStatsTable, icmpMsgStatsTable);
+VARIABLES(128, ipGlobals, ipAddrTable, ipNetToMediaTable, ipSystemStatsTable, ipIfStatsTable);
+SWITCHMIB_VARIABLES(icmp, 35, icmpGlobals, icmpStatsTable, icmpMsgStatsTable);
 
-SWITCHMIB_EXPORT void ip_snmp_init() {
-    REGISTER(ip, ip_snmp_init, "user/ip_snmp");
-    REGISTER(icmp, ip_snmp_init, "user/ip_snmp");
+SWITCHMIB_EXPORT void MODULE_INIT() {
+    SWITCHMIB_REGISTER(ip);
+    SWITCHMIB_REGISTER(icmp);
 }
 
-}  // namespace switchmib::ip
+}  // namespace switchmib::MODULE

@@ -1,21 +1,22 @@
 // VLAN interfaces: the routed interface of a VLAN, listed, created and deleted.
+#define MODULE pellamVlanInterfaceMIB
 #include "framework/ifindex.h"
 #include "framework/module.h"
 #include "framework/write.h"
 
-namespace switchmib::pellamVlanInterfaceMIB {
+namespace switchmib::MODULE {
 
-MODULE(pellamVlanInterfaceMIB, kVendor, 10, 1, 100, 3, 4);
+MODULE_OID(kVendor, 10, 1, 100, 3, 4);
 
 // --- nVlanInterfaceTable ---------------------------------------------------------------------------------------------
 
-TABLE(pellamVlanInterfaceMIB, NVLANINTERFACETABLE, 1, 1, 1);
+TABLE(nVlanInterfaceTable, NVLANINTERFACETABLE, 1, 1, 1);
 
 Error write_nVlanInterfaceRowStatus(Set& set) {
     std::int32_t status;
     VlanKey row;
     TRY(set.integer(status));
-    TRY(set.row(NVLANINTERFACETABLE, row));
+    TRY(set.row(row));
     TRY(set.row_status(status));
     if (!set.acting()) return noError;
     switch (status) {
@@ -26,7 +27,6 @@ Error write_nVlanInterfaceRowStatus(Set& set) {
 }
 
 constexpr Table<VlanKey> nVlanInterfaceTable{
-    .name = "nVlanInterfaceTable",
     .id = NVLANINTERFACETABLE,
     // The backend addresses a VLAN interface by its interface index; the key stays the VLAN id.
     .command =
@@ -43,7 +43,6 @@ constexpr Table<VlanKey> nVlanInterfaceTable{
         },
 };
 
-MODULE_INIT(pellamVlanInterfaceMIB, pellamVlanInterfaceMIB_snmp_init, "user/pellamVlanInterfaceMIB_snmp", 4,
-            nVlanInterfaceTable);
+MODULE_END(4, nVlanInterfaceTable);
 
-}  // namespace switchmib::pellamVlanInterfaceMIB
+}  // namespace switchmib::MODULE

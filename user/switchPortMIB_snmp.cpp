@@ -1,12 +1,13 @@
 // The switch ports' physical settings: duplex, speed, flow control, medium, breakout and frame size. What a port takes
 // depends on what it is: its type flags and its active medium.
+#define MODULE switchPortMIB
 #include "framework/module.h"
 #include "framework/port.h"
 #include "framework/write.h"
 
-namespace switchmib::switchPortMIB {
+namespace switchmib::MODULE {
 
-MODULE(switchPortMIB, kVendor, 10, 1, 100, 2, 1);
+MODULE_OID(kVendor, 10, 1, 100, 2, 1);
 
 constexpr Scalars switchPortMIBGlobals{
     .name = "switchPortMIBGlobals",
@@ -16,7 +17,7 @@ constexpr Scalars switchPortMIBGlobals{
 
 // --- swPortTable -----------------------------------------------------------------------------------------------------
 
-TABLE(switchPortMIB, SWPORTTABLE, 0, 3, 1);
+TABLE(swPortTable, SWPORTTABLE, 0, 3, 1);
 
 // What every writer here begins with.
 struct Port {
@@ -32,7 +33,7 @@ const char* medium_word(std::uint32_t medium) { return medium == kCopper ? " cop
 Error parse(Set& set, std::int32_t& value, Port& port) {
     InterfaceKey row;
     TRY(set.integer(value));
-    TRY(set.row(SWPORTTABLE, row));
+    TRY(set.row(row));
     port.ifindex = row.ifindex;
     return set.interface_name(row.ifindex, port.name);
 }
@@ -87,7 +88,7 @@ Error write_swPortSpeed(Set& set) {
     if (value == 0) return wrongValue;
     if (!set.acting()) return noError;
     TRY(set.enter(port.name));
-    // Refused only now, behind the interface line, as is a medium that doesn't fit.
+    // Refused only now, after the interface line, as is a medium that doesn't fit.
     if (type & kSpeedFixed) return notWritable;
     const bool combo = type & kComboPort;
     const Speed& speed = kSpeeds[value - kLowest];
@@ -126,7 +127,7 @@ Error write_swPortMedium(Set& set) {
     TRY(set.range(medium, 1, 4));
     if (!set.acting()) return noError;
     TRY(set.enter(port.name));
-    // Unlike the other capabilities, this one is looked at behind the interface line.
+    // Unlike the other capabilities, this one is looked at after the interface line.
     if (!(type & kComboPort)) return notWritable;
     return set.sub(kLines[medium - 1]);
 }
@@ -150,18 +151,14 @@ Error write_swPortMaxRcvFrameSize(Set& set) {
     Port port;
     TRY(parse(set, octets, port));
     if (!set.acting()) return noError;
-    set.enter(port.name);  // its refusal doesn't count here: the frame-size line is what the backend answers for
+    static_cast<void>(
+        set.enter(port.name));  // its refusal doesn't count here: the frame-size line is what the backend answers for
     return set.sub({"max-rcv-frame-size %d", octets});
 }
 
 constexpr Table<InterfaceKey> swPortTable{
-    .name = "swPortTable",
     .id = SWPORTTABLE,
-    .command =
-        [](const InterfaceKey& row) {
-            return row.ifindex == 0 ? Command("show swport swport_table")
-                                    : Command("show swport swport_table %d", row.ifindex);
-        },
+    .command = {"show swport swport_table", "show swport swport_table %d"},
     .columns =
         {
             {1, "swPortIndex", Integer, ReadOnly},
@@ -179,6 +176,6 @@ constexpr Table<InterfaceKey> swPortTable{
 };
 
 // The init function's capital S stands: hosts find it by this name.
-MODULE_INIT(switchPortMIB, SwitchPortMIB_snmp_init, "user/switchPortMIB_snmp", 12, switchPortMIBGlobals, swPortTable);
+MODULE_END_AS(SwitchPortMIB_snmp_init, 12, switchPortMIBGlobals, swPortTable);
 
-}  // namespace switchmib::switchPortMIB
+}  // namespace switchmib::MODULE

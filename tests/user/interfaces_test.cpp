@@ -52,7 +52,7 @@ TEST_F(Interfaces, UnknownIfIndexIsLeftToTheBackend) {
 
 TEST_F(Interfaces, UnsupportedColumnsPassTheirChecksAndFailInAction) {
     expect_checks({
-        Writable("ifPromiscuousMode", {1}, Integer, between(1, 2)).order(unparsed()).refused(),
+        Writable("ifPromiscuousMode", {1}, Integer, between(1, 2)).refused(),
         Writable("ifStackStatus", {1}, Integer, between(1, 6)).order(unparsed()).refused(),
         Writable("ifTestId", {1}, Integer, any_number()).order(unparsed()).refused(),
         Writable("ifTestStatus", {1}, Integer, between(1, 2)).order(unparsed()).refused(),

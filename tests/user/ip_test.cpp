@@ -124,11 +124,11 @@ TEST_F(KernelStatistics, TablesWithoutAnswersReadNoFile) {
 TEST_F(KernelStatistics, SystemStatsServeSomeColumnsForBothVersionsAndSomeForIpv6) {
     // Where the value stands in IPv4's line, 0 for IPv6 alone. Columns that aren't here have none.
     const std::map<std::string, std::uint32_t> served = {
-        {"InReceives", 3},      {"InHdrErrors", 4},      {"InNoRoutes", 0},  {"InAddrErrors", 0},
-        {"InUnknownProtos", 7}, {"InTruncatedPkts", 0},  {"ReasmReqds", 14}, {"ReasmOKs", 15},
-        {"ReasmFails", 16},     {"InDiscards", 8},       {"InDelivers", 9},  {"OutRequests", 10},
-        {"OutNoRoutes", 0},     {"OutForwDatagrams", 0}, {"OutDiscards", 0}, {"OutFragOKs", 17},
-        {"OutFragFails", 18},   {"OutFragCreates", 19},  {"InMcastPkts", 0}, {"OutMcastPkts", 0}};
+        {"InReceives", 3},      {"InHdrErrors", 4},      {"InNoRoutes", 0},   {"InAddrErrors", 0},
+        {"InUnknownProtos", 7}, {"InTruncatedPkts", 0},  {"ReasmReqds", 14},  {"ReasmOKs", 15},
+        {"ReasmFails", 16},     {"InDiscards", 8},       {"InDelivers", 9},   {"OutRequests", 10},
+        {"OutNoRoutes", 0},     {"OutForwDatagrams", 0}, {"OutDiscards", 11}, {"OutFragOKs", 17},
+        {"OutFragFails", 18},   {"OutFragCreates", 19},  {"InMcastPkts", 0},  {"OutMcastPkts", 0}};
     proc.files[kSnmp] = lines_of("Ip", numbers(101, 19));
     value("ipForwarding");
     std::uint32_t number = 200;

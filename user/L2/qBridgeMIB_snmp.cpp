@@ -2,6 +2,7 @@
 //
 // A VLAN's row may be set column by column or at once. With a row status in the request, its columns only stage their
 // values in RESERVE1, and the row status applies them all in ACTION.
+#define MODULE qBridgeMIB
 #include "framework/ifindex.h"
 #include "framework/lists.h"
 #include "framework/module.h"
@@ -10,12 +11,12 @@
 #include <algorithm>
 #include <cstring>
 
-namespace switchmib::qBridgeMIB {
+namespace switchmib::MODULE {
 
-MODULE(qBridgeMIB, kMib2, 17, 7);
+MODULE_OID(kMib2, 17, 7);
 
 unsigned char result_buffer[512];
-constexpr Result kResult{result_buffer, sizeof result_buffer};
+constexpr Result kResult = result_buffer;
 
 struct CurrentVlanKey {
     std::uint32_t time_mark;
@@ -58,28 +59,21 @@ constexpr Scalars qBridgeMIBGlobals{
             {{1, 1, 5}, "dot1qGvrpStatus", Integer, ReadWrite, WRITER(write_dot1qGvrpStatus), never},
             {{1, 4, 1}, "dot1qVlanNumDeletes", Counter32, ReadOnly, shows("show snmp vlan-delete-num")},
             {{1, 4, 4}, "dot1qNextFreeLocalVlanIndex", Integer, ReadOnly, computes(constant<4096>)},
-            {{1, 4, 9}, "dot1qConstraintSetDefault", Integer, ReadWrite, refusing<Refusal{}>, never},
-            {{1, 4, 10},
-             "dot1qConstraintTypeDefault",
-             Integer,
-             ReadWrite,
-             refusing<Refusal{.low = 1, .high = 2}>,
-             never},
+            {{1, 4, 9}, "dot1qConstraintSetDefault", Integer, ReadWrite, refuses(), never},
+            {{1, 4, 10}, "dot1qConstraintTypeDefault", Integer, ReadWrite, refuses(1, 2), never},
         },
 };
 
 // --- dot1qVlanCurrentTable -------------------------------------------------------------------------------------------
 
-TABLE(qBridgeMIB, DOT1QVLANCURRENTTABLE, 1, 4, 2, 1);
+TABLE(dot1qVlanCurrentTable, DOT1QVLANCURRENTTABLE, 1, 4, 2, 1);
 
 constexpr Table<CurrentVlanKey> dot1qVlanCurrentTable{
-    .name = "dot1qVlanCurrentTable",
     .id = DOT1QVLANCURRENTTABLE,
     // The time mark is not looked at.
-    .command =
-        [](const CurrentVlanKey& row) {
-            return row.vid == 0 ? Command("show snmp vlan-current") : Command("show snmp vlan-current %d", row.vid);
-        },
+    .command = {"show snmp vlan-current",
+                [](const CurrentVlanKey& row) { return Command("show snmp vlan-current %d", row.vid); },
+                &CurrentVlanKey::vid},
     .result = kResult,
     .columns =
         {
@@ -95,7 +89,7 @@ constexpr Table<CurrentVlanKey> dot1qVlanCurrentTable{
 
 // --- dot1qVlanStaticTable --------------------------------------------------------------------------------------------
 
-TABLE(qBridgeMIB, DOT1QVLANSTATICTABLE, 1, 4, 3, 1);
+TABLE(dot1qVlanStaticTable, DOT1QVLANSTATICTABLE, 1, 4, 3, 1);
 
 enum PortMode : std::uint32_t { accessPort = 1, hybridPort = 2, trunkPort = 3, untaggedHybridPort = 4 };
 
@@ -168,10 +162,11 @@ bool staged_untagged_is_egress() {
 
 Error write_dot1qVlanStaticName(Set& set) {
     VlanKey row;
-    char name[sizeof vlan_static.name] = {};
+    char name[sizeof vlan_static.name];
     TRY(set.type(OctetString));
-    TRY(set.copy(name, sizeof name - 1));
-    TRY(set.row(DOT1QVLANSTATICTABLE, row));
+    TRY(set.at_most(sizeof name - 1));
+    TRY(set.row(row));
+    TRY(set.text(name));
     if (set.phase == reserve1) {
         vlan_static = {};
         vlan_static.vid = row.vid;
@@ -186,8 +181,9 @@ Error write_dot1qVlanStaticName(Set& set) {
 Error stage_ports(const Set& set, VlanKey& row, PortList& ports, PortList VlanStatic::*staged) {
     ports = {};
     TRY(set.type(OctetString));
-    TRY(set.copy(ports.octets, sizeof ports.octets));
-    TRY(set.row(DOT1QVLANSTATICTABLE, row));
+    TRY(set.at_most(sizeof ports.octets));
+    TRY(set.row(row));
+    set.copy(ports.octets, sizeof ports.octets);
     if (set.phase == reserve1) {
         vlan_static.pending = 0;
         vlan_static.*staged = ports;
@@ -241,7 +237,7 @@ Error write_dot1qVlanStaticRowStatus(Set& set) {
     std::int32_t status;
     VlanKey row;
     TRY(set.integer(status));
-    TRY(set.row(DOT1QVLANSTATICTABLE, row));
+    TRY(set.row(row));
     TRY(set.row_status(status));
     switch (set.phase) {
         case reserve1:
@@ -263,12 +259,8 @@ Error write_dot1qVlanStaticRowStatus(Set& set) {
 }
 
 constexpr Table<VlanKey> dot1qVlanStaticTable{
-    .name = "dot1qVlanStaticTable",
     .id = DOT1QVLANSTATICTABLE,
-    .command =
-        [](const VlanKey& row) {
-            return row.vid == 0 ? Command("show snmp vlan-static") : Command("show snmp vlan-static %d", row.vid);
-        },
+    .command = {"show snmp vlan-static", "show snmp vlan-static %d"},
     .result = kResult,
     .columns =
         {
@@ -283,14 +275,14 @@ constexpr Table<VlanKey> dot1qVlanStaticTable{
 
 // --- dot1qPortVlanTable ----------------------------------------------------------------------------------------------
 
-TABLE(qBridgeMIB, DOT1QPORTVLANTABLE, 1, 4, 5, 1);
+TABLE(dot1qPortVlanTable, DOT1QPORTVLANTABLE, 1, 4, 5, 1);
 
 Error write_dot1qPvid(Set& set) {
     std::uint32_t pvid;
     InterfaceKey row;
     InterfaceName name;
     TRY(set.unsigned32(pvid));
-    TRY(set.row(DOT1QPORTVLANTABLE, row));
+    TRY(set.row(row));
     TRY(set.interface_name(row.ifindex, name));
     if (!set.acting()) return noError;
     const std::uint32_t mode = port_mode(set, row.ifindex);
@@ -306,39 +298,34 @@ Error write_dot1qPvid(Set& set) {
 
 // The third value goes beyond the MIB's two, on purpose.
 Error write_dot1qPortAcceptableFrameTypes(Set& set) {
-    return set.interface_line(DOT1QPORTVLANTABLE, {{1, "acceptable-frame admit-all"},
-                                                   {2, "acceptable-frame tagged-only"},
-                                                   {3, "acceptable-frame untagged-only"}});
+    return set.interface_line({{1, "acceptable-frame admit-all"},
+                               {2, "acceptable-frame tagged-only"},
+                               {3, "acceptable-frame untagged-only"}});
 }
 
 Error write_dot1qPortIngressFiltering(Set& set) {
-    return set.interface_line(DOT1QPORTVLANTABLE, {{1, "ingress-checking"}, {2, "no ingress-checking"}});
+    return set.interface_line({{1, "ingress-checking"}, {2, "no ingress-checking"}});
 }
 
 // GVRP per port: refused in every phase, before any check.
 Error refuse_port_gvrp(Set&) { return genErr; }
 
 constexpr Table<InterfaceKey> dot1qPortVlanTable{
-    .name = "dot1qPortVlanTable",
     .id = DOT1QPORTVLANTABLE,
-    .command =
-        [](const InterfaceKey& row) {
-            return row.ifindex == 0 ? Command("show snmp port-vlan") : Command("show snmp port-vlan %d", row.ifindex);
-        },
+    .command = {"show snmp port-vlan", "show snmp port-vlan %d"},
     .result = kResult,
     .columns =
         {
             {1, "dot1qPvid", Gauge32, ReadWrite, WRITER(write_dot1qPvid)},
             {2, "dot1qPortAcceptableFrameTypes", Integer, ReadWrite, WRITER(write_dot1qPortAcceptableFrameTypes)},
             {3, "dot1qPortIngressFiltering", Integer, ReadWrite, WRITER(write_dot1qPortIngressFiltering)},
-            {4, "dot1qPortGvrpStatus", Integer, ReadWrite, WRITER(refuse_port_gvrp), never},
+            {4, "dot1qPortGvrpStatus", Integer, ReadWrite, SHARED(refuse_port_gvrp), never},
             {5, "dot1qPortGvrpFailedRegistrations", Counter32, ReadOnly, never},
             {6, "dot1qPortGvrpLastPduOrigin", OctetString, ReadOnly, never},
-            {7, "dot1qPortRestrictedVlanRegistration", Integer, ReadWrite, WRITER(refuse_port_gvrp), never},
+            {7, "dot1qPortRestrictedVlanRegistration", Integer, ReadWrite, SHARED(refuse_port_gvrp), never},
         },
 };
 
-MODULE_INIT(qBridgeMIB, qBridgeMIB_snmp_init, "user/L2/qBridgeMIB_snmp", 28, qBridgeMIBGlobals, dot1qVlanCurrentTable,
-            dot1qVlanStaticTable, dot1qPortVlanTable);
+MODULE_END(28, qBridgeMIBGlobals, dot1qVlanCurrentTable, dot1qVlanStaticTable, dot1qPortVlanTable);
 
-}  // namespace switchmib::qBridgeMIB
+}  // namespace switchmib::MODULE

@@ -1,7 +1,9 @@
-// Address texts and the request's VRF, for the commands that carry them.
+// Addresses as texts, and what a request is about besides its OID, for the commands that carry them.
 #pragma once
 
+#include "framework/command.h"
 #include "framework/host.h"
+#include "framework/index.h"
 
 #include <cstdint>
 
@@ -18,9 +20,32 @@ inline bool to_text(const InetAddress& address, AddressText& text) {
     return UIB_SNMP_Inet_Addr_To_Str(&address, text.text, sizeof text.text) == 0;
 }
 
+// An address as show commands have it: `none` for one without a type, a blank for one that cannot be converted.
+inline const char* address_word(const InetAddress& address, AddressText& text, const char* none) {
+    if (!to_text(address, text)) return " ";
+    return address.type == kNoAddress ? none : text.text;
+}
+
+// A MAC address as "00-1f-...", in lower or upper case.
+using MacText = Text<18>;
+inline MacText lower(const Mac& mac) {
+    const unsigned char* o = mac.octets;
+    return {"%02x-%02x-%02x-%02x-%02x-%02x", o[0], o[1], o[2], o[3], o[4], o[5]};
+}
+inline MacText upper(const Mac& mac) {
+    const unsigned char* o = mac.octets;
+    return {"%02X-%02X-%02X-%02X-%02X-%02X", o[0], o[1], o[2], o[3], o[4], o[5]};
+}
+
 // The VRF that the request is about, "" for none.
 inline const char* vrf_name() {
     const char* name = SNMPD_Get_Cur_VrfName();
+    return name != nullptr ? name : "";
+}
+
+// The SNMP context of the request, "" for none.
+inline const char* context_name() {
+    const char* name = SNMPD_Get_Cur_ContextName();
     return name != nullptr ? name : "";
 }
 

@@ -1,4 +1,4 @@
-// The index codec: a table's key from the sub-identifiers behind the column, and an answered OID from a key.
+// The index codec: a table's key from the sub-identifiers after the column, and an answered OID from a key.
 //
 // A key type is a plain struct of its index fields in index order, and says their kinds:
 //
@@ -7,7 +7,7 @@
 //         static constexpr Kind index[] = {Kind::integer};
 //     };
 //
-// Fields behind the last kind belong to the key that the backend gets, not to the OID. A clear key names no row.
+// Fields after the last kind belong to the key that the backend gets, not to the OID. A clear key names no row.
 #pragma once
 
 #include "framework/host.h"
@@ -15,8 +15,18 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <type_traits>
 
 namespace switchmib {
+
+// Fields of a key besides std::uint32_t and the host's address records.
+struct Mac {
+    unsigned char octets[6];
+};
+template <std::size_t size>
+struct Octets {
+    unsigned char octets[size];
+};
 
 // How the host converts a field, and the place that the field takes in a key.
 struct Kind {
@@ -60,9 +70,121 @@ struct KeyShape {
     Field fields[kMaxFields];
 };
 
+namespace key {
+
+// A field of a key as its struct declares it.
+struct Declared {
+    std::size_t offset;
+    std::size_t size;
+    Kind kind;  // that a single field of its type has
+};
+
+template <class Type>
+consteval Kind kind_of() {
+    if constexpr (std::is_same_v<Type, std::uint32_t>)
+        return Kind::integer;
+    else if constexpr (std::is_same_v<Type, Mac>)
+        return Kind::mac;
+    else if constexpr (std::is_same_v<Type, InetText>)
+        return Kind::inet_text;
+    else if constexpr (std::is_same_v<Type, InetAddress>)
+        return Kind::address;
+    else if constexpr (std::is_same_v<Type, InetPrefix>)
+        return Kind::prefix;
+    else if constexpr (std::is_same_v<Type, InetPairOnInterface>)
+        return Kind::pair_on_interface;
+    else
+        return Kind::fixed_string(sizeof(Type));
+}
+
+struct Declaration {
+    static constexpr std::size_t kMost = 6;
+    std::size_t count = 0;
+    Declared fields[kMost] = {};
+
+    template <class Type>
+    constexpr void add() {
+        const std::size_t end = count == 0 ? 0 : fields[count - 1].offset + fields[count - 1].size;
+        const std::size_t offset = (end + alignof(Type) - 1) / alignof(Type) * alignof(Type);
+        fields[count++] = {offset, sizeof(Type), kind_of<Type>()};
+    }
+};
+
+struct Anything {
+    template <class Type>
+    constexpr operator Type() const;
+};
+template <class Key, class... Any>
+consteval std::size_t count_fields() {
+    static_assert(sizeof...(Any) <= Declaration::kMost, "a key has at most six fields; arrays are Mac or Octets");
+    if constexpr (requires { Key{Any{}..., Anything{}}; })
+        return count_fields<Key, Any..., Anything>();
+    else
+        return sizeof...(Any);
+}
+
+template <class... Types>
+constexpr Declaration declared(const Types&...) {
+    Declaration declaration;
+    (declaration.add<Types>(), ...);
+    return declaration;
+}
+template <class Key>
+consteval Declaration declaration() {
+    constexpr std::size_t count = count_fields<Key>();
+    constexpr Key key{};
+    if constexpr (count == 1) {
+        const auto& [a] = key;
+        return declared(a);
+    } else if constexpr (count == 2) {
+        const auto& [a, b] = key;
+        return declared(a, b);
+    } else if constexpr (count == 3) {
+        const auto& [a, b, c] = key;
+        return declared(a, b, c);
+    } else if constexpr (count == 4) {
+        const auto& [a, b, c, d] = key;
+        return declared(a, b, c, d);
+    } else if constexpr (count == 5) {
+        const auto& [a, b, c, d, e] = key;
+        return declared(a, b, c, d, e);
+    } else {
+        const auto& [a, b, c, d, e, f] = key;
+        return declared(a, b, c, d, e, f);
+    }
+}
+
+// The kinds in order take the struct's fields in order: each one of its own type, a pair of addresses two or three.
+template <class Key>
+consteval bool kinds_fit() {
+    const Declaration declaration = key::declaration<Key>();
+    std::size_t at = 0;
+    const auto take = [&at, &declaration](const Kind& kind) {
+        if (at == declaration.count) return false;
+        const Kind own = declaration.fields[at++].kind;
+        if (kind.number == Kind::object_id.number) return own.number == Kind::integer.number;
+        const bool string = kind.number == 0 || kind.number == Kind::counted_string(0).number;
+        return own.octets == kind.octets && own.number == (string ? 0 : kind.number);
+    };
+    for (const Kind& kind : Key::index) {
+        const bool whole = at < declaration.count && declaration.fields[at].kind.number == kind.number;
+        if (kind.number == Kind::address_pair.number) {
+            if (!take(Kind::address) || !take(Kind::address)) return false;
+        } else if (kind.number == Kind::pair_on_interface.number && !whole) {
+            if (!take(Kind::address) || !take(Kind::integer) || !take(Kind::address)) return false;
+        } else if (!take(kind)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace key
+
 template <class Key>
 consteval KeyShape lay_out() {
     static_assert(sizeof(Key) <= KeyShape::kMaxSize && std::size(Key::index) <= KeyShape::kMaxFields);
+    static_assert(key::kinds_fit<Key>(), "the kinds of the key's `index` are not those of its fields in order");
     KeyShape shape{sizeof(Key), 0, {}};
     std::size_t offset = 0;
     for (const Kind& kind : Key::index) {
@@ -74,12 +196,7 @@ consteval KeyShape lay_out() {
 }
 
 template <class Key>
-inline constexpr KeyShape shape_of = [] {
-    constexpr KeyShape shape = lay_out<Key>();
-    constexpr KeyShape::Field last = shape.fields[shape.count - 1];
-    static_assert(last.offset + last.octets <= sizeof(Key), "the kinds need more room than the key has");
-    return shape;
-}();
+inline constexpr KeyShape shape_of = lay_out<Key>();
 
 // The keys of tables that have a row for each interface or port, and for each VLAN.
 struct InterfaceKey {
@@ -92,7 +209,7 @@ struct VlanKey {
     static constexpr Kind index[] = {Kind::integer};
 };
 
-// Fills `key`, which comes clear, from the request behind `prefix`; a field that the request does not reach stays
+// Fills `key`, which comes clear, from what the request has after `prefix`; a field that the request does not reach stays
 // clear. A GETNEXT that sorts before the prefix fills nothing and gets `*name_length` cut to the prefix. -1: an exact
 // request with too many or too few index sub-identifiers, or a counted string of another length than its field's.
 int parse_index(const oid* prefix, std::size_t prefix_length, const oid* name, std::size_t* name_length,

@@ -4,12 +4,15 @@
 
 #include "framework/host.h"
 #include "framework/snmp.h"
+#include "framework/write.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 namespace switchmib {
 
-// A list of `size` octets; members behind `last` are never looked at. The host makes of two lists what is in `both`,
+// A list of `size` octets; members after `last` are never looked at. The host makes of two lists what is in `both`,
 // and what is in `either` but not in both.
 template <std::size_t size, int last, auto both, auto either>
 struct MemberList {
@@ -33,9 +36,15 @@ struct MemberList {
     // Calls visit(member) for each member in ascending order, up to the first error, which is the result.
     template <class Visit>
     Error for_each(Visit visit) const {
-        for (int member = 1; member <= last; ++member) {
-            if (!has(member)) continue;
-            if (const Error error = visit(member); error != noError) return error;
+        using Word = std::uint32_t;  // passed over at once when it has no member
+        static_assert(size % sizeof(Word) == 0);
+        for (std::size_t at = 0; at < size; at += sizeof(Word)) {
+            Word word;
+            std::memcpy(&word, octets + at, sizeof word);
+            if (word == 0) continue;
+            const int first = static_cast<int>(8 * at) + 1;
+            for (int member = first; member < first + 32 && member <= last; ++member)
+                if (has(member)) TRY(visit(member));
         }
         return noError;
     }

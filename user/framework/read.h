@@ -1,27 +1,64 @@
-// The read path: a read method for each scalar group and table, made from its data. The steps stand here once; what a
-// table doesn't use, its read method doesn't hold.
+// The read path: a read method for each scalar group and table, and a write method for each writable object, made from
+// their data. The steps are here once; what a table does not use, its read method does not hold.
 #pragma once
 
 #include "framework/table.h"
+#include "framework/write.h"
 
 #include <array>
 #include <cstring>
+#include <string_view>
 #include <type_traits>
+#include <utility>
 
 namespace switchmib {
 
+// The object of a group by its place, from 0.
+template <const auto& group, std::size_t at>
+inline constexpr const auto& object_of = *(group.objects().begin() + at);
+
+// The name that a write method gives the host for its requests.
+template <const auto& group, std::size_t at>
+inline constexpr auto caller_of = [] {
+    constexpr std::string_view prefix = "write_", name = object_of<group, at>.name;
+    std::array<char, prefix.size() + name.size() + 1> caller{};
+    prefix.copy(caller.data(), prefix.size());
+    name.copy(caller.data() + prefix.size(), name.size());
+    return caller;
+}();
+
+template <const auto& group, std::size_t at>
+int write_method(int phase, unsigned char* value, unsigned char type, std::size_t length, unsigned char* state,
+                 oid* name, std::size_t name_length) {
+    constexpr const auto& object = object_of<group, at>;
+    constexpr const Writer& writer = object.writer;
+    Set set{phase, value, type, length, state, name, name_length, writer.name, nullptr};
+    if constexpr (writer.name == nullptr && writer.kind == Writer::function) set.caller = caller_of<group, at>.data();
+    if constexpr (requires { group.id; }) set.table = &group.id;
+    if constexpr (writer.kind == Writer::function)
+        return writer.write(set);
+    else
+        return refuse(writer.refused, object.type, set);
+}
+
 // What the read path needs of each object of a group, by magic from 1.
 struct Cell {
-    Writer writer;
+    WriteMethod* writer;
+    bool clears;
     Source source;
 };
 template <const auto& group>
-inline constexpr auto cells_of = [] {
-    std::array<Cell, group.objects().size()> cells{};
-    std::size_t at = 0;
-    for (const auto& object : group.objects()) cells[at++] = {object.writer, object.source};
-    return cells;
-}();
+inline constexpr auto cells_of = []<std::size_t... at>(std::index_sequence<at...>) {
+    constexpr auto cell = []<std::size_t i>() {
+        constexpr const auto& object = object_of<group, i>;
+        Cell made{nullptr, object.writer.kind == Writer::clear, object.source};
+        if constexpr (object.writer.kind == Writer::function || object.writer.kind == Writer::refusal)
+            made.writer = write_method<group, i>;
+        return made;
+    };
+    return std::array<Cell, sizeof...(at)>{cell.template operator()<at>()...};
+}
+(std::make_index_sequence<group.objects().size()>());
 
 // The object that the entry's magic names, null outside the group.
 template <const auto& group>
@@ -30,8 +67,8 @@ const Cell* cell(const Read& read) {
     return magic >= 1 && magic <= cells_of<group>.size() ? &cells_of<group>[magic - 1] : nullptr;
 }
 
-inline void hand_out(const Writer& writer, const Read& read) {
-    if (writer.method != nullptr || writer.clears) *read.write_method = writer.method;
+inline void hand_out(const Cell& cell, const Read& read) {
+    if (cell.writer != nullptr || cell.clears) *read.write_method = cell.writer;
 }
 
 // What a show request says of the row; nothing for a scalar.
@@ -50,7 +87,7 @@ unsigned char* show(const Read& read, const char* command, const Row& row) {
     if constexpr (requires { group.request_class; }) request_class = group.request_class;
     const int refused = uib_sh_show_request(request_class, command, buffer, group.result.size, read.value_length,
                                             row.key, static_cast<int>(row.size), read.entry->magic, row.exact,
-                                            row.index_count, group.name, group.line);
+                                            row.index_count, group.group_name(), group.line);
     return refused ? nullptr : buffer;
 }
 
@@ -63,7 +100,7 @@ template <const Scalars& group>
     }
     const Cell* scalar = cell<group>(read);
     if (scalar == nullptr) return nullptr;
-    hand_out(scalar->writer, read);
+    hand_out(*scalar, read);
     const Source& source = scalar->source;
     if (!source.answers) return nullptr;
     if (source.value != nullptr) return source.value(read);
@@ -71,11 +108,34 @@ template <const Scalars& group>
     return show<group>(read, source.command != nullptr ? source.command : group.text, {});
 }
 
+// Asks the backend for a column of a row; false when there is nothing to ask.
+template <const auto& table, class Key>
+[[gnu::always_inline]] inline bool show_row(const Read& read, const Cell* column, Key& key, const Row& row,
+                                            unsigned char*& value) {
+    if constexpr (table.traces()) {
+        const Command command = table.command(key, read);
+        if (command.refused()) return false;
+        table.formed(read, table.id.name, command);
+        if (column == nullptr) return false;
+        hand_out(*column, read);
+        if (!column->source.answers) return false;
+        value = show<table>(read, column->source.command != nullptr ? column->source.command : command.c_str(), row);
+    } else if (column->source.command != nullptr) {
+        value = show<table>(read, column->source.command, row);
+    } else if (table.command.asks_for_first(key)) {
+        value = show<table>(read, table.command.first, row);
+    } else {
+        const Command command = table.command(key, read);
+        if (command.refused()) return false;
+        value = show<table>(read, command, row);
+    }
+    return true;
+}
+
 template <const auto& table>
 [[gnu::always_inline]] inline unsigned char* read_row(const Read& read) {
     using Key = typename std::remove_cvref_t<decltype(table)>::KeyType;
     using Record = typename std::remove_cvref_t<decltype(table)>::RecordType;
-    constexpr bool kHasRecord = !std::is_same_v<Record, NoRecord>;
     const VariableEntry& entry = *read.entry;
 
     Key key;
@@ -83,37 +143,34 @@ template <const auto& table>
     const int parsed =
         parse_index(entry.name, entry.namelen, read.name, read.name_length, shape_of<Key>, &key, read.exact);
     if (parsed < 0) {
-        if (table.bad_index != nullptr) table.bad_index(read, parsed);
+        if (table.bad_index != nullptr) table.bad_index(read, table.id.name, parsed);
         return nullptr;
     }
     if (table.accepts != nullptr && !table.accepts(key, read)) return nullptr;
 
     const Cell* column = cell<table>(read);
-    if (column != nullptr) hand_out(column->writer, read);
-    const bool answers = column != nullptr && column->source.answers;
-    if (!answers && !table.traces) return nullptr;
+    if constexpr (!table.traces()) {
+        if (column == nullptr) return nullptr;
+        hand_out(*column, read);
+        if (!column->source.answers) return nullptr;
+    }
 
     unsigned char* value = nullptr;
-    if (table.fetch != nullptr) {
-        value = answers ? table.fetch(key, read) : nullptr;
+    if constexpr (table.fetch != nullptr) {
+        value = table.fetch(key, read, column->source.detail);
     } else {
-        Record record{};
         Row row{&key, sizeof key, read.exact, 0};
         if (table.counts_index) row.index_count = static_cast<int>(*read.name_length) - entry.namelen;
-        if constexpr (kHasRecord) {
+        if constexpr (std::is_same_v<Record, NoRecord>) {
+            if (!show_row<table>(read, column, key, row, value)) return nullptr;
+        } else {
+            Record record{};
             if (table.fill != nullptr) table.fill(key, record);
             row.key = &record;
             row.size = sizeof record;
-        }
-        if (answers && column->source.command != nullptr) {
-            value = show<table>(read, column->source.command, row);
-        } else {
-            const Command command = table.command(key, read);
-            if (!answers || command.refused()) return nullptr;
-            value = show<table>(read, command, row);
-        }
-        if constexpr (kHasRecord)
+            if (!show_row<table>(read, column, key, row, value)) return nullptr;
             if (value != nullptr && !read.exact) table.take(record, key);
+        }
         if (table.shown != nullptr) table.shown(read, key, value != nullptr);
     }
     if (value != nullptr && !read.exact)
@@ -141,7 +198,7 @@ consteval ReadMethod* read_method() {
         } else if constexpr (group.answers) {
             return read_row<group>(read);
         } else {  // the write method is all that the table has
-            if (const Cell* column = cell<group>(read)) hand_out(column->writer, read);
+            if (const Cell* column = cell<group>(read)) hand_out(*column, read);
             return nullptr;
         }
     };

@@ -8,11 +8,13 @@
 #define SWITCHMIB_U8 : uint8_t
 #define SWITCHMIB_U16 : uint16_t
 #define SWITCHMIB_INT : int
+#define SWITCHMIB_NODISCARD [[nodiscard]]
 namespace switchmib {
 #else  // C11 knows none of these
 #define SWITCHMIB_U8
 #define SWITCHMIB_U16
 #define SWITCHMIB_INT
+#define SWITCHMIB_NODISCARD
 #endif
 
 enum Asn SWITCHMIB_U8 {
@@ -32,16 +34,10 @@ enum Access SWITCHMIB_U16 { ReadOnly = 1, ReadWrite = 2 };
 // The phases of a SET, as the host numbers them.
 enum Phase SWITCHMIB_INT { reserve1 = 0, reserve2 = 1, action = 2, commit = 3, release = 4, undo = 5 };
 
-// Error-status numbers that write methods answer.
-enum Error SWITCHMIB_INT {
-    noError = 0,
-    noSuchName = 2,
-    genErr = 5,
-    wrongType = 7,
-    wrongLength = 8,
-    wrongValue = 10,
-    inconsistentValue = 12,
-    notWritable = 17,
+// Error-status numbers that write methods return.
+enum SWITCHMIB_NODISCARD Error SWITCHMIB_INT{
+    noError = 0,     noSuchName = 2,         genErr = 5,       wrongType = 7, wrongLength = 8,
+    wrongValue = 10, inconsistentValue = 12, notWritable = 17,
 };
 
 enum RowStatus SWITCHMIB_INT {

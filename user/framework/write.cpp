@@ -1,5 +1,6 @@
 #include "framework/write.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace switchmib {
@@ -14,29 +15,35 @@ Error enter_intf(std::uint32_t ifindex, int line) {
     return configure(kGlobalMode, Command("interface %s", name.text), "_enter_intf", line);
 }
 
-Error Set::column(const TableId& table) const {
-    if (name_length < table.length) return noSuchName;
-    table.oids[table.length - 1] = name[table.length - 1];
+Error Set::column() const {
+    if (name_length < table->length) return noSuchName;
+    table->oids[table->length - 1] = name[table->length - 1];
     return noError;
 }
 
-Error Set::row(const TableId& table, const KeyShape& shape, void* key) const {
-    TRY(column(table));
+Error Set::row(const KeyShape& shape, void* key) const {
+    TRY(column());
     std::size_t given = name_length;
-    return parse_index(table.oids, table.length, name, &given, shape, key, 1) < 0 ? noSuchName : noError;
+    return parse_index(table->oids, table->length, name, &given, shape, key, 1) < 0 ? noSuchName : noError;
 }
 
-Error Set::interface_name(std::uint32_t ifindex, InterfaceName& name) {
-    return if_utl_ifindex_to_ifname(ifindex, name.text) < 0 ? genErr : noError;
+Error Set::interface_name(std::uint32_t ifindex, InterfaceName& name, Error missing) {
+    return if_utl_ifindex_to_ifname(ifindex, name.text) < 0 ? missing : noError;
 }
 
 Error Set::enter(const InterfaceName& interface, int line) const {
     return global(Command("interface %s", interface.text), line);
 }
 
-Error Set::copy(void* field, std::size_t room) const {
-    if (length_given > room) return wrongLength;
-    if (length_given > 0) std::memcpy(field, value, length_given);
+void Set::copy(void* field, std::size_t room) const {
+    if (const std::size_t octets = std::min(length_given, room); octets > 0) std::memcpy(field, value, octets);
+}
+
+Error Set::text(char* buffer, std::size_t size) const {
+    for (std::size_t i = 0; i < length_given && value[i] != '\0'; ++i)
+        if (value[i] < ' ' || value[i] == 127) return wrongValue;
+    std::memset(buffer, 0, size);
+    copy(buffer, size - 1);
     return noError;
 }
 
@@ -45,30 +52,47 @@ bool Set::lookup(const Command& command, int magic, void* result, int size, int 
     return uib_sh_show_request(2, command, result, size, &length, nullptr, 0, magic, 1, 0, caller, line) == 0;
 }
 
-Error Set::interface_line(const TableId& table, std::initializer_list<Line> lines, int line) const {
+Error Set::choose(Lines lines, const char*& text) const {
     std::int32_t number;
-    InterfaceKey key;
-    InterfaceName interface;
-    TRY(integer(number));
-    TRY(row(table, key));
-    TRY(interface_name(key.ifindex, interface));
+    std::memcpy(&number, value, sizeof number);
     const auto* chosen = std::ranges::find(lines, number, &Line::value);
     if (chosen == lines.end()) return wrongValue;
-    if (!acting()) return noError;
-    TRY(enter(interface, line));
-    return sub(chosen->text, line);
+    text = chosen->text;
+    return noError;
 }
 
-Error refuse(const Refusal& refusal, const Set& set) {
-    TRY(set.type(refusal.type));
-    if (refusal.length != kAnyLength) TRY(set.length(static_cast<std::size_t>(refusal.length)));
-    if (refusal.table != nullptr) TRY(set.column(*refusal.table));
+Error Set::scalar_line(Lines lines, int line) const {
+    const char* text;
+    TRY(checked_value());
+    TRY(choose(lines, text));
+    return acting() ? global(text, line) : noError;
+}
+
+Error Set::interface_line(Lines lines, int line) const {
+    InterfaceKey key;
+    InterfaceName interface;
+    const char* text;
+    TRY(checked_value());
+    TRY(row(key));
+    TRY(interface_name(key.ifindex, interface));
+    TRY(choose(lines, text));
+    if (!acting()) return noError;
+    TRY(enter(interface, line));
+    return sub(text, line);
+}
+
+Error refuse(const Refusal& refusal, Asn type, const Set& set) {
+    TRY(set.type(type));
+    const bool any =
+        refusal.length == Refusal::kAnyLength || (refusal.length == Refusal::kTypesLength && type == OctetString);
+    if (!any) TRY(set.length(refusal.length == Refusal::kTypesLength ? 4u : static_cast<std::size_t>(refusal.length)));
+    if (set.table != nullptr) TRY(set.column());
     if (refusal.low != INT_MIN || refusal.high != INT_MAX) {
         std::int32_t number;
         std::memcpy(&number, set.value, sizeof number);
         TRY(Set::range(number, refusal.low, refusal.high));
     }
-    return set.acting() ? genErr : noError;
+    return refusal.always || set.acting() ? genErr : noError;
 }
 
 }  // namespace switchmib

@@ -1,5 +1,5 @@
 // The write path. A writer is a function of one Set, `Error write_<object>(Set& set)`: the checks in its order, then
-// in the ACTION phase the configuration lines. WRITER makes the write method of it that its column hands out.
+// in the ACTION phase the configuration lines.
 #pragma once
 
 #include "framework/command.h"
@@ -8,8 +8,6 @@
 #include "framework/snmp.h"
 #include "framework/table.h"
 
-#include <algorithm>
-#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -28,15 +26,25 @@ struct InterfaceName {
     char text[22] = {};
 };
 
-// Sends one configuration line; `caller` and `line` are for the host's diagnostics. genErr when it is refused.
+// The ways to send a configuration line: from global configuration mode, in the mode that the line before it entered,
+// from the privileged executive mode.
 enum Mode : int { kGlobalMode = 5, kSubMode = -1, kExecutiveMode = 4 };
+
+// Sends one configuration line; `caller` and `line` are for the host's diagnostics. genErr when it is refused.
 Error configure(Mode mode, const char* command, const char* caller, int line);
 
 // Enters an interface for writers that leave an unknown ifIndex to the backend: the name is sent as it comes, an empty
 // one too.
 Error enter_intf(std::uint32_t ifindex, int line = __builtin_LINE());
 
-// One phase of a SET of one varbind. Checks answer the error of their refusal.
+// A value of an object and the configuration line that it is set by.
+struct Line {
+    std::int32_t value;
+    const char* text;
+};
+using Lines = std::initializer_list<Line>;
+
+// One phase of a SET of one varbind. A check returns the error of its refusal.
 class Set {
 public:
     int phase;
@@ -46,47 +54,55 @@ public:
     const unsigned char* current;  // the row's current value, null when it has none
     const oid* name;
     std::size_t name_length;
-    const char* caller;  // the write method's name
+    const char* caller;    // the write method's name
+    const TableId* table;  // the object's; null for a scalar
 
     // The only phase that configures anything.
     bool acting() const { return phase == action; }
 
     Error type(Asn expected) const { return type_given == expected ? noError : wrongType; }
     Error length(std::size_t expected) const { return length_given == expected ? noError : wrongLength; }
+    Error at_most(std::size_t octets) const { return length_given <= octets ? noError : wrongLength; }
 
-    // The varbind's octets into a field of `room` octets, which keeps what it holds behind them. wrongLength when they
-    // are more.
-    Error copy(void* field, std::size_t room) const;
     // The varbind as a number of 4 octets.
     Error integer(std::int32_t& number) const { return take(Integer, number); }
     Error unsigned32(std::uint32_t& number) const { return take(Unsigned32, number); }
 
+    // The varbind's octets into a field of `room` octets, which keeps what it holds after them; more are cut.
+    void copy(void* field, std::size_t room) const;
+    // The same for a text that goes into a command, which ends at its first NUL: wrongValue when it holds a control
+    // character. The text is copied to a clear buffer, and is NUL-terminated.
+    template <std::size_t size>
+    Error text(char (&buffer)[size]) const {
+        return text(buffer, size);
+    }
+
     // The request's OID reaches into the table's columns; its column goes into the table's exported slot, which stays
     // patched after the call on purpose: the codec compares against it.
-    Error column(const TableId& table) const;
+    Error column() const;
     // That, and the index parsed exactly.
     template <class Key>
-    Error row(const TableId& table, Key& key) const {
+    Error row(Key& key) const {
         std::memset(&key, 0, sizeof key);
-        return row(table, shape_of<Key>, &key);
+        return row(shape_of<Key>, &key);
     }
 
     static Error range(std::int32_t number, std::int32_t low, std::int32_t high) {
         return number >= low && number <= high ? noError : wrongValue;
     }
     static Error row_status(std::int32_t number) { return range(number, active, destroy); }
-    static Error interface_name(std::uint32_t ifindex, InterfaceName& name);
+    static Error interface_name(std::uint32_t ifindex, InterfaceName& name, Error missing = genErr);
 
-    // One configuration line: from global mode, in the mode that the line before entered, or from executive mode.
-    // Written `set.global("no shutdown")` or `set.global({"interface vlan%d", vid})`.
-    Error global(const char* text, int line = __builtin_LINE()) const {
-        return configure(kGlobalMode, text, caller, line);
+    // One configuration line. Written `set.global("no shutdown")` or `set.global({"interface vlan%d", vid})`.
+    Error line(Mode mode, const char* text, int line = __builtin_LINE()) const {
+        return configure(mode, text, caller, line);
     }
-    Error sub(const char* text, int line = __builtin_LINE()) const { return configure(kSubMode, text, caller, line); }
+    Error global(const char* text, int line = __builtin_LINE()) const { return this->line(kGlobalMode, text, line); }
+    Error sub(const char* text, int line = __builtin_LINE()) const { return this->line(kSubMode, text, line); }
     Error global(const Command& text, int line = __builtin_LINE()) const { return global(text.c_str(), line); }
     Error sub(const Command& text, int line = __builtin_LINE()) const { return sub(text.c_str(), line); }
     Error executive(const Command& text, int line = __builtin_LINE()) const {
-        return configure(kExecutiveMode, text.c_str(), caller, line);
+        return this->line(kExecutiveMode, text.c_str(), line);
     }
     // "interface <name>".
     Error enter(const InterfaceName& interface, int line = __builtin_LINE()) const;
@@ -95,13 +111,22 @@ public:
     // left it; false then.
     bool lookup(const Command& command, int magic, void* result, int size, int line = __builtin_LINE()) const;
 
-    // A writer as a whole: an INTEGER column of a table keyed by ifIndex, whose every value is one line in the
-    // interface's mode. The interface must have a name (genErr), the value a line (wrongValue).
-    struct Line {
-        std::int32_t value;
+    // Writers as a whole: an INTEGER whose every value is one line. A value without a line is wrongValue.
+
+    // Of a scalar, in global mode.
+    Error scalar_line(Lines lines, int line = __builtin_LINE()) const;
+    // Of a column whose row the line does not name.
+    template <class Key>
+    Error row_line(Mode mode, Lines lines, int line = __builtin_LINE()) const {
+        Key key;
         const char* text;
-    };
-    Error interface_line(const TableId& table, std::initializer_list<Line> lines, int line = __builtin_LINE()) const;
+        TRY(checked_value());
+        TRY(row(key));
+        TRY(choose(lines, text));
+        return acting() ? this->line(mode, text, line) : noError;
+    }
+    // Of a column of a table keyed by ifIndex, in the interface's mode; the interface must have a name.
+    Error interface_line(Lines lines, int line = __builtin_LINE()) const;
 
 private:
     template <class Number>
@@ -111,42 +136,16 @@ private:
         std::memcpy(&number, value, sizeof number);
         return noError;
     }
-    Error row(const TableId& table, const KeyShape& shape, void* key) const;
+    Error checked_value() const {
+        std::int32_t number;
+        return integer(number);
+    }
+    Error choose(Lines lines, const char*& text) const;
+    Error row(const KeyShape& shape, void* key) const;
+    Error text(char* buffer, std::size_t size) const;
 };
 
-// A text as a template argument.
-template <std::size_t size>
-struct FixedString {
-    char text[size];
-    constexpr FixedString(const char (&literal)[size]) { std::copy_n(literal, size, text); }
-};
-
-template <Error (*write)(Set&), FixedString caller>
-consteval Writer make_writer() {
-    return {[](int phase, unsigned char* value, unsigned char type, std::size_t length, unsigned char* state, oid* name,
-               std::size_t name_length) -> int {
-        Set set{phase, value, type, length, state, name, name_length, caller.text};
-        return write(set);
-    }};
-}
-#define WRITER(function) ::switchmib::make_writer<function, #function>()
-
-// A column that can be written as far as its checks, and is refused in ACTION. Its index is not parsed.
-inline constexpr int kAnyLength = -1;
-struct Refusal {
-    Asn type = Integer;
-    int length = 4;
-    const TableId* table = nullptr;  // whose columns the OID must reach; none for a scalar
-    std::int32_t low = INT_MIN;
-    std::int32_t high = INT_MAX;
-};
-Error refuse(const Refusal& refusal, const Set& set);
-
-template <Refusal refusal>
-requires(refusal.length == 4 || (refusal.low == INT_MIN && refusal.high == INT_MAX))  // only a number has a range
-    inline constexpr Writer refusing{[](int phase, unsigned char* value, unsigned char type, std::size_t length,
-                                        unsigned char* state, oid* name, std::size_t name_length) -> int {
-        return refuse(refusal, {phase, value, type, length, state, name, name_length, ""});
-    }};
+// A Refusal's write method; the value has to be of type `type`.
+Error refuse(const Refusal& refusal, Asn type, const Set& set);
 
 }  // namespace switchmib

@@ -3,16 +3,19 @@
 //
 // The two protocols are twins: what differs between them is said in Igmp and Mld, everything else once, in templates
 // over them. `name_of<P, "State">` is mgmdIgmpSnpState or mgmdMldSnpState.
+#define MODULE harrowMgmdSnoopingMIB
 #include "framework/address.h"
 #include "framework/ifindex.h"
+#include "framework/log.h"
 #include "framework/module.h"
+#include "framework/twins.h"
 #include "framework/write.h"
 
 #include <algorithm>
 
-namespace switchmib::harrowMgmdSnoopingMIB {
+namespace switchmib::MODULE {
 
-MODULE(harrowMgmdSnoopingMIB, kVendor, 10, 1, 100, 2, 7);
+MODULE_OID(kVendor, 10, 1, 100, 2, 7);
 
 // --- the protocols ---------------------------------------------------------------------------------------------------
 
@@ -22,9 +25,9 @@ struct Igmp {
     static constexpr const char* show = "igmp";
     static constexpr const char* config = "ip igmp snooping";
     static constexpr const char* no_address = "0.0.0.0";
-    static constexpr FixedString immediate_leave{" immediate-leave"};
-    static constexpr FixedString designate{"debugging igmp snooping snmp designate mrouter"};
-    static constexpr FixedString not_allowed{"debugging igmp snooping snmp not mrouter"};
+    static constexpr char immediate_leave[] = " immediate-leave";
+    static constexpr char designate[] = "debugging igmp snooping snmp designate mrouter";
+    static constexpr char not_allowed[] = "debugging igmp snooping snmp not mrouter";
     static constexpr const char* no_limit = "no limit filter";  // really without "ip igmp snooping"
 };
 
@@ -34,82 +37,35 @@ struct Mld {
     static constexpr const char* show = "mld";
     static constexpr const char* config = "ipv6 mld snooping";
     static constexpr const char* no_address = "0:0:0:0:0:0:0:0";
-    static constexpr FixedString immediate_leave{" fast-leave"};
-    static constexpr FixedString designate{"debugging mld snooping snmp mrouter"};
-    static constexpr FixedString not_allowed{"debugging mld snooping snmp mrouter forbidden"};
+    static constexpr char immediate_leave[] = " fast-leave";
+    static constexpr char designate[] = "debugging mld snooping snmp mrouter";
+    static constexpr char not_allowed[] = "debugging mld snooping snmp mrouter forbidden";
     static constexpr const char* no_limit = "no ipv6 mld snooping limit";
 };
 
-template <std::size_t front, std::size_t back>
-consteval FixedString<front + back - 1> operator+(const FixedString<front>& a, const FixedString<back>& b) {
-    char text[front + back - 1] = {};
-    std::copy_n(a.text, front - 1, text);
-    std::copy_n(b.text, back, text + front - 1);
-    return text;
-}
-
-template <class P, FixedString suffix>
-constexpr auto full_name = P::prefix + suffix;
-template <class P, FixedString suffix>
-constexpr const char* name_of = full_name<P, suffix>.text;
-
-// A writable column and its write method, which calls itself write_mgmdIgmpSnpState.
-template <class P, FixedString suffix, Error (*write)(Set&)>
-constexpr Column writable(oid column, Asn type) {
-    return {column, name_of<P, suffix>, type, ReadWrite,
-            make_writer<write, FixedString("write_") + full_name<P, suffix>>()};
-}
-
-// Exports the OIDs of two tables, MGMDIGMPSNPTABLE_oid and MGMDMLDSNPTABLE_oid; SNPTABLE<P> is one of them.
-#define TWIN_TABLES(TABLE_NAME, arc)                                        \
-    TABLE(harrowMgmdSnoopingMIB, MGMDIGMP##TABLE_NAME, Igmp::type, arc, 1); \
-    TABLE(harrowMgmdSnoopingMIB, MGMDMLD##TABLE_NAME, Mld::type, arc, 1);   \
-    template <class P>                                                      \
-    constexpr TableId TABLE_NAME = P::type == Igmp::type ? MGMDIGMP##TABLE_NAME : MGMDMLD##TABLE_NAME
+// The OIDs of two tables, MGMDIGMPSNPTABLE_oid and MGMDMLDSNPTABLE_oid; SNPTABLE<P> is one of them.
+#define TWIN_TABLES(Name, NAME, arc)                                 \
+    TABLE(mgmdIgmpSnp##Name, MGMDIGMPSNP##NAME, Igmp::type, arc, 1); \
+    TABLE(mgmdMldSnp##Name, MGMDMLDSNP##NAME, Mld::type, arc, 1);    \
+    template <class P>                                               \
+    constexpr TableId SNP##NAME = P::type == Igmp::type ? MGMDIGMPSNP##NAME : MGMDMLDSNP##NAME
 
 // The result buffer that two tables share. The backend puts numbers into it.
-constexpr int kResultSize = 400;
-#define TWIN_RESULT(buffer)                             \
-    SWITCHMIB_EXPORT unsigned char buffer[kResultSize]; \
-    alignas(std::uint32_t) constinit unsigned char buffer[kResultSize] = {}
+#define TWIN_RESULT(buffer) RESULT_BUFFER(buffer, 400)
 
 // --- the log ---------------------------------------------------------------------------------------------------------
-// Every step of a read and a write is traced. `$` separates the fields; the source line is one of them.
 
-#define LOG_TRACE(...) anprintf(62, 0, 101, 0, __VA_ARGS__)
-#define LOG_ERROR(...) anprintf(62, 0, 104, 0, __VA_ARGS__)
-
-// Ends the writer with the error of a step that failed, and logs it. Which refusals are logged, and how, differs from
-// writer to writer; log filters know them so.
-#define TRY_LOGGED(step, text)                                  \
-    do {                                                        \
-        if (const Error failed_ = (step); failed_ != noError) { \
-            LOG_ERROR(text "$%s$%d\n", set.caller, __LINE__);   \
-            return failed_;                                     \
-        }                                                       \
-    } while (false)
-
-template <class P, FixedString table>
-void log_bad_index(const Read&, int) {
-    LOG_ERROR("MGMD$SNPMIB-ERR$ret < 0$%s$%d\n", name_of<P, table>, __LINE__);
+void log_bad_index(const Read&, const char* table, int) {
+    LOG_ERROR("MGMD$SNPMIB-ERR$ret < 0$%s$%d\n", table, __LINE__);
 }
 
-Command traced(const Read& read, const char* table, const Command& command, int line = __builtin_LINE()) {
-    LOG_TRACE("MGMD$SNPMIB$%s %d cmd : %s m:%d\n", table, line, command.c_str(), read.entry->magic);
-    return command;
+void trace_command(const Read& read, const char* table, const Command& command) {
+    LOG_TRACE("MGMD$SNPMIB$%s %d cmd : %s m:%d\n", table, __LINE__, command.c_str(), read.entry->magic);
 }
 
 // The same with a capital M, in the access groups and statistics.
-Command traced_upper(const Read& read, const char* table, const Command& command, int line = __builtin_LINE()) {
-    LOG_TRACE("MGMD$SNPMIB$%s %d cmd : %s M:%d\n", table, line, command.c_str(), read.entry->magic);
-    return command;
-}
-
-// The line that enters an interface. The lookup may fail: the backend then refuses the empty name.
-Command enter_line(std::uint32_t ifindex) {
-    InterfaceName name;
-    Set::interface_name(ifindex, name);
-    return {"interface %s", name.text};
+void trace_command_upper(const Read& read, const char* table, const Command& command) {
+    LOG_TRACE("MGMD$SNPMIB$%s %d cmd : %s M:%d\n", table, __LINE__, command.c_str(), read.entry->magic);
 }
 
 void trace_line(const Set& set, const Command& text, int line = __builtin_LINE()) {
@@ -121,21 +77,13 @@ void trace_port_line(const Set& set, const Command& text, int line = __builtin_L
     LOG_TRACE("MGMD$SNPMIB$%s$%s$%d\n", text.c_str(), set.caller, line);
 }
 
-// An address as show commands have it: `text`, or what stands for one that is none.
-template <class P>
-const char* address_word(const InetAddress& address, AddressText& text) {
-    if (!to_text(address, text)) return " ";
-    return address.type == kNoAddress ? P::no_address : text.text;
-}
-
 // --- scalars ---------------------------------------------------------------------------------------------------------
 
 // Registered, but neither read nor written: snooping is switched per VLAN.
 constexpr Scalars harrowMgmdSnoopingMIBGlobals{
     .name = "harrowMgmdSnoopingMIBGlobals",
-    // A trace in spite of its text.
     .unmatched =
-        [](const Read&) { LOG_TRACE("MGMD$SNPMIB-ERR$return NULL$%s$%d\n", "harrowMgmdSnoopingMIBGlobals", __LINE__); },
+        [](const Read&) { LOG_ERROR("MGMD$SNPMIB-ERR$return NULL$%s$%d\n", "harrowMgmdSnoopingMIBGlobals", __LINE__); },
     .scalars =
         {
             {{Igmp::type, 1}, name_of<Igmp, "Global">, Integer, ReadWrite, never},
@@ -145,7 +93,7 @@ constexpr Scalars harrowMgmdSnoopingMIBGlobals{
 
 // --- VLANs: mgmdIgmpSnpTable, mgmdMldSnpTable ------------------------------------------------------------------------
 
-TWIN_TABLES(SNPTABLE, 2);
+TWIN_TABLES(Table, TABLE, 2);
 TWIN_RESULT(RETVALUE_mgmdSnpTable);
 
 struct SnoopedVlanKey {
@@ -155,13 +103,16 @@ struct SnoopedVlanKey {
 };
 static_assert(sizeof(SnoopedVlanKey) == 8);
 
+// What is turned on and off, as lines have it after the protocol's words; immediate leave differs.
+constexpr char kSnooping[] = "", kQuerier[] = " querier", kHostBasedLeave[] = " host-based fast-leave";
+
 // Turns on (1) or off (2) what `feature` names, once type and length are checked.
 template <class P>
 Error write_switch(const Set& set, const char* feature) {
     constexpr std::int32_t kOn = 1, kOff = 2;
     std::int32_t state;
     SnoopedVlanKey row;
-    TRY_LOGGED(set.row(SNPTABLE<P>, row), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
+    TRY_LOGGED(set.row(row), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
     LOG_TRACE("MGMD$SNPMIB$%d$%s$%d\n", row.idx, set.caller, __LINE__);
     TRY(set.integer(state));
     const Command interface = enter_line(row.idx);
@@ -174,19 +125,19 @@ Error write_switch(const Set& set, const char* feature) {
     return set.sub(line);
 }
 
-template <class P, FixedString feature>
+template <class P, const auto& feature>
 Error write_state(Set& set) {
     TRY_LOGGED(set.type(Integer), "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGTYPE");
     TRY_LOGGED(set.length(4), "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGLENGTH");
-    return write_switch<P>(set, feature.text);
+    return write_switch<P>(set, feature);
 }
 
 // Both protocols log these texts.
-template <class P, FixedString feature>
+template <class P, const auto& feature>
 Error write_leave(Set& set) {
     TRY_LOGGED(set.type(Integer), "IGMP$SNPMIB-ERR$SNMP_ERR_WRONGTYPE");
     TRY_LOGGED(set.length(4), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
-    return write_switch<P>(set, feature.text);
+    return write_switch<P>(set, feature);
 }
 
 // No version can be set: 0 alone is taken, as an Unsigned32 though the column is an INTEGER, and what is sent is the
@@ -196,7 +147,7 @@ Error write_minimum_version(Set& set) {
     std::uint32_t version;
     SnoopedVlanKey row;
     TRY(set.unsigned32(version));
-    TRY(set.row(SNPTABLE<P>, row));
+    TRY(set.row(row));
     if (version != 0) return wrongValue;
     const Command interface = enter_line(row.idx);
     trace_line(set, interface);
@@ -207,35 +158,35 @@ Error write_minimum_version(Set& set) {
 
 template <class P>
 constexpr Table<SnoopedVlanKey> snp_table{
-    .name = name_of<P, "Table">,
     .id = SNPTABLE<P>,
     .command =
         [](SnoopedVlanKey& row, const Read& read) {
-            constexpr const char* kTable = name_of<P, "Table">;
+            constexpr const char* kTable = SNPTABLE<P>.name;
             LOG_TRACE("MGMD$SNPMIB$%s %d index:%d vp->magic:%d\n", kTable, __LINE__, row.idx, read.entry->magic);
             row.qr_type = P::type;
-            const Command command("show debugging %s snooping snmp interface %d %d", P::show, row.idx, row.qr_type);
-            LOG_TRACE("MGMD$SNPMIB$%s %d cmd : %s \n", kTable, __LINE__, command.c_str());
-            return command;
+            return Command("show debugging %s snooping snmp interface %d %d", P::show, row.idx, row.qr_type);
         },
-    .traces = true,
-    .bad_index = log_bad_index<P, "Table">,
-    .result = {RETVALUE_mgmdSnpTable, kResultSize},
+    .formed =
+        [](const Read&, const char* table, const Command& command) {
+            LOG_TRACE("MGMD$SNPMIB$%s %d cmd : %s \n", table, __LINE__, command.c_str());
+        },
+    .bad_index = log_bad_index,
+    .result = RETVALUE_mgmdSnpTable,
     .columns =
         {
             {1, name_of<P, "IfIndex">, Integer, ReadOnly, never},
-            writable<P, "State", write_state<P, "">>(2, Integer),
-            writable<P, "QuerierState", write_state<P, " querier">>(3, Integer),
+            {2, name_of<P, "State">, Integer, ReadWrite, SHARED(write_state<P, kSnooping>)},
+            {3, name_of<P, "QuerierState">, Integer, ReadWrite, SHARED(write_state<P, kQuerier>)},
             {4, name_of<P, "Column4">, Integer, ReadOnly},  // whatever the backend means by it
-            writable<P, "ImmediateLeave", write_leave<P, P::immediate_leave>>(5, Integer),
-            writable<P, "MinimumVersion", write_minimum_version<P>>(6, Integer),
-            writable<P, "HostBaseFastLeave", write_leave<P, " host-based fast-leave">>(7, Integer),
+            {5, name_of<P, "ImmediateLeave">, Integer, ReadWrite, SHARED(write_leave<P, P::immediate_leave>)},
+            {6, name_of<P, "MinimumVersion">, Integer, ReadWrite, SHARED(write_minimum_version<P>)},
+            {7, name_of<P, "HostBaseFastLeave">, Integer, ReadWrite, SHARED(write_leave<P, kHostBasedLeave>)},
         },
 };
 
 // --- groups: mgmdIgmpSnpGroupTable, mgmdMldSnpGroupTable -------------------------------------------------------------
 
-TWIN_TABLES(SNPGROUPTABLE, 3);
+TWIN_TABLES(GroupTable, GROUPTABLE, 3);
 TWIN_RESULT(RETVALUE_mgmdSnpGroupTable);
 
 struct GroupKey {
@@ -251,7 +202,7 @@ template <class P>
 Error write_static(const Set& set, std::int32_t status, std::uint32_t port_ifindex, std::uint32_t vlan_ifindex,
                    const Text<128>& group) {
     InterfaceName port;
-    Set::interface_name(port_ifindex, port);
+    static_cast<void>(Set::interface_name(port_ifindex, port));
     const Command interface = enter_line(vlan_ifindex);
     TRY(set.row_status(status));
     if (!set.acting() || (status != createAndGo && status != destroy)) return noError;
@@ -269,7 +220,7 @@ Error write_group_status(Set& set) {
     GroupKey row;
     AddressText group;
     TRY(set.integer(status));
-    TRY(set.row(SNPGROUPTABLE<P>, row));
+    TRY(set.row(row));
     if (!to_text(row.group, group)) return noSuchName;
     LOG_TRACE("MGMD$SNPMIB$%s:%d idx:%d v_idx:%d g:%s\n", set.caller, __LINE__, row.idx, row.v_idx, group.text);
     return write_static<P>(set, status, row.idx, row.v_idx, {"%s", group.text});
@@ -277,30 +228,28 @@ Error write_group_status(Set& set) {
 
 template <class P>
 constexpr Table<GroupKey> group_table{
-    .name = name_of<P, "GroupTable">,
     .id = SNPGROUPTABLE<P>,
     .command =
-        [](GroupKey& row, const Read& read) {
-            constexpr const char* kTable = name_of<P, "GroupTable">;
+        [](GroupKey& row, const Read&) {
+            constexpr const char* kTable = SNPGROUPTABLE<P>.name;
             AddressText text;
-            const char* group = address_word<P>(row.group, text);
+            const char* group = address_word(row.group, text, P::no_address);
             LOG_TRACE("MGMD$SNPMIB$%s %d %d v:%d type:%d %s\n", kTable, __LINE__, row.idx, row.v_idx, row.group.type,
                       group);
             row.group.type = P::type;
-            return traced(
-                read, kTable,
-                {"show debugging %s snooping snmp group %d %d %d %s", P::show, row.idx, row.v_idx, P::type, group});
+            return Command("show debugging %s snooping snmp group %d %d %d %s", P::show, row.idx, row.v_idx, P::type,
+                           group);
         },
-    .traces = true,
-    .bad_index = log_bad_index<P, "GroupTable">,
-    .result = {RETVALUE_mgmdSnpGroupTable, kResultSize},
+    .formed = trace_command,
+    .bad_index = log_bad_index,
+    .result = RETVALUE_mgmdSnpGroupTable,
     .columns =
         {
             {1, name_of<P, "GroupIfIndex">, Integer, ReadOnly, never},
             {2, name_of<P, "GroupVlanIfIndex">, Integer, ReadOnly, never},
             {3, name_of<P, "GroupAddressType">, Integer, ReadOnly, never},
             {4, name_of<P, "GroupAddress">, OctetString, ReadOnly, never},
-            writable<P, "GroupStatus", write_group_status<P>>(5, Integer),
+            {5, name_of<P, "GroupStatus">, Integer, ReadWrite, SHARED(write_group_status<P>)},
             {6, name_of<P, "GroupColumn6">, Integer, ReadOnly},
             {7, name_of<P, "GroupUpTime">, TimeTicks, ReadOnly},
             {8, name_of<P, "GroupExpiryTime">, TimeTicks, ReadOnly},
@@ -312,7 +261,7 @@ constexpr Table<GroupKey> group_table{
 
 // --- sources of groups: mgmdIgmpSnpGroupSrcTable, mgmdMldSnpGroupSrcTable --------------------------------------------
 
-TWIN_TABLES(SNPGROUPSRCTABLE, 4);
+TWIN_TABLES(GroupSrcTable, GROUPSRCTABLE, 4);
 TWIN_RESULT(RETVALUE_mgmdSnpGroupSrcTable);
 
 struct SourceKey {
@@ -330,7 +279,7 @@ Error write_source_status(Set& set) {
     SourceKey row;
     AddressText group, source;
     TRY(set.integer(status));
-    TRY(set.row(SNPGROUPSRCTABLE<P>, row));
+    TRY(set.row(row));
     if (!to_text(row.group, group) || !to_text(row.source, source)) return noSuchName;
     LOG_TRACE("MGMD$SNPMIB$%s:%d idx:%d v_idx:%d g:%s s:%s\n", set.caller, __LINE__, row.idx, row.v_idx, group.text,
               source.text);
@@ -339,29 +288,27 @@ Error write_source_status(Set& set) {
 
 template <class P>
 constexpr Table<SourceKey> source_table{
-    .name = name_of<P, "GroupSrcTable">,
     .id = SNPGROUPSRCTABLE<P>,
     .command =
         [](SourceKey& row, const Read& read) {
-            constexpr const char* kTable = name_of<P, "GroupSrcTable">;
+            constexpr const char* kTable = SNPGROUPSRCTABLE<P>.name;
             AddressText group_text, source_text;
-            const char* group = address_word<P>(row.group, group_text);
-            const char* source = address_word<P>(row.source, source_text);
+            const char* group = address_word(row.group, group_text, P::no_address);
+            const char* source = address_word(row.source, source_text, P::no_address);
             LOG_TRACE("MGMD$SNPMIB$type :%d adr:%s idx:%d src:%s magic:%d$%s$%d\n", row.group.type, group, row.idx,
                       source, read.entry->magic, kTable, __LINE__);
             row.group.type = P::type;  // the source's stays
             // "snp", unlike the other tables.
-            return traced(read, kTable,
-                          {"show debugging %s snp snmp source %d %d %d %s %s", P::show, row.idx, row.v_idx, P::type,
-                           group, source});
+            return Command("show debugging %s snp snmp source %d %d %d %s %s", P::show, row.idx, row.v_idx, P::type,
+                           group, source);
         },
-    .traces = true,
-    .bad_index = log_bad_index<P, "GroupSrcTable">,
-    .result = {RETVALUE_mgmdSnpGroupSrcTable, kResultSize},
+    .formed = trace_command,
+    .bad_index = log_bad_index,
+    .result = RETVALUE_mgmdSnpGroupSrcTable,
     .columns =
         {
             {1, name_of<P, "GroupSrcAddress">, OctetString, ReadOnly, never},
-            writable<P, "GroupSrcStatus", write_source_status<P>>(2, Integer),
+            {2, name_of<P, "GroupSrcStatus">, Integer, ReadWrite, SHARED(write_source_status<P>)},
             {3, name_of<P, "GroupSrcUpTime">, TimeTicks, ReadOnly},
             {4, name_of<P, "GroupSrcExpiryTime">, TimeTicks, ReadOnly},
             {5, name_of<P, "GroupSrcColumn5">, Integer, ReadOnly},
@@ -370,7 +317,7 @@ constexpr Table<SourceKey> source_table{
 
 // --- router ports: mgmdIgmpSnpMrouterTable, mgmdMldSnpMrouterTable ---------------------------------------------------
 
-TWIN_TABLES(SNPMROUTERTABLE, 5);
+TWIN_TABLES(MrouterTable, MROUTERTABLE, 5);
 TWIN_RESULT(RETVALUE_mgmdSnpMrouterTable);
 
 struct RouterKey {
@@ -381,15 +328,15 @@ struct RouterKey {
 static_assert(sizeof(RouterKey) == 8);
 
 // Sends a port list as three decimal numbers, its octets in little-endian words.
-template <class P, FixedString words>
+template <class P, const auto& words>
 Error write_router_ports(Set& set) {
     constexpr int kWords = 3;
     unsigned char octets[4 * kWords] = {};
     RouterKey row;
     TRY_LOGGED(set.type(OctetString), "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGTYPE");
-    TRY_LOGGED(set.row(SNPMROUTERTABLE<P>, row), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
+    TRY_LOGGED(set.row(row), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
     LOG_TRACE("MGMD$SNPMIB$key.idx:%d qr_type:%d$%s$%d\n", row.idx, row.qr_type, set.caller, __LINE__);
-    std::copy_n(set.value, std::min(set.length_given, sizeof octets), octets);  // a longer list is cut
+    set.copy(octets, sizeof octets);  // a longer list is cut
     const Command interface = enter_line(row.idx);
     trace_line(set, interface);
     if (!set.acting()) return noError;
@@ -402,36 +349,34 @@ Error write_router_ports(Set& set) {
         numbers[i] = {" %d", static_cast<std::int32_t>(word)};
         LOG_TRACE("MGMD$SNPMIB$ %s$%s$%d\n", numbers[i].c_str(), set.caller, __LINE__);
     }
-    // Two blanks behind the ifIndex.
-    const Command line("%s %d %s%s%s", words.text, row.idx, numbers[0].c_str(), numbers[1].c_str(), numbers[2].c_str());
+    // Two blanks after the ifIndex.
+    const Command line("%s %d %s%s%s", words, row.idx, numbers[0].c_str(), numbers[1].c_str(), numbers[2].c_str());
     trace_line(set, line);
     return set.sub(line);
 }
 
 template <class P>
 constexpr Table<RouterKey> router_table{
-    .name = name_of<P, "MrouterTable">,
     .id = SNPMROUTERTABLE<P>,
     .command =
         [](RouterKey& row, const Read& read) {
-            constexpr const char* kTable = name_of<P, "MrouterTable">;
+            constexpr const char* kTable = SNPMROUTERTABLE<P>.name;
             LOG_TRACE("MGMD$SNPMIB$%s %d index:%d type:%d vp->magic:%d\n", kTable, __LINE__, row.idx, row.qr_type,
                       read.entry->magic);
             row.qr_type = P::type;
-            const Command command("show debugging %s snooping snmp mrouter %d %d", P::show, row.idx, row.qr_type);
-            LOG_TRACE("MGMD$SNPMIB$cmd:%s$%s$%d\n", command.c_str(), kTable, __LINE__);
-            return command;
+            return Command("show debugging %s snooping snmp mrouter %d %d", P::show, row.idx, row.qr_type);
         },
-    .traces = true,
-    .bad_index = log_bad_index<P, "MrouterTable">,
-    .result = {RETVALUE_mgmdSnpMrouterTable, kResultSize},
+    .formed = [](const Read&, const char* table,
+                 const Command& command) { LOG_TRACE("MGMD$SNPMIB$cmd:%s$%s$%d\n", command.c_str(), table, __LINE__); },
+    .bad_index = log_bad_index,
+    .result = RETVALUE_mgmdSnpMrouterTable,
     .columns =
         {
             {1, name_of<P, "MrouterIfIndex">, Integer, ReadOnly, never},
             {2, name_of<P, "MrouterType">, Integer, ReadOnly, never},
-            writable<P, "MrouterDesignate", write_router_ports<P, P::designate>>(3, OctetString),
+            {3, name_of<P, "MrouterDesignate">, OctetString, ReadWrite, SHARED(write_router_ports<P, P::designate>)},
             {4, name_of<P, "MrouterLearned">, OctetString, ReadOnly},
-            writable<P, "MrouterNotAllowed", write_router_ports<P, P::not_allowed>>(5, OctetString),
+            {5, name_of<P, "MrouterNotAllowed">, OctetString, ReadWrite, SHARED(write_router_ports<P, P::not_allowed>)},
         },
 };
 
@@ -457,7 +402,7 @@ Command port_command(PortKey& row, const char* table, const char* words) {
 
 // --- limits: mgmdIgmpSnpFilterTable, mgmdMldSnpFilterTable -----------------------------------------------------------
 
-TWIN_TABLES(SNPFILTERTABLE, 6);
+TWIN_TABLES(FilterTable, FILTERTABLE, 6);
 TWIN_RESULT(RETVALUE_mgmdSnpFilterTable);
 
 template <class P>
@@ -468,12 +413,12 @@ Error write_limit(Set& set) {
     InterfaceName port;
     TRY_LOGGED(set.type(Unsigned32), "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGTYPE");
     TRY_LOGGED(set.length(4), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
-    TRY_LOGGED(set.column(SNPFILTERTABLE<P>), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
-    TRY(set.row(SNPFILTERTABLE<P>, row));  // not logged
+    TRY_LOGGED(set.column(), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
+    TRY(set.row(row));  // not logged
     TRY(set.unsigned32(limit));
     LOG_TRACE("MGMD$SNPMIB$%d type:%d$%s$%d\n", row.ifindex, row.type, set.caller, __LINE__);
     TRY_LOGGED(limit <= kMost ? noError : wrongValue, "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGVALUE");
-    Set::interface_name(row.ifindex, port);
+    static_cast<void>(Set::interface_name(row.ifindex, port));
     TRY_LOGGED(row.vid() != 0 ? noError : wrongValue, "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGVALUE");
     LOG_TRACE("MGMD$SNPMIB$%s v:%d %d$%s$%d\n", port.text, row.vid(), limit, set.caller, __LINE__);
     const Command interface("interface %s", port.text);
@@ -489,28 +434,27 @@ Error write_limit(Set& set) {
 
 template <class P>
 constexpr Table<PortKey> filter_table{
-    .name = name_of<P, "FilterTable">,
     .id = SNPFILTERTABLE<P>,
     .command =
-        [](PortKey& row, const Read& read) {
-            constexpr const char* kTable = name_of<P, "FilterTable">;
-            return traced(read, kTable, port_command<P>(row, kTable, "filter"));
+        [](PortKey& row, const Read&) {
+            constexpr const char* kTable = SNPFILTERTABLE<P>.name;
+            return port_command<P>(row, kTable, "filter");
         },
-    .traces = true,
-    .bad_index = log_bad_index<P, "FilterTable">,
-    .result = {RETVALUE_mgmdSnpFilterTable, kResultSize},
+    .formed = trace_command,
+    .bad_index = log_bad_index,
+    .result = RETVALUE_mgmdSnpFilterTable,
     .columns =
         {
             {1, name_of<P, "FilterIfIndex">, Integer, ReadOnly, never},
             {2, name_of<P, "FilterVlanIfIndex">, Integer, ReadOnly, never},
             {3, name_of<P, "FilterType">, Integer, ReadOnly, never},
-            writable<P, "FilterLimit", write_limit<P>>(4, Unsigned32),
+            {4, name_of<P, "FilterLimit">, Unsigned32, ReadWrite, SHARED(write_limit<P>)},
         },
 };
 
 // --- access groups: mgmdIgmpSnpAccGrpTable, mgmdMldSnpAccGrpTable ----------------------------------------------------
 
-TWIN_TABLES(SNPACCGRPTABLE, 7);
+TWIN_TABLES(AccGrpTable, ACCGRPTABLE, 7);
 TWIN_RESULT(RETVALUE_mgmdSnpAccGrpTable);
 
 // The name that was written last, and its row, for the status of the same row: one for both protocols, kept for good.
@@ -524,10 +468,11 @@ template <class P>
 Error write_access_group(Set& set) {
     PortKey row;
     TRY_LOGGED(set.type(OctetString), "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGTYPE");
-    TRY(set.row(SNPACCGRPTABLE<P>, row));
+    TRY(set.row(row));
+    AccessGroup given{row, {}};
+    TRY(set.text(given.name));  // a longer one is cut
     if (!set.acting()) return noError;
-    access_group = {row, {}};
-    std::copy_n(set.value, std::min(set.length_given, sizeof access_group.name - 1), access_group.name);  // or cut
+    access_group = given;
     LOG_TRACE("MGMD$SNPMIB$%s %d v:%d$%s$%d\n", access_group.name, row.ifindex, row.vlan_ifindex, set.caller, __LINE__);
     return noError;
 }
@@ -539,7 +484,7 @@ Error write_access_group_status(Set& set) {
     PortKey row;
     TRY_LOGGED(set.type(Integer), "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGTYPE");
     TRY_LOGGED(set.length(4), "MGMD$SNPMIB-ERR$SNMP_ERR_NOSUCHNAME");
-    TRY(set.row(SNPACCGRPTABLE<P>, row));
+    TRY(set.row(row));
     TRY(set.integer(status));
     TRY(set.row_status(status));
     if (!set.acting() || (status != createAndGo && status != destroy)) return noError;
@@ -557,29 +502,28 @@ Error write_access_group_status(Set& set) {
 
 template <class P>
 constexpr Table<PortKey> access_group_table{
-    .name = name_of<P, "AccGrpTable">,
     .id = SNPACCGRPTABLE<P>,
     .command =
-        [](PortKey& row, const Read& read) {
-            constexpr const char* kTable = name_of<P, "AccGrpTable">;
-            return traced_upper(read, kTable, port_command<P>(row, kTable, "access-group"));
+        [](PortKey& row, const Read&) {
+            constexpr const char* kTable = SNPACCGRPTABLE<P>.name;
+            return port_command<P>(row, kTable, "access-group");
         },
-    .traces = true,
-    .bad_index = log_bad_index<P, "AccGrpTable">,
-    .result = {RETVALUE_mgmdSnpAccGrpTable, kResultSize},
+    .formed = trace_command_upper,
+    .bad_index = log_bad_index,
+    .result = RETVALUE_mgmdSnpAccGrpTable,
     .columns =
         {
             {1, name_of<P, "AccGrpIfIndex">, Integer, ReadOnly, never},
             {2, name_of<P, "AccGrpVlanIfIndex">, Integer, ReadOnly, never},
             {3, name_of<P, "AccGrpType">, Integer, ReadOnly, never},
-            writable<P, "AccessGroup", write_access_group<P>>(4, OctetString),
-            writable<P, "AccGrpStatus", write_access_group_status<P>>(5, Integer),
+            {4, name_of<P, "AccessGroup">, OctetString, ReadWrite, SHARED(write_access_group<P>)},
+            {5, name_of<P, "AccGrpStatus">, Integer, ReadWrite, SHARED(write_access_group_status<P>)},
         },
 };
 
 // --- hosts: mgmdIgmpSnpHostTable, mgmdMldSnpHostTable ----------------------------------------------------------------
 
-TWIN_TABLES(SNPHOSTTABLE, 8);
+TWIN_TABLES(HostTable, HOSTTABLE, 8);
 TWIN_RESULT(RETVALUE_mgmdSnpHostTable);
 
 struct HostKey {
@@ -593,29 +537,25 @@ static_assert(sizeof(HostKey) == 64);
 
 template <class P>
 constexpr Table<HostKey> host_table{
-    .name = name_of<P, "HostTable">,
     .id = SNPHOSTTABLE<P>,
     .command =
-        [](HostKey& row, const Read& read) {
-            constexpr const char* kTable = name_of<P, "HostTable">;
+        [](HostKey& row, const Read&) {
+            constexpr const char* kTable = SNPHOSTTABLE<P>.name;
             AddressText group_text, host_text;
-            const char* group = address_word<P>(row.group, group_text);
-            const char* host = address_word<P>(row.host, host_text);
+            const char* group = address_word(row.group, group_text, P::no_address);
+            const char* host = address_word(row.host, host_text, P::no_address);
             LOG_TRACE("MGMD$SNPMIB$%s %d if:%d v:%d type:%d g:%s h:%s\n", kTable, __LINE__, row.ifindex, row.vlan,
                       row.group.type, group, host);
             row.group.type = P::type;  // the host's stays
             // The order of the columns, not of the key.
-            return traced(read, kTable,
-                          {"show debugging %s snooping snmp host %d %d %s %d %s", P::show, row.vlan, P::type, group,
-                           row.ifindex, host});
+            return Command("show debugging %s snooping snmp host %d %d %s %d %s", P::show, row.vlan, P::type, group,
+                           row.ifindex, host);
         },
     // Logged with its result, unlike in the other tables.
-    .traces = true,
-    .bad_index =
-        [](const Read&, int result) {
-            LOG_ERROR("MGMD$SNPMIB-ERR$ret:%d$%s$%d\n", result, name_of<P, "HostTable">, __LINE__);
-        },
-    .result = {RETVALUE_mgmdSnpHostTable, kResultSize},
+    .formed = trace_command,
+    .bad_index = [](const Read&, const char* table,
+                    int result) { LOG_ERROR("MGMD$SNPMIB-ERR$ret:%d$%s$%d\n", result, table, __LINE__); },
+    .result = RETVALUE_mgmdSnpHostTable,
     .columns =
         {
             {1, name_of<P, "HostVlan">, Integer, ReadOnly, never},
@@ -628,21 +568,20 @@ constexpr Table<HostKey> host_table{
 
 // --- statistics: mgmdIgmpSnpStatisticTable, mgmdMldSnpStatisticTable -------------------------------------------------
 
-TWIN_TABLES(SNPSTATISTICTABLE, 9);
+TWIN_TABLES(StatisticTable, STATISTICTABLE, 9);
 TWIN_RESULT(RETVALUE_mgmdSnpStatisticsTable);
 
 template <class P>
 constexpr Table<PortKey> statistic_table{
-    .name = name_of<P, "StatisticTable">,
     .id = SNPSTATISTICTABLE<P>,
     .command =
-        [](PortKey& row, const Read& read) {
-            constexpr const char* kTable = name_of<P, "StatisticTable">;
-            return traced_upper(read, kTable, port_command<P>(row, kTable, "statistics"));
+        [](PortKey& row, const Read&) {
+            constexpr const char* kTable = SNPSTATISTICTABLE<P>.name;
+            return port_command<P>(row, kTable, "statistics");
         },
-    .traces = true,
-    .bad_index = log_bad_index<P, "StatisticTable">,
-    .result = {RETVALUE_mgmdSnpStatisticsTable, kResultSize},
+    .formed = trace_command_upper,
+    .bad_index = log_bad_index,
+    .result = RETVALUE_mgmdSnpStatisticsTable,
     .columns =
         {
             {1, name_of<P, "StatisticIfIndex">, Integer, ReadOnly, never},
@@ -661,7 +600,7 @@ constexpr Table<PortKey> statistic_table{
 
 // --- statistics of groups: mgmdIgmpSnpStatisticGroupTable, mgmdMldSnpStatisticGroupTable -----------------------------
 
-TWIN_TABLES(SNPSTATISTICGROUPTABLE, 10);
+TWIN_TABLES(StatisticGroupTable, STATISTICGROUPTABLE, 10);
 TWIN_RESULT(RETVALUE_mgmdSnpStatisticsGroupTable);
 
 struct StatisticGroupKey {
@@ -673,22 +612,20 @@ static_assert(sizeof(StatisticGroupKey) == 32);
 
 template <class P>
 constexpr Table<StatisticGroupKey> statistic_group_table{
-    .name = name_of<P, "StatisticGroupTable">,
     .id = SNPSTATISTICGROUPTABLE<P>,
     .command =
-        [](StatisticGroupKey& row, const Read& read) {
-            constexpr const char* kTable = name_of<P, "StatisticGroupTable">;
+        [](StatisticGroupKey& row, const Read&) {
+            constexpr const char* kTable = SNPSTATISTICGROUPTABLE<P>.name;
             AddressText text;
-            const char* group = address_word<P>(row.group, text);
+            const char* group = address_word(row.group, text, P::no_address);
             LOG_TRACE("MGMD$SNPMIB$%s %d v:%d type:%d %s\n", kTable, __LINE__, row.vlan, row.group.type, group);
             row.group.type = P::type;
-            return traced(
-                read, kTable,
-                {"show debugging %s snooping snmp statistics group %d %d %s", P::show, row.vlan, P::type, group});
+            return Command("show debugging %s snooping snmp statistics group %d %d %s", P::show, row.vlan, P::type,
+                           group);
         },
-    .traces = true,
-    .bad_index = log_bad_index<P, "StatisticGroupTable">,
-    .result = {RETVALUE_mgmdSnpStatisticsGroupTable, kResultSize},
+    .formed = trace_command,
+    .bad_index = log_bad_index,
+    .result = RETVALUE_mgmdSnpStatisticsGroupTable,
     .columns =
         {
             {1, name_of<P, "StatisticGroupVlan">, Integer, ReadOnly, never},
@@ -698,11 +635,10 @@ constexpr Table<StatisticGroupKey> statistic_group_table{
         },
 };
 
-MODULE_INIT(harrowMgmdSnoopingMIB, harrowMgmdSnoopingMIB_snmp_init, "user/igmp/harrowMgmdSnoopingMIB_snmp", 116,
-            harrowMgmdSnoopingMIBGlobals, snp_table<Igmp>, group_table<Igmp>, source_table<Igmp>, router_table<Igmp>,
-            filter_table<Igmp>, access_group_table<Igmp>, host_table<Igmp>, statistic_table<Igmp>,
-            statistic_group_table<Igmp>, snp_table<Mld>, group_table<Mld>, source_table<Mld>, router_table<Mld>,
-            filter_table<Mld>, access_group_table<Mld>, host_table<Mld>, statistic_table<Mld>,
-            statistic_group_table<Mld>);
+MODULE_END(116, harrowMgmdSnoopingMIBGlobals, snp_table<Igmp>, group_table<Igmp>, source_table<Igmp>,
+           router_table<Igmp>, filter_table<Igmp>, access_group_table<Igmp>, host_table<Igmp>, statistic_table<Igmp>,
+           statistic_group_table<Igmp>, snp_table<Mld>, group_table<Mld>, source_table<Mld>, router_table<Mld>,
+           filter_table<Mld>, access_group_table<Mld>, host_table<Mld>, statistic_table<Mld>,
+           statistic_group_table<Mld>);
 
-}  // namespace switchmib::harrowMgmdSnoopingMIB
+}  // namespace switchmib::MODULE

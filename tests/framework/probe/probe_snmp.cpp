@@ -1,13 +1,14 @@
 // A module with a table for each thing that the framework can do, so that its steps are tested apart from what the
 // switch's own modules happen to use.
+#define MODULE probe
 #include "framework/module.h"
 #include "framework/write.h"
 
 #include <cstring>
 
-namespace switchmib::probe {
+namespace switchmib::MODULE {
 
-MODULE(probe, kVendor, 99, 1);
+MODULE_OID(kVendor, 99, 1);
 
 unsigned char own_result[12];
 
@@ -21,12 +22,12 @@ unsigned char* seven(const Read& read) {
 constexpr Scalars probeGlobals{
     .name = "probeGlobals",
     .text = "show probe",
-    .result = {own_result, sizeof own_result},
+    .result = own_result,
     .scalars =
         {
             {{1, 1}, "probeShown", Integer, ReadOnly},
             {{1, 2}, "probeOwnText", Integer, ReadOnly, shows("show probe two")},
-            {{1, 3}, "probeNever", Integer, ReadWrite, refusing<Refusal{}>, never},
+            {{1, 3}, "probeNever", Integer, ReadWrite, refuses(), never},
             {{1, 4}, "probeComputed", Integer, ReadOnly, cleared, computes(seven)},
         },
 };
@@ -38,21 +39,21 @@ constexpr Scalars probeFormedGlobals{
 };
 
 // One table for each index kind, and a text key that shows the bytes of the field.
-#define KIND_TABLE(TABLE_NAME, Key, number, command_of_key)                                                           \
-    TABLE(probe, TABLE_NAME, 2, number, 1);                                                                           \
-    constexpr Table<Key> Key##Table {                                                                                 \
-        .name = #Key, .id = TABLE_NAME, .command = command_of_key, .columns = {{1, #Key "Value", Integer, ReadOnly}}, \
+#define KIND_TABLE(TABLE_NAME, Key, number, command_of_key)                                             \
+    TABLE(Key, TABLE_NAME, 2, number, 1);                                                               \
+    constexpr Table<Key> Key##Table {                                                                   \
+        .id = TABLE_NAME, .command = command_of_key, .columns = {{1, #Key "Value", Integer, ReadOnly}}, \
     }
 
 struct Two {
     std::uint32_t first;
     std::uint32_t second;
-    std::uint32_t behind;  // part of the backend's key, not of the index
+    std::uint32_t after;  // part of the backend's key, not of the index
     static constexpr Kind index[] = {Kind::integer, Kind::integer};
 };
 struct MacAfterInteger {
     std::uint32_t vlan;
-    unsigned char mac[6];
+    Mac mac;
     static constexpr Kind index[] = {Kind::integer, Kind::mac};
 };
 struct Texts {
@@ -77,20 +78,21 @@ struct Pair {
 };
 struct Stream {
     std::uint32_t first;
-    unsigned char id[8];
+    Octets<8> id;
     std::uint32_t last;
     static constexpr Kind index[] = {Kind::integer, Kind::fixed_string(8), Kind::integer};
 };
 struct Protocol {
     std::uint32_t frame_type;
-    unsigned char value[2];
+    Octets<2> value;
     static constexpr Kind index[] = {Kind::integer, Kind::counted_string(2)};
 };
 
 KIND_TABLE(PROBETWOTABLE, Two, 1,
-           [](const Two& key) { return Command("two %u %u %u", key.first, key.second, key.behind); });
-KIND_TABLE(PROBEMACTABLE, MacAfterInteger, 2,
-           [](const MacAfterInteger& key) { return Command("mac %u %02x%02x", key.vlan, key.mac[0], key.mac[5]); });
+           [](const Two& key) { return Command("two %u %u %u", key.first, key.second, key.after); });
+KIND_TABLE(PROBEMACTABLE, MacAfterInteger, 2, [](const MacAfterInteger& key) {
+    return Command("mac %u %02x%02x", key.vlan, key.mac.octets[0], key.mac.octets[5]);
+});
 KIND_TABLE(PROBETEXTTABLE, Texts, 3, [](const Texts& key) {
     return Command("text %u %.64s %u", key.text.type, key.text.text, key.text.prefix_length);
 });
@@ -107,10 +109,10 @@ KIND_TABLE(PROBEPAIRTABLE, Pair, 6, [](const Pair& key) {
                    key.source.octets[3]);
 });
 KIND_TABLE(PROBESTREAMTABLE, Stream, 7, [](const Stream& key) {
-    return Command("stream %u %02x%02x %u", key.first, key.id[0], key.id[7], key.last);
+    return Command("stream %u %02x%02x %u", key.first, key.id.octets[0], key.id.octets[7], key.last);
 });
 KIND_TABLE(PROBEPROTOCOLTABLE, Protocol, 8, [](const Protocol& key) {
-    return Command("protocol %u %02x%02x", key.frame_type, key.value[0], key.value[1]);
+    return Command("protocol %u %02x%02x", key.frame_type, key.value.octets[0], key.value.octets[1]);
 });
 
 // Everything at once: another request class, the index count, a row record, a row filter, a trace, refused commands.
@@ -124,32 +126,31 @@ struct Number {
     static constexpr Kind index[] = {Kind::integer};
 };
 
-TABLE(probe, PROBEODDTABLE, 3, 1);
+TABLE(probeOddTable, PROBEODDTABLE, 3, 1);
 
 Error write_probeOdd(Set& set) {
     std::uint32_t value;
     Number row;
     TRY(set.unsigned32(value));
-    TRY(set.row(PROBEODDTABLE, row));
+    TRY(set.row(row));
     if (!set.acting()) return noError;
     if (row.number == 4) return set.executive({"probe %u", row.number});
     return set.global({"odd %u %u", row.number, value});
 }
 
 constexpr Table<Number, Record> probeOddTable{
-    .name = "probeOddTable",
     .id = PROBEODDTABLE,
+    .accepts = [](Number& key, const Read&) { return key.number <= 100; },
     .command =
-        [](Number& key, const Read& read) {
+        [](Number& key, const Read&) {
             key.forced = 5;
-            anprintf(1, 0, 101, 0, "odd %d\n", read.entry->magic);
             return key.number == 13 ? Command(no_answer) : Command("odd %u %u", key.number, key.forced);
         },
-    .accepts = [](Number& key, const Read&) { return key.number <= 100; },
     .fill = [](const Number& key, Record& record) { record.number = key.number; },
     .take = [](const Record& record, Number& key) { key.number = record.number; },
-    .traces = true,
-    .bad_index = [](const Read&, int result) { anprintf(1, 0, 104, 0, "bad index %d\n", result); },
+    .formed = [](const Read& read, const char*,
+                 const Command&) { anprintf(1, 0, 101, 0, "odd %d\n", read.entry->magic); },
+    .bad_index = [](const Read&, const char*, int result) { anprintf(1, 0, 104, 0, "bad index %d\n", result); },
     .shown = [](const Read&, const Number& key,
                 bool answered) { anprintf(1, 0, 101, 0, "%s %u\n", answered ? "row" : "none", key.number); },
     .request_class = 16384,
@@ -164,7 +165,7 @@ constexpr Table<Number, Record> probeOddTable{
 };
 
 // A table that the library answers itself: rows 1 and 2.
-TABLE(probe, PROBECOMPUTEDTABLE, 4, 1);
+TABLE(probeComputedTable, PROBECOMPUTEDTABLE, 4, 1);
 
 struct Version {
     std::uint32_t version;
@@ -172,17 +173,15 @@ struct Version {
 };
 
 constexpr Table<Version> probeComputedTable{
-    .name = "probeComputedTable",
     .id = PROBECOMPUTEDTABLE,
-    .fetch = [](Version& key, const Read& read) -> unsigned char* {
+    .fetch = [](Version& key, const Read& read, const void*) -> unsigned char* {
         if (!read.exact) ++key.version;
         return key.version == 1 || key.version == 2 ? seven(read) : nullptr;
     },
     .columns = {{1, "probeComputedValue", Integer, ReadOnly}},
 };
 
-MODULE_INIT(probe, probe_snmp_init, "tests/framework/probe/probe_snmp", 18, probeGlobals, probeFormedGlobals, TwoTable,
-            MacAfterIntegerTable, TextsTable, PolicyTable, OnInterfaceTable, PairTable, StreamTable, ProtocolTable,
-            probeOddTable, probeComputedTable);
+MODULE_END(18, probeGlobals, probeFormedGlobals, TwoTable, MacAfterIntegerTable, TextsTable, PolicyTable,
+           OnInterfaceTable, PairTable, StreamTable, ProtocolTable, probeOddTable, probeComputedTable);
 
-}  // namespace switchmib::probe
+}  // namespace switchmib::MODULE
