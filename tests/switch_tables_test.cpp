@@ -561,7 +561,7 @@ TEST_F(SwitchTables, RefusedLinesSayWhyAndChangeNothing) {
         {"vrf context blue", nullptr, "no such VRF"},
         {"vrf context red", "ip route 10.0.0.0/8 0.0.0.0", "no host"},
         {"vrf context red", "no ip route 0.0.0.0/0 192.0.2.254", "no such static route"},
-        {"ip route 10.0.0.1/8 192.0.2.9", nullptr, "behind its prefix"},
+        {"ip route 10.0.0.1/8 192.0.2.9", nullptr, "after its prefix"},
         {"ip route 10.0.0.0/8 fe80::1", nullptr, "'fe80::1' does not fit"},
         {"ip route 10.0.0.0/8 192.0.2.9 256", nullptr, "'256' does not fit"},
         {"ip route 198.51.100.0/24 10.0.10.2", nullptr, "no static one"},
@@ -603,7 +603,7 @@ TEST_F(SwitchTables, RefusedLinesSayWhyAndChangeNothing) {
 
 class LargeTables : public SwitchTables {
 protected:
-    LargeTables() : large_{{[this] { return now_; }, {}, {4094, 10000, 10000}}} {}
+    LargeTables() : large_{{[this] { return now_; }, {}, {.vlans = 4094, .routes = 10000, .groups = 10000}}} {}
     std::size_t rows(const Asked& table, int magic) {
         std::size_t count = 0;
         Key key(table.key_size);

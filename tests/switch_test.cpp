@@ -58,10 +58,9 @@ TEST(TableStore, WalksEveryKindOfKeyInIndexOrder) {
         for (std::size_t i = sample.indexes.size(); i-- > 0;) rows[sample.indexes[i]] = static_cast<std::uint32_t>(i);
         TableStore store({});
         store.add({.name = "t",
-                   .keyed = "show",
+                   .show = "show",
                    .key = sample.layout,
-                   .rows = rows_of(rows, {{1, [](std::uint32_t row) { return number(row); }}}),
-                   .arguments = [](const Index&) { return Index(); }});
+                   .rows = rows_of(rows, {{1, "value", [](std::uint32_t row) { return row; }}})});
         Key key(sample.size);
         for (std::size_t i = 0; i < sample.indexes.size(); ++i) {
             EXPECT_EQ(as_number(show(store, "t", "show", 1, key, false)), i);
@@ -79,14 +78,12 @@ TEST(TableStore, LooksAtNoOtherRowsOfALargeTable) {
     std::uint32_t looked_at = 0;
     TableStore store({});
     store.add({.name = "fdb",
-               .keyed = "show",
-               .key = {{2}, {6}},
-               .rows = rows_of(rows, {{1,
-                                       [&](std::uint32_t row) {
+               .show = "show",
+               .key = {kInteger, kMac},
+               .rows = rows_of(rows, {{1, "value", [&](std::uint32_t row) {
                                            ++looked_at;
-                                           return number(row);
-                                       }}}),
-               .arguments = [](const Index&) { return Index(); }});
+                                           return row;
+                                       }}})});
     Key key(12);
     std::uint32_t visited = 0;
     while (show(store, "fdb", "show", 1, key, false)) ++visited;
@@ -98,16 +95,14 @@ class SmallStore : public testing::Test {
 protected:
     SmallStore() {
         store_.add({.name = "t",
-                    .first = "show t",
-                    .keyed = "show t {int}",
-                    .key = {{2}},
-                    .rows = rows_of(rows_, {{1, [](std::uint32_t row) { return number(row); }},
-                                            {2,
-                                             [](std::uint32_t row) -> std::optional<Value> {
+                    .show = "show t [{int}]",
+                    .rows = rows_of(rows_, {{1, "value", [](std::uint32_t row) { return row; }},
+                                            {2, "sparse",
+                                             [](std::uint32_t row) -> std::optional<std::uint32_t> {
                                                  if (row % 20 != 0) return {};
-                                                 return number(row);
+                                                 return row;
                                              }},
-                                            {3, [](std::uint32_t) { return Value(100, 'x'); }}})});
+                                            {3, "long", Value(100, 'x')}})});
     }
     std::optional<Value> ask(const std::string& name, const std::string& command, int magic, std::uint32_t index,
                              bool exact, std::size_t key_size = 4, int result_size = 64) {
@@ -132,8 +127,8 @@ TEST_F(SmallStore, AnswersFirstNextAndExactRows) {
     EXPECT_EQ(as_number(ask("t", "show t", 2, 0, false)), 20u);
     EXPECT_EQ(answered_, 2u);
     EXPECT_FALSE(ask("t", "show t 1", 2, 1, true));
-    // A row of index 0 can be asked for, but no walk could come past it.
-    EXPECT_EQ(as_number(ask("t", "show t", 1, 0, true)), 5u);
+    // No row has a clear key, which means the first row of a GETNEXT: no walk could come past it.
+    EXPECT_FALSE(ask("t", "show t", 1, 0, true));
     // No such row: nothing to complain of, and the key stays.
     EXPECT_FALSE(ask("t", "show t 9", 1, 9, true));
     EXPECT_FALSE(ask("t", "show t 4", 1, 4, false));
@@ -152,9 +147,9 @@ TEST_F(SmallStore, RefusesWhatDoesNotFitAndSaysWhy) {
     } cases[] = {
         {"u", "show t 1", 1, 1, 4, "no such table"},
         {"t", "show t 1", 9, 1, 4, "no such column"},
-        {"t", "show u 1", 1, 1, 4, "expected 'show t {int}'"},
-        {"t", "show t", 1, 1, 4, "expected 'show t {int}'"},
-        {"t", "show t 0", 1, 0, 4, "expected 'show t'"},
+        {"t", "show u 1", 1, 1, 4, "expected 'show t [{int}]'"},
+        {"t", "show t", 1, 1, 4, "its key names row 1"},
+        {"t", "show t 0", 1, 0, 4, "its key names row 0"},
         {"t", "show t 2", 1, 1, 4, "its key names row 1"},
         {"t", "show t 1", 1, 1, 8, "8 octets instead of 4"},
         {"t", "show t 1", 3, 1, 4, "100 octets, and there is room for 64"},
@@ -192,7 +187,7 @@ TEST(Pattern, FitsLinesFromEndToEnd) {
         {"size {64..128}", "size 99999999999999999999", {}},
         {"index {int}", "index -2147483648", {{"-2147483648"}}},
         {"index {int}", "index 4294967296", {}},
-        {"interface vlan{1..4094}", "interface vlan4094", {{"vlan4094"}}},
+        {"interface vlan{1..4094}", "interface vlan4094", {{"4094"}}},
         {"interface vlan{1..4094}", "interface vlan", {}},
         {"interface {word}", "interface", {}},
         {"ip route {ipv4/bits} {ipv4} [{0..255}]", "ip route  10.0.0.0/8  10.0.0.1 ", {{"10.0.0.0/8", "10.0.0.1", ""}}},
@@ -214,13 +209,13 @@ TEST(Pattern, FitsLinesFromEndToEnd) {
         ASSERT_EQ(match.whole, item.arguments.has_value()) << item.pattern << " / " << item.line;
         if (!match.whole) continue;
         std::vector<std::string> arguments;
-        for (const Argument& argument : match.arguments) arguments.push_back(argument.text);
+        for (const Argument& argument : match.arguments) arguments.emplace_back(argument.text);
         EXPECT_EQ(arguments, *item.arguments) << item.pattern << " / " << item.line;
     }
     EXPECT_EQ(Pattern("{int}").match("-1").arguments[0].number, 0xffffffff);
     using Ids = std::vector<std::uint32_t>;
-    EXPECT_EQ(Pattern("{address/bits}").match("10.0.0.255/24").arguments[0].address, (Ids{1, 4, 10, 0, 0, 255, 24}));
-    EXPECT_EQ(Pattern("{address}").match("fe80::1").arguments[0].address,
+    EXPECT_EQ(Pattern("{address/bits}").match("10.0.0.255/24").arguments[0].index(), (Ids{1, 4, 10, 0, 0, 255, 24}));
+    EXPECT_EQ(Pattern("{address}").match("fe80::1").arguments[0].index(),
               (Ids{2, 16, 0xfe, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}));
     for (const char* malformed :
          {"{text} more", "[copper", "copper]", "[a [b]", "[ a]", "{1..}", "{1..2", "{..}", "{ipv5}"})
@@ -296,9 +291,9 @@ TEST_F(Simulated, TablesAreWalkedOnceInOrderAndAgreeWithGet) {
             EXPECT_EQ(rows, table->rows);
         }
     EXPECT_EQ(log_, Log());
-    // Index 0 of the interface tables is their first row, even when it is asked for exactly; of others it is none.
-    EXPECT_EQ(integer(kIfTable, 1, 0), 1025);
-    EXPECT_EQ(*get(kIfXTable, 1, 0), "vlan1");
+    // Index 0 is the first row of a GETNEXT, and none of a GET.
+    EXPECT_FALSE(get(kIfTable, 1, 0));
+    EXPECT_FALSE(get(kIfXTable, 1, 0));
     EXPECT_FALSE(get(kPortTable, 1, 0));
     EXPECT_FALSE(get(kVlanTable, 1, 0));
     EXPECT_FALSE(get(kVlanTable, 1, 5121 - 1024));

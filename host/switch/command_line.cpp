@@ -2,44 +2,29 @@
 
 #include <fmt/format.h>
 
-#include <optional>
-
 namespace sw {
 namespace {
 
-constexpr int kGlobal = 5;
-constexpr int kEntered = -1;
-constexpr int kExecutive = 4;
-
-const char* name_of(Mode mode) {
-    switch (mode) {
-        case Mode::global: return "global";
-        case Mode::interface: return "interface";
-        case Mode::vlan: return "VLAN";
-        case Mode::vrf: return "VRF";
-        case Mode::executive: return "executive";
-        case Mode::none: break;
-    }
-    return "no";
-}
+constexpr int kFromGlobal = 5;
+constexpr int kInEntered = -1;
+constexpr int kInExecutive = 4;
+constexpr Entered kNothing{{"no"}};
 
 }  // namespace
 
-void CommandLine::add(Mode mode, const char* pattern, Handler handler) {
-    lines_.push_back({mode, Pattern(pattern), std::move(handler)});
+void CommandLine::add(Mode mode, std::string pattern, Handler handler) {
+    lines_.push_back({mode, Pattern(std::move(pattern)), std::move(handler)});
 }
 
 bool CommandLine::run(const services::ConfigRequest& request) {
     Outcome outcome;
     switch (request.mode) {
-        case kGlobal:
-            outcome = apply(Mode::global, request.command);
+        case kFromGlobal:
+            outcome = apply({kGlobal}, request.command);
             entered_ = outcome.enters;
             break;
-        case kEntered:
-            outcome = entered_ == Mode::none ? refused("no mode was entered for it") : apply(entered_, request.command);
-            break;
-        case kExecutive: outcome = apply(Mode::executive, request.command); break;
+        case kInEntered: outcome = apply(entered_.value_or(kNothing), request.command); break;
+        case kInExecutive: outcome = apply({kExecutive}, request.command); break;
         default: outcome = refused("there is no such mode");
     }
     if (outcome.is_accepted()) return true;
@@ -49,21 +34,27 @@ bool CommandLine::run(const services::ConfigRequest& request) {
     return false;
 }
 
-Outcome CommandLine::apply(Mode mode, std::string_view command) const {
+Outcome CommandLine::apply(const Entered& entered, std::string_view command) const {
     if (has_control_character(command)) return refused("it has a control character");
+    const Line* fitting = nullptr;
+    Arguments arguments;
     // Where no pattern fits, the one that comes closest says what would.
     const Line* closest = nullptr;
     Pattern::Match best;
     for (const Line& line : lines_) {
-        if (line.mode != mode) continue;
+        if (line.mode != entered.mode && (line.mode != kAny || entered.mode == kExecutive)) continue;
         Pattern::Match match = line.pattern.match(command);
-        if (match.whole) return line.handler(match.arguments);
-        if (match.fitted > best.fitted) {
+        if (match.whole && (fitting == nullptr || (fitting->pattern.is_loose() && !line.pattern.is_loose()))) {
+            fitting = &line;
+            arguments = std::move(match.arguments);
+        } else if (match.fitted > best.fitted) {
             best = std::move(match);
             closest = &line;
         }
     }
-    if (closest == nullptr) return refused(fmt::format("unknown in {} mode", name_of(mode)));
+    if (fitting != nullptr) return fitting->handler(entered, arguments);
+    if (entered.mode == kNothing.mode) return refused("no mode was entered for it");
+    if (closest == nullptr) return refused(fmt::format("unknown in {} mode", entered.mode.name));
     return refused(fmt::format(
         "{}, expected '{}'", best.misfit.empty() ? "it ends too early" : fmt::format("'{}' does not fit", best.misfit),
         closest->pattern.text()));

@@ -1,6 +1,7 @@
-// The words of command lines: patterns that lines are matched against, and what stands in their places.
+// The words of command lines: patterns that lines are matched against, and what a line has in their places.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -9,14 +10,22 @@
 
 namespace sw {
 
+enum class PlaceType { literal, choice, number, octets, address, prefix, word, text };
+
 // What a line has in one place of its pattern.
 struct Argument {
-    std::string text;          // empty where an optional word is absent
-    std::uint32_t number = 0;  // of a number place; a negative one as two's complement
-    // Of an address: its type (1 IPv4, 2 IPv6), its length and its octets, of a prefix its bits behind them: the
-    // sub-identifiers that it is in an index. Empty where it is absent.
-    std::vector<std::uint32_t> address;
-    bool is_number = false;
+    PlaceType type = PlaceType::literal;
+    bool present = false;            // false where an optional place is absent
+    std::string_view text{};         // in the line, without the letters before the place
+    std::uint32_t number = 0;        // of a number; a negative one as two's complement
+    std::uint32_t address_type = 0;  // 1 IPv4, 2 IPv6, 0 none
+    std::size_t length = 0;          // of a MAC address, octets or an address: how many octets there are
+    std::array<unsigned char, 16> octets{};
+    std::uint32_t bits = 0;  // of a prefix
+
+    // An address or a prefix as it is in an index: type, length, octets, of a prefix its length too. Empty where it is
+    // absent.
+    std::vector<std::uint32_t> index() const;
 };
 using Arguments = std::vector<Argument>;
 
@@ -28,33 +37,47 @@ using Arguments = std::vector<Argument>;
 //     [vrf {word}]      several places that may be absent together
 //     {word}            any word, an argument
 //     {int}             a 32-bit number as "%d" or "%u" prints it, an argument
-//     {64..12288}       a number in that range; vlan{1..4094} with those letters in front of it
+//     {64..12288}       a number in that range
+//     {mac}             a MAC address, its octets separated by '-' or ':'
+//     {octets}          up to 16 octets in the same spelling
 //     {ipv4}            an address of that type; {ipv6}; {address} is of either
-//     {ipv4/bits}       with a slash and a prefix length; {ipv6/bits}, {address/bits}
-//     {text}            the rest of the line, not empty, blanks and all; only as the last place
+//     {ipv4/bits}       with a slash and a prefix length; {ipv6/bits}; {address/bits}, where "0/0" is the prefix of no
+//                       address
+//     {text}            the rest of the line, not empty, with all its blanks; only as the last place
+//
+// Letters before a brace are part of the word: vlan{1..4094}, 0x{word}. In a table's show command a number, MAC address,
+// octets, address or prefix is compared with the key (see Table): {int:2} names the part of the key, {int+1024} what is
+// added to it.
 class Pattern {
 public:
-    // Throws std::invalid_argument for a pattern that is none: patterns are written in code.
+    struct Place {
+        PlaceType type;
+        std::vector<std::string> words{};  // of a literal or choice
+        std::string letters{};             // before the brace
+        std::int64_t low = 0;              // of a number, of the number of octets, or of an address's type
+        std::int64_t high = 0;
+        std::size_t optional = 0;  // that many places from this one on may be absent together
+        std::size_t part = 0;      // of the key, from 1 on; 0: the one that follows
+        std::uint32_t added = 0;   // to the number in the key
+    };
+
+    // Throws std::invalid_argument for a pattern that is malformed: patterns are written in code.
     explicit Pattern(std::string text);
 
     struct Match {
-        bool whole = false;      // the line fits from end to end, and `arguments` is complete
-        std::size_t fitted = 0;  // words of the pattern that the line fits, from its start
-        std::string misfit;      // the line's first word that doesn't fit; empty when the line ends too early
-        Arguments arguments;
+        bool whole = false;         // the line fits from end to end, and `arguments` is complete
+        std::size_t fitted = 0;     // words of the pattern that the line fits, from its start
+        std::string_view misfit{};  // the line's first word that does not fit; empty when the line ends too early
+        Arguments arguments{};
     };
     Match match(std::string_view line) const;
+
     const std::string& text() const { return text_; }
+    const std::vector<Place>& places() const { return places_; }
+    // It has a place for any word or text, so that lines of more exact patterns fit it too.
+    bool is_loose() const;
 
 private:
-    enum class Type { literal, choice, number, address, prefix, word, text };
-    struct Place {
-        Type type;
-        std::vector<std::string> words{};  // of a literal or choice; of a number the letters in front
-        std::int64_t low = 0;              // of a number, or of an address's type
-        std::int64_t high = 0;
-        std::size_t optional = 0;  // that many places from this one on may be absent together
-    };
     static Place parse(std::string_view word);
     static bool accept(const Place& place, std::string_view word, Argument& argument);
 

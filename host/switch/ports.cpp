@@ -1,13 +1,53 @@
 // Switch ports: their table, what they are to whoever asks for one, and the lines that set what only ports have.
-#include "switch/model.h"
+#include "switch/ports.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
 namespace sw {
 namespace {
+
+constexpr std::uint32_t kFirstCombo = 21;
+constexpr std::uint32_t kFirstFiber = 25;
+constexpr std::uint32_t kPorts = 26;
+
+// Port n as it leaves the factory, with the cables that happen to be plugged in.
+Port make_port(std::uint32_t n) {
+    Port port{.number = n};
+    const bool plugged = n % 4 != 0 && n != kPorts;
+    if (n >= kFirstFiber && n <= kPorts) {
+        port.flags = Port::kSpeedFixed | (n == kPorts ? Port::kFlowControlFixed : Port::kCanBreakOut);
+        port.max_mbps = 10000;
+        port.media_type = 3;
+        port.fiber = {.cable = plugged, .speed = 4, .duplex = 1};
+        return port;
+    }
+    if (n >= kFirstCombo && n < kFirstFiber) {
+        port.flags = Port::kCombo;
+        port.media_type = 2;
+        port.fiber.cable = n == kFirstCombo + 1;
+        port.fiber.duplex = 1;
+    }
+    port.copper.cable = plugged && !port.fiber.cable;
+    return port;
+}
+
+Interface interface_of(const Port& port) {
+    const char* kind = port.max_mbps > 1000 ? "10GBASE-R"
+                       : port.combo()       ? "10/100/1000BASE-T or 1000BASE-X"
+                                            : "10/100/1000BASE-T";
+    const std::string name = fmt::format("port{}", port.number);
+    return {.name = name,
+            .description = name + ' ' + kind,
+            .mac = {0x02, 0x53, 0x57, 0x10, 0x00, static_cast<unsigned char>(port.number)},  // locally administered
+            .connector = true,
+            .mbps = port.mbps(),
+            .carrier = port.link().cable,
+            .enabled = port.number != 20};
+}
 
 enum Duplex : std::uint32_t { kFull = 1, kHalf = 2, kAutoDuplex = 3 };
 
@@ -36,14 +76,14 @@ constexpr std::int32_t kGigabitFiber = -3;  // of a combo port
 constexpr std::int32_t kAuto = 6;
 
 // The medium that a line means. Lines name it for a combo port, and for no other.
-std::optional<Medium> medium_of(const Port& port, const std::string& word) {
+std::optional<Medium> medium_of(const Port& port, std::string_view word) {
     if (port.combo() == word.empty()) return {};
     if (!port.combo()) return port.medium();
     return word == "fiber" ? kFiber : kCopper;
 }
 
 // The setting's number, none when the medium doesn't take it.
-std::optional<std::int32_t> speed_of(const Port& port, Medium medium, const std::string& words) {
+std::optional<std::int32_t> speed_of(const Port& port, Medium medium, std::string_view words) {
     for (const Speed& speed : kSpeeds) {
         if (speed.words != words) continue;
         const bool gigabit = speed.value == kGigabit;
@@ -58,7 +98,7 @@ std::optional<std::int32_t> speed_of(const Port& port, Medium medium, const std:
     return {};
 }
 
-Outcome set_speed(Port& port, Medium medium, const std::string& words) {
+Outcome set_speed(Port& port, Medium medium, std::string_view words) {
     if (port.flags & Port::kSpeedFixed) return refused("its speed cannot be set");
     const std::optional<std::int32_t> speed = speed_of(port, medium, words);
     if (!speed) return refused("this medium has no such speed");
@@ -66,20 +106,20 @@ Outcome set_speed(Port& port, Medium medium, const std::string& words) {
     return accepted;
 }
 
-Outcome set_duplex(Port& port, Medium medium, const std::string& word) {
+Outcome set_duplex(Port& port, Medium medium, std::string_view word) {
     if (medium == kFiber) return refused("fiber is always full duplex");
     port.link(medium).duplex = word == "full" ? kFull : word == "half" ? kHalf : kAutoDuplex;
     return accepted;
 }
 
-Outcome set_flow_control(Port& port, Medium medium, const std::string& direction, bool on) {
+Outcome set_flow_control(Port& port, Medium medium, std::string_view direction, bool on) {
     if (port.flags & Port::kFlowControlFixed) return refused("its flow control cannot be set");
     Link& link = port.link(medium);
     (direction == "send" ? link.flow_control_send : link.flow_control_receive) = on;
     return accepted;
 }
 
-Outcome set_media_type(Port& port, const std::string& medium, bool failover) {
+Outcome set_media_type(Port& port, std::string_view medium, bool failover) {
     if (!port.combo()) return refused("it has one medium");
     port.media_type = (medium == "fiber" ? 1 : 2) + (failover ? 0 : 2);
     return accepted;
@@ -109,26 +149,6 @@ std::uint32_t breakout(const Port& port) {
     return port.broken_out ? 1 : 2;
 }
 
-Columns<Port> port_columns(const Model& model) {
-    // 0 without a link
-    const auto while_up = [&model](std::uint32_t (*status)(const Port&)) {
-        return [&model, status](const Port& p) { return number(model.interfaces.at(p.ifindex).up ? status(p) : 0); };
-    };
-    return {
-        {1, [](const Port& p) { return number(p.ifindex); }},
-        {2, [](const Port& p) { return number(p.link().duplex); }},
-        {3, while_up(duplex_status)},
-        {4, [](const Port& p) { return number(static_cast<std::uint32_t>(p.link().speed)); }},
-        {5, while_up(speed_status)},
-        {6, [](const Port& p) { return number(p.link().flow_control_send); }},
-        {7, [](const Port& p) { return number(p.link().flow_control_receive); }},
-        {8, while_up(flow_control_status)},
-        {9, [](const Port& p) { return number(p.media_type); }},
-        {10, [](const Port& p) { return number(breakout(p)); }},
-        {11, [](const Port& p) { return number(p.max_frame); }},
-    };
-}
-
 }  // namespace
 
 Medium Port::medium() const {
@@ -144,68 +164,101 @@ std::uint32_t Port::mbps() const {
     for (const Speed& speed : kSpeeds)
         if (speed.value == link().speed && speed.mbps != 0) return speed.mbps;
     // Every fifth port has an older device at the end of its copper.
-    return medium() == kCopper && ifindex % 5 == 0 ? 100 : max_mbps;
+    return medium() == kCopper && number % 5 == 0 ? 100 : max_mbps;
 }
 
-void add_ports(Model& model, TableStore& store, CommandLine& lines) {
-    store.add("switchPortMIBGlobals", {{1, "show swport table_number",
-                                        [&model] { return number(static_cast<std::uint32_t>(model.ports.size())); }}});
-    store.add({.name = "swPortTable",
-               .first = "show swport swport_table",
-               .keyed = "show swport swport_table {int}",
-               .key = {{2}},
-               .rows = rows_of(model.ports, port_columns(model))});
-    store.add({.keyed = "show swport type-medium {int}",
-               .rows = rows_of(model.ports, {{1, [](const Port& p) { return number(p.flags); }},
-                                             {2, [](const Port& p) { return number(p.medium()); }}})});
+Ports::Ports(Switch& its_switch) : Area(its_switch), interfaces_(its_switch.area<Interfaces>()) {
+    const auto count = std::max(kPorts, static_cast<std::uint32_t>(its_switch.size().ports));
+    for (std::uint32_t n = 1; n <= count; ++n) {
+        const Port& port = ports_[kPortIfIndexBase + n] = make_port(n);
+        interfaces_.make(kPortIfIndexBase + n, interface_of(port));
+    }
+}
 
-    const auto setting = [&](const char* pattern, auto set) { add_port_setting(model, lines, pattern, set); };
+const Port* Ports::find(std::string_view name) const {
+    const auto port = ports_.find(interfaces_.find(name));
+    return port == ports_.end() ? nullptr : &port->second;
+}
+
+void Ports::settle(std::uint32_t ifindex) {
+    const Port& port = ports_.at(ifindex);
+    interfaces_.link(ifindex, port.link().cable, port.mbps());
+}
+
+Lines<Port> Ports::lines(Description& d) {
+    return interfaces_.lines(d, kPortIfIndexBase + 1, kPortIfIndexBase + kMostPorts, "switch port")
+        .of(ports_, [this](const Entered& entered) { settle(entered.object); });
+}
+
+void Ports::describe(Description& d) {
+    d.scalars("switchPortMIBGlobals", "show swport table_number",
+              {{1, "swPortTableNumber", [this] { return ports_.size(); }}});
+    // 0 without a link
+    const auto while_up = [this](std::uint32_t (*status)(const Port&)) {
+        return
+            [this, status](const Port& p, const Index& index) { return interfaces_.is_up(index[0]) ? status(p) : 0; };
+    };
+    d.table({.name = "swPortTable",
+             .show = "show swport swport_table [{int}]",
+             .rows = rows_of(
+                 ports_,
+                 {{1, "swPortIndex", [](const Port&, const Index& index) { return index[0]; }},
+                  {2, "swPortDuplex", [](const Port& p) { return p.link().duplex; }},
+                  {3, "swPortDuplexStatus", while_up(duplex_status)},
+                  {4, "swPortSpeed", [](const Port& p) { return p.link().speed; }},
+                  {5, "swPortSpeedStatus", while_up(speed_status)},
+                  {6, "swPortFlowControlSend", [](const Port& p) { return p.link().flow_control_send ? 1 : 0; }},
+                  {7, "swPortFlowControlReceive", [](const Port& p) { return p.link().flow_control_receive ? 1 : 0; }},
+                  {8, "swPortFlowControlStatus", while_up(flow_control_status)},
+                  {9, "swPortMedium", &Port::media_type},
+                  {10, "swPortBreakout", breakout},
+                  {11, "swPortMaxRcvFrameSize", &Port::max_frame}})});
+    d.lookup("show swport type-medium {int}",
+             rows_of(ports_, {{1, "flags", &Port::flags}, {2, "medium", &Port::medium}}));
+
+    const Lines<Port> port = lines(d);
     // One that sets something of one medium, which the line's last word may name.
-    const auto link_setting = [&setting](const char* pattern, auto set) {
-        setting(pattern, [set](Port& port, const Arguments& arguments) {
-            const std::optional<Medium> medium = medium_of(port, arguments.back().text);
-            if (medium) return set(port, *medium, arguments);
-            return refused(port.combo() ? "a combo port's line names the medium"
-                                        : "only a combo port has media to name");
+    const auto link_line = [&port](const char* pattern, auto set) {
+        port.line(pattern, [set](Port& p, const Arguments& arguments) {
+            const std::optional<Medium> medium = medium_of(p, arguments.back().text);
+            if (medium) return set(p, *medium, arguments);
+            return refused(p.combo() ? "a combo port's line names the medium" : "only a combo port has media to name");
         });
     };
-    link_setting("duplex full|half|auto [copper|fiber]", [](Port& port, Medium medium, const Arguments& arguments) {
-        return set_duplex(port, medium, arguments[0].text);
+    link_line("duplex full|half|auto [copper|fiber]", [](Port& p, Medium medium, const Arguments& arguments) {
+        return set_duplex(p, medium, arguments[0].text);
     });
-    link_setting("speed 10|100|1000 [copper|fiber]", [](Port& port, Medium medium, const Arguments& arguments) {
-        return set_speed(port, medium, arguments[0].text);
+    link_line("speed 10|100|1000 [copper|fiber]", [](Port& p, Medium medium, const Arguments& arguments) {
+        return set_speed(p, medium, arguments[0].text);
     });
-    link_setting("speed 1000 slave|master [copper|fiber]", [](Port& port, Medium medium, const Arguments& arguments) {
-        return set_speed(port, medium, "1000 " + arguments[0].text);
+    link_line("speed 1000 slave|master [copper|fiber]", [](Port& p, Medium medium, const Arguments& arguments) {
+        return set_speed(p, medium, fmt::format("1000 {}", arguments[0].text));
     });
-    link_setting("speed auto [10|100|1000|10,100|10,1000|100,1000] [copper|fiber]",
-                 [](Port& port, Medium medium, const Arguments& arguments) {
-                     const std::string& only = arguments[0].text;
-                     return set_speed(port, medium, only.empty() ? "auto" : "auto " + only);
-                 });
-    link_setting("flowcontrol send|receive on|off [copper|fiber]",
-                 [](Port& port, Medium medium, const Arguments& arguments) {
-                     return set_flow_control(port, medium, arguments[0].text, arguments[1].text == "on");
-                 });
-    setting("media-type fiber|copper [auto-failover]", [](Port& port, const Arguments& arguments) {
-        return set_media_type(port, arguments[0].text, !arguments[1].text.empty());
+    link_line("speed auto [10|100|1000|10,100|10,1000|100,1000] [copper|fiber]",
+              [](Port& p, Medium medium, const Arguments& arguments) {
+                  const std::string_view only = arguments[0].text;
+                  return set_speed(p, medium, only.empty() ? "auto" : fmt::format("auto {}", only));
+              });
+    link_line("flowcontrol send|receive on|off [copper|fiber]", [](Port& p, Medium medium, const Arguments& arguments) {
+        return set_flow_control(p, medium, arguments[0].text, arguments[1].text == "on");
     });
-    setting("max-rcv-frame-size {64..12288}", [](Port& port, const Arguments& arguments) {
-        port.max_frame = arguments[0].number;
-        return accepted;
+    port.line("media-type fiber|copper [auto-failover]", [](Port& p, const Arguments& arguments) {
+        return set_media_type(p, arguments[0].text, arguments[1].present);
     });
+    port.number("max-rcv-frame-size {64..12288}", &Port::max_frame);
 
-    const auto break_out = [&model, &lines](const char* pattern, bool broken_out) {
-        lines.add(Mode::global, pattern, [&model, broken_out](const Arguments& arguments) {
-            const Interface* interface = model.find(arguments[0].text);
-            if (interface == nullptr || interface->port == nullptr) return refused("there is no such port");
-            if (!(interface->port->flags & Port::kCanBreakOut)) return refused("the port cannot be broken out");
-            interface->port->broken_out = broken_out;
-            return accepted;
-        });
-    };
-    break_out("interface breakout port {word}", true);
-    break_out("no interface breakout port {word}", false);
+    for (const bool on : {true, false})
+        d.lines(*this).line(on ? "interface breakout port {word}" : "no interface breakout port {word}",
+                            [this, on](const Arguments& arguments) {
+                                const auto entry = ports_.find(interfaces_.find(arguments[0].text));
+                                if (entry == ports_.end()) return refused("there is no such port");
+                                if (!(entry->second.flags & Port::kCanBreakOut))
+                                    return refused("the port cannot be broken out");
+                                entry->second.broken_out = on;
+                                return accepted;
+                            });
 }
+
+void add_ports(Switch& areas) { areas.area<Ports>(); }
 
 }  // namespace sw

@@ -1,6 +1,6 @@
-// Routes by VRF: their table, which the commands alone say the rows of, and the lines that add and remove static
-// routes.
-#include "switch/model.h"
+// Routes by VRF: their table, whose rows the commands alone name, and the lines that add and remove static routes.
+#include "switch/vlans.h"
+#include "switch/vrfs.h"
 
 #include <fmt/format.h>
 
@@ -14,7 +14,6 @@ namespace {
 
 constexpr std::uint32_t kIpv4 = 1;
 constexpr std::uint32_t kIpv6 = 2;
-constexpr std::uint32_t kDefaultVrf = 0;
 constexpr std::uint32_t kNoVrf = std::numeric_limits<std::uint32_t>::max();
 
 // How a route is known.
@@ -22,12 +21,17 @@ constexpr std::uint32_t kConnected = 2;
 constexpr std::uint32_t kStatic = 3;
 constexpr std::uint32_t kOspf = 13;
 
-// The octets of an address behind its type and length.
-Value octets(const Index& address) {
-    Value value;
-    for (std::size_t i = 2; i < 2 + address[1]; ++i) value += static_cast<char>(address[i]);
-    return value;
-}
+struct Route {
+    Index destination{};  // type, length, octets, prefix length
+    Index next_hop{};     // type, length, octets
+    std::uint32_t ifindex = 0;
+    std::uint32_t protocol = 0;
+    std::uint32_t metric = 0;
+    Duration since{};
+};
+
+// The octets of an address, after its type and length.
+Value octets(const Index& address) { return octets_of(address.data() + 2, address[1]); }
 
 bool is_unspecified(const Index& address) {
     return std::all_of(address.begin() + 2, address.end(), [](oid octet) { return octet == 0; });
@@ -47,87 +51,6 @@ bool has_host_bits(const Index& prefix) {
     for (std::uint32_t n = prefix.back(); n < 8 * prefix[1]; ++n)
         if (bit(prefix, n)) return true;
     return false;
-}
-
-Route& add_route(Model& model, std::uint32_t vrf, Index destination, Index next_hop) {
-    Route& route = model.routes[join({{vrf}, destination, next_hop})];
-    route.destination = std::move(destination);
-    route.next_hop = std::move(next_hop);
-    return route;
-}
-
-std::size_t routes_in_default_vrf(const Model& model) {
-    return static_cast<std::size_t>(std::distance(model.routes.begin(), model.routes.lower_bound({kDefaultVrf + 1})));
-}
-
-// The interface behind which a next hop is; 0: none is known.
-std::uint32_t interface_to(const Model& model, std::uint32_t vrf, const Index& next_hop) {
-    for (auto entry = model.routes.lower_bound({vrf}); entry != model.routes.end() && entry->first[0] == vrf; ++entry)
-        if (entry->second.protocol == kConnected && covers(entry->second.destination, next_hop))
-            return entry->second.ifindex;
-    return 0;
-}
-
-// --- The table -------------------------------------------------------------------------------------------------------
-
-Columns<Route> columns(const Model& model) {
-    const auto unused = [](const Route&) { return number(static_cast<std::uint32_t>(-1)); };
-    return {
-        {1, [](const Route& r) { return number(r.destination[0]); }},
-        {2, [](const Route& r) { return octets(r.destination); }},
-        {3, [](const Route& r) { return number(r.destination.back()); }},
-        {4,
-         [](const Route&) {
-             return object_id({0, 0});
-         }},
-        {5, [](const Route& r) { return number(r.next_hop[0]); }},
-        {6, [](const Route& r) { return octets(r.next_hop); }},
-        {7, [](const Route& r) { return number(r.ifindex); }},
-        {8, [](const Route& r) { return number(r.protocol == kConnected ? 3 : 4); }},  // local, remote
-        {9, [](const Route& r) { return number(r.protocol); }},
-        {10,
-         [&model](const Route& r) {
-             return number(static_cast<std::uint32_t>((model.uptime() - r.since).count() / 1000));
-         }},
-        {11, [](const Route&) { return number(0); }},  // no autonomous system
-        {12, [](const Route& r) { return number(r.metric); }},
-        {13, unused},
-        {14, unused},
-        {15, unused},
-        {16, unused},
-        {17, [](const Route&) { return number(1); }},  // active
-    };
-}
-
-// Behind the IPv4 routes of any VRF come the IPv6 routes of the default one: those of others are never shown.
-Rows shown_rows(const Model& model) {
-    Rows rows = rows_of(model.routes, columns(model));
-    rows.behind = [behind = std::move(rows.behind)](int magic, const Index& index) {
-        std::optional<Answer> answer = behind(magic, index);
-        const bool to_ipv6 = index[1] < kIpv6 && (!answer || answer->index[0] != index[0] || answer->index[1] == kIpv6);
-        return to_ipv6                                  ? behind(magic, {kDefaultVrf, kIpv6})
-               : answer && answer->index[0] == index[0] ? answer
-                                                        : std::nullopt;
-    };
-    return rows;
-}
-
-// IPv4:  [VRF] destination type, destination, next-hop type, next hop; without the addresses where the types are 0
-// IPv6:  destination, next-hop type, next hop
-constexpr const char* kShow =
-    "show inetcidr-table|inetcidr6-table [vrf {word}] [{0..1}] [{address/bits}] {0..2} [{address}]";
-
-std::optional<Index> shown_row(const Model& model, const Arguments& said) {
-    const bool ipv6 = said[0].text == "inetcidr6-table";
-    const auto type_of = [](const Argument& address) { return address.address.empty() ? 0 : address.address[0]; };
-    const Argument &vrf = said[1], &type = said[2], &destination = said[3], &hop_type = said[4], &next_hop = said[5];
-    const bool consistent = ipv6 ? vrf.text.empty() && !type.is_number && type_of(destination) == kIpv6
-                                 : type.is_number && type.number == type_of(destination);
-    if (!consistent || hop_type.number != type_of(next_hop)) return {};
-    const auto known = model.vrfs.find(vrf.text);
-    const Index number{known == model.vrfs.end() ? kNoVrf : known->second};
-    if (destination.address.empty()) return join({number, {0}});
-    return join({number, destination.address, next_hop.address.empty() ? Index{0, 0} : next_hop.address});
 }
 
 // Destination type, next-hop type, then of both: IPv4 address, IPv6 address and, between them, the prefix length.
@@ -150,46 +73,30 @@ void fill(const Route& route, void* record) {
     std::memcpy(record, &row, sizeof row);
 }
 
-// --- Lines -----------------------------------------------------------------------------------------------------------
+class Routes : public Area {
+public:
+    explicit Routes(Switch&);
+    void describe(Description&) override;
 
-// A static route, perhaps with the interface that the line names; a route that is there gets the new interface and
-// metric.
-Outcome set_route(Model& model, std::uint32_t vrf, const Argument& destination, const Argument& next_hop,
-                  const Argument& metric, const Argument& type = {}, const Argument& id = {}) {
-    if (has_host_bits(destination.address)) return refused("the destination has bits behind its prefix");
-    if (is_unspecified(next_hop.address)) return refused("the next hop is no host");
-    if (type.text == "vlan" && !model.vlans.contains(id.number)) return refused("there is no such VLAN");
-    if (type.text == "tunnel" && id.number >= kVlanIfIndexBase - kTunnelIfIndexBase)
-        return refused("there is no such tunnel");
-    const auto known = model.routes.find(join({{vrf}, destination.address, next_hop.address}));
-    if (known != model.routes.end() && known->second.protocol != kStatic) return refused("the route is no static one");
-    Route& route = add_route(model, vrf, destination.address, next_hop.address);
-    if (known == model.routes.end()) route.since = model.uptime();
-    route.protocol = kStatic;
-    route.ifindex = type.text.empty() ? interface_to(model, vrf, next_hop.address)
-                                      : id.number + (type.text == "vlan" ? kVlanIfIndexBase : kTunnelIfIndexBase);
-    route.metric = metric.is_number ? metric.number : 1;
-    return accepted;
-}
+private:
+    Route& make(std::uint32_t vrf, const Index& destination, const Index& next_hop);
+    void add(std::uint32_t vrf, const Index& destination, const Index& next_hop, std::uint32_t protocol,
+             std::uint32_t vlan, std::uint32_t metric);
+    std::size_t in_default_vrf() const;
+    std::uint32_t interface_to(std::uint32_t vrf, const Index& next_hop) const;
+    Rows shown_rows() const;
+    std::optional<Index> shown_row(const Arguments& said) const;
+    Outcome set(const Vrf&, const Argument& destination, const Argument& next_hop, const Argument& metric,
+                const Argument& type = {}, const Argument& id = {});
+    Outcome remove(const Vrf&, const Argument& destination, const Argument& next_hop);
 
-Outcome remove_route(Model& model, std::uint32_t vrf, const Argument& destination, const Argument& next_hop) {
-    const auto known = model.routes.find(join({{vrf}, destination.address, next_hop.address}));
-    if (known == model.routes.end() || known->second.protocol != kStatic)
-        return refused("there is no such static route");
-    model.routes.erase(known);
-    return accepted;
-}
+    Vlans& vlans_;
+    Vrfs& vrfs_;
+    std::map<Index, Route> routes_;  // by VRF number, destination, next hop
+};
 
-}  // namespace
-
-void make_routes(Model& model, std::size_t count) {
-    const auto add = [&model](std::uint32_t vrf, const Index& destination, const Index& next_hop,
-                              std::uint32_t protocol, std::uint32_t vlan, std::uint32_t metric) {
-        Route& route = add_route(model, vrf, destination, next_hop);
-        route.protocol = protocol;
-        route.ifindex = vlan + kVlanIfIndexBase;
-        route.metric = metric;
-    };
+Routes::Routes(Switch& its_switch)
+    : Area(its_switch), vlans_(its_switch.area<Vlans>()), vrfs_(its_switch.area<Vrfs>()) {
     const Index here4{1, 4, 0, 0, 0, 0}, here6{2, 16, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
     const auto ipv6 = [](oid subnet, oid host) {
         return Index{2, 16, 0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, subnet, 0, 0, 0, 0, 0, 0, 0, host};
@@ -202,50 +109,145 @@ void make_routes(Model& model, std::size_t count) {
     add(kDefaultVrf, {1, 4, 198, 51, 100, 0, 24}, {1, 4, 192, 0, 2, 253}, kOspf, 1, 20);
     add(kDefaultVrf, network(here6, 0), ipv6(1, 254), kStatic, 1, 1);
     for (const oid vlan : {1u, 10u}) add(kDefaultVrf, network(ipv6(vlan, 0), 64), here6, kConnected, vlan, 0);
-    const std::uint32_t red = model.vrfs.at("red");
+    const std::uint32_t red = *vrfs_.find("red");
     add(red, {1, 4, 10, 0, 110, 0, 24}, here4, kConnected, 10, 0);
     add(red, {1, 4, 203, 0, 113, 0, 24}, {1, 4, 10, 0, 110, 3}, kStatic, 10, 1);
 
-    const std::size_t missing = count - std::min(count, routes_in_default_vrf(model));
+    const std::size_t count = its_switch.size().routes;
+    const std::size_t missing = count - std::min(count, in_default_vrf());
     for (oid i = 0; i < missing; ++i)
         add(kDefaultVrf, {1, 4, 11 + i / 0x10000 % 200, i / 0x100 % 0x100, i % 0x100, 0, 24}, {1, 4, 10, 0, 10, 2},
             kOspf, 10, 20);
 }
 
-void add_routes(Model& model, TableStore& store, CommandLine& lines) {
-    store.add("ipForwardGlobals", {{3, "show inetcidr-table summary", [&model] {
-                                        return number(static_cast<std::uint32_t>(routes_in_default_vrf(model)));
-                                    }}});
-    store.add({.name = "inetCidrRouteTable",
-               .keyed = kShow,
-               .key = KeyLayout({}, sizeof(RouteRecord)),
-               .rows = shown_rows(model),
-               .record = Record{[&model](const Arguments& said) { return shown_row(model, said); },
-                                [&model](const Index& index, void* record) { fill(model.routes.at(index), record); }}});
-
-    lines.add(Mode::global, "vrf context {word}", [&model](const Arguments& arguments) {
-        const auto vrf = model.vrfs.find(arguments[0].text);
-        if (vrf == model.vrfs.end()) return refused("there is no such VRF");
-        model.entered_vrf = vrf->second;
-        return Outcome{{}, Mode::vrf};
-    });
-    for (const Mode mode : {Mode::global, Mode::vrf}) {
-        const auto vrf = [&model, mode] { return mode == Mode::vrf ? model.entered_vrf : kDefaultVrf; };
-        lines.add(mode, "ip route {ipv4/bits} {ipv4} [{0..255}]", [&model, vrf](const Arguments& arguments) {
-            return set_route(model, vrf(), arguments[0], arguments[1], arguments[2]);
-        });
-        lines.add(mode, "no ip route {ipv4/bits} {ipv4}", [&model, vrf](const Arguments& arguments) {
-            return remove_route(model, vrf(), arguments[0], arguments[1]);
-        });
-        const char* add = "ipv6 route {ipv6/bits} [tunnel|vlan {1..4094}] {ipv6} [{0..255}]";
-        lines.add(mode, add, [&model, vrf](const Arguments& arguments) {
-            return set_route(model, vrf(), arguments[0], arguments[3], arguments[4], arguments[1], arguments[2]);
-        });
-        lines.add(mode, "no ipv6 route {ipv6/bits} [tunnel|vlan {1..4094}] {ipv6}",
-                  [&model, vrf](const Arguments& arguments) {
-                      return remove_route(model, vrf(), arguments[0], arguments[3]);
-                  });
-    }
+Route& Routes::make(std::uint32_t vrf, const Index& destination, const Index& next_hop) {
+    Route& route = routes_[join({{vrf}, destination, next_hop})];
+    route.destination = destination;
+    route.next_hop = next_hop;
+    return route;
 }
+
+void Routes::add(std::uint32_t vrf, const Index& destination, const Index& next_hop, std::uint32_t protocol,
+                 std::uint32_t vlan, std::uint32_t metric) {
+    Route& route = make(vrf, destination, next_hop);
+    route.protocol = protocol;
+    route.ifindex = vlan + kVlanIfIndexBase;
+    route.metric = metric;
+}
+
+std::size_t Routes::in_default_vrf() const {
+    return static_cast<std::size_t>(std::distance(routes_.begin(), routes_.lower_bound({kDefaultVrf + 1})));
+}
+
+// The interface behind which a next hop is; 0: none is known.
+std::uint32_t Routes::interface_to(std::uint32_t vrf, const Index& next_hop) const {
+    for (auto entry = routes_.lower_bound({vrf}); entry != routes_.end() && entry->first[0] == vrf; ++entry)
+        if (entry->second.protocol == kConnected && covers(entry->second.destination, next_hop))
+            return entry->second.ifindex;
+    return 0;
+}
+
+// After the IPv4 routes of any VRF come the IPv6 routes of the default one: those of others are never shown.
+Rows Routes::shown_rows() const {
+    const Rows rows = rows_of(
+        routes_,
+        {{1, "inetCidrRouteDestType", [](const Route& r) { return r.destination[0]; }},
+         {2, "inetCidrRouteDest", [](const Route& r) { return octets(r.destination); }},
+         {3, "inetCidrRoutePfxLen", [](const Route& r) { return r.destination.back(); }},
+         {4, "inetCidrRoutePolicy", object_id({0, 0})},
+         {5, "inetCidrRouteNextHopType", [](const Route& r) { return r.next_hop[0]; }},
+         {6, "inetCidrRouteNextHop", [](const Route& r) { return octets(r.next_hop); }},
+         {7, "inetCidrRouteIfIndex", &Route::ifindex},
+         {8, "inetCidrRouteType", [](const Route& r) { return r.protocol == kConnected ? 3 : 4; }},  // local, remote
+         {9, "inetCidrRouteProto", &Route::protocol},
+         {10, "inetCidrRouteAge", [this](const Route& r) { return (uptime() - r.since).count() / 1000; }},
+         {11, "inetCidrRouteNextHopAS", 0},  // no autonomous system
+         {12, "inetCidrRouteMetric1", &Route::metric},
+         {13, "inetCidrRouteMetric2", -1},
+         {14, "inetCidrRouteMetric3", -1},
+         {15, "inetCidrRouteMetric4", -1},
+         {16, "inetCidrRouteMetric5", -1},
+         {17, "inetCidrRouteStatus", 1}});  // active
+    return {rows.objects(), [rows](std::size_t column, const Index& index, bool exact) -> std::optional<Answer> {
+                if (exact) return rows.at(column, index);
+                std::optional<Answer> answer = rows.from(column, index);
+                const bool in_vrf = answer && answer->index[0] == index[0];
+                if (index[1] < kIpv6 && (!in_vrf || answer->index[1] == kIpv6))
+                    return rows.from(column, {kDefaultVrf, kIpv6});
+                return in_vrf ? answer : std::nullopt;
+            }};
+}
+
+// IPv4:  [VRF] destination type, destination, next-hop type, next hop; without the addresses where the types are 0
+// IPv6:  destination, next-hop type, next hop
+constexpr const char* kShow =
+    "show inetcidr-table|inetcidr6-table [vrf {word}] [{0..1}] [{address/bits}] {0..2} [{address}]";
+
+std::optional<Index> Routes::shown_row(const Arguments& said) const {
+    const bool ipv6 = said[0].text == "inetcidr6-table";
+    const Argument &vrf = said[1], &type = said[2], &destination = said[3], &hop_type = said[4], &next_hop = said[5];
+    const bool consistent = ipv6 ? !vrf.present && !type.present && destination.address_type == kIpv6
+                                 : type.present && type.number == destination.address_type;
+    if (!consistent || hop_type.number != next_hop.address_type) return {};
+    const Index number{vrfs_.find(vrf.text).value_or(kNoVrf)};
+    if (!destination.present) return join({number, {0}});
+    return join({number, destination.index(), next_hop.present ? next_hop.index() : Index{0, 0}});
+}
+
+// A static route, perhaps with the interface that the line names; a route that is there gets the new interface and
+// metric.
+Outcome Routes::set(const Vrf& vrf, const Argument& destination, const Argument& next_hop, const Argument& metric,
+                    const Argument& type, const Argument& id) {
+    const Index to = destination.index(), hop = next_hop.index();
+    if (has_host_bits(to)) return refused("the destination has bits after its prefix");
+    if (is_unspecified(hop)) return refused("the next hop is no host");
+    if (type.text == "vlan" && !vlans_.has(id.number)) return refused("there is no such VLAN");
+    if (type.text == "tunnel" && id.number >= kVlanIfIndexBase - kTunnelIfIndexBase)
+        return refused("there is no such tunnel");
+    const auto known = routes_.find(join({{vrf.number}, to, hop}));
+    if (known != routes_.end() && known->second.protocol != kStatic) return refused("the route is no static one");
+    Route& route = make(vrf.number, to, hop);
+    if (known == routes_.end()) route.since = uptime();
+    route.protocol = kStatic;
+    route.ifindex = !type.present ? interface_to(vrf.number, hop)
+                                  : id.number + (type.text == "vlan" ? kVlanIfIndexBase : kTunnelIfIndexBase);
+    route.metric = metric.present ? metric.number : 1;
+    return accepted;
+}
+
+Outcome Routes::remove(const Vrf& vrf, const Argument& destination, const Argument& next_hop) {
+    const auto known = routes_.find(join({{vrf.number}, destination.index(), next_hop.index()}));
+    if (known == routes_.end() || known->second.protocol != kStatic) return refused("there is no such static route");
+    routes_.erase(known);
+    return accepted;
+}
+
+void Routes::describe(Description& d) {
+    d.scalars("ipForwardGlobals", "show inetcidr-table summary",
+              {{3, "inetCidrRouteNumber", [this] { return in_default_vrf(); }}});
+    d.table({.name = "inetCidrRouteTable",
+             .show = kShow,
+             .key = KeyLayout({}, sizeof(RouteRecord)),
+             .rows = shown_rows(),
+             .record = Record{[this](const Arguments& said) { return shown_row(said); },
+                              [this](const Index& index, void* record) { fill(routes_.at(index), record); }}});
+
+    const Lines<Vrf> in_vrf = vrfs_.lines(d);
+    in_vrf.line("ip route {ipv4/bits} {ipv4} [{0..255}]", [this](Vrf& vrf, const Arguments& arguments) {
+        return set(vrf, arguments[0], arguments[1], arguments[2]);
+    });
+    in_vrf.line("no ip route {ipv4/bits} {ipv4}",
+                [this](Vrf& vrf, const Arguments& arguments) { return remove(vrf, arguments[0], arguments[1]); });
+    in_vrf.line("ipv6 route {ipv6/bits} [tunnel|vlan {1..4094}] {ipv6} [{0..255}]",
+                [this](Vrf& vrf, const Arguments& arguments) {
+                    return set(vrf, arguments[0], arguments[3], arguments[4], arguments[1], arguments[2]);
+                });
+    in_vrf.line("no ipv6 route {ipv6/bits} [tunnel|vlan {1..4094}] {ipv6}",
+                [this](Vrf& vrf, const Arguments& arguments) { return remove(vrf, arguments[0], arguments[3]); });
+}
+
+}  // namespace
+
+void add_routes(Switch& areas) { areas.area<Routes>(); }
 
 }  // namespace sw

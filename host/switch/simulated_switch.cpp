@@ -1,11 +1,22 @@
 #include "switch/simulated_switch.h"
 
-#include "switch/command_line.h"
-#include "switch/model.h"
-#include "switch/table_store.h"
+#include "switch/area.h"
+#include "switch/areas.h"
+#include "switch/interfaces.h"
+
+#include <fmt/format.h>
+
+#include <stdexcept>
 
 namespace sw {
+
+#define DECLARE_AREA(name) void add_##name(Switch&);
+SWITCH_AREAS(DECLARE_AREA)
+
 namespace {
+
+#define ADD_AREA(name) add_##name,
+constexpr void (*kAreas[])(Switch&) = {SWITCH_AREAS(ADD_AREA)};
 
 // A switch that has been running for a while: its counters have something to show at once.
 constexpr Duration kRunningFor = std::chrono::hours(12 * 24 + 5);
@@ -17,18 +28,29 @@ std::function<Duration()> clock_of(const Options& options) {
     };
 }
 
+const Size& checked(const Size& size) {
+    const auto check = [](const char* what, std::size_t count, std::size_t most) {
+        if (count > most) throw std::invalid_argument(fmt::format("{} {}: at most {} are possible", count, what, most));
+    };
+    check("ports", size.ports, kMostPorts);
+    check("VLANs", size.vlans, kLastVlan);
+    check("routes", size.routes, kMostRows);
+    check("FDB entries", size.fdb, kMostRows);
+    check("groups", size.groups, kMostRows);
+    return size;
+}
+
 }  // namespace
 
 struct SimulatedSwitch::State {
     explicit State(const Options& options)
-        : model(clock_of(options), options.size.vlans), store(options.log), lines(options.log) {
-        make_routes(model, options.size.routes);
-        make_groups(model, options.size.groups);
-        for (const auto add : {add_interfaces, add_ports, add_vlans, add_routes, add_snooping})
-            add(model, store, lines);
+        : areas(clock_of(options), checked(options.size)), store(options.log), lines(options.log) {
+        for (const auto add : kAreas) add(areas);
+        Description description(store, lines);
+        for (const auto& area : areas.areas()) area->describe(description);
     }
 
-    Model model;
+    Switch areas;
     TableStore store;
     CommandLine lines;
 };
@@ -41,9 +63,15 @@ bool SimulatedSwitch::show(services::ShowRequest& request) { return state_->stor
 bool SimulatedSwitch::configure(const services::ConfigRequest& request) { return state_->lines.run(request); }
 
 std::optional<std::string> SimulatedSwitch::interface_name(std::uint32_t ifindex) {
-    const auto interface = state_->model.interfaces.find(ifindex);
-    if (interface == state_->model.interfaces.end()) return {};
-    return interface->second.name;
+    const Interface* interface = state_->areas.area<Interfaces>().find(ifindex);
+    if (interface == nullptr) return {};
+    return interface->name;
+}
+
+std::vector<std::pair<std::string, int>> SimulatedSwitch::served() const {
+    std::vector<std::pair<std::string, int>> objects;
+    for (const TableStore::Served& served : state_->store.served()) objects.emplace_back(served.name, served.magic);
+    return objects;
 }
 
 }  // namespace sw

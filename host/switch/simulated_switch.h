@@ -11,14 +11,22 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace sw {
 
-// Rows that there are at least, beyond what the switch comes with anyway: for measurements on large tables.
+constexpr std::size_t kMostPorts = 90;
+constexpr std::size_t kMostRows = 100'000;
+
+// Rows that there are at least, beyond what the switch comes with anyway: for measurements on large tables. The switch
+// refuses more than the ranges allow with std::invalid_argument.
 struct Size {
-    std::size_t vlans = 0;   // up to 4094
-    std::size_t routes = 0;  // IPv4 and IPv6 ones in the default VRF
-    std::size_t groups = 0;  // learned by IGMP and as many by MLD, each with a source and a host
+    std::size_t ports = 0;   // 0 to 90; those from 27 on are copper ports
+    std::size_t vlans = 0;   // 0 to 4094
+    std::size_t routes = 0;  // 0 to 100,000: IPv4 and IPv6 ones in the default VRF
+    std::size_t fdb = 0;     // 0 to 100,000: addresses learned in the forwarding database
+    std::size_t groups = 0;  // 0 to 100,000: learned by IGMP and as many by MLD, each with a source and a host
 };
 
 struct Options {
@@ -33,12 +41,16 @@ struct Options {
 
 class SimulatedSwitch : public services::Backend {
 public:
+    // Throws std::invalid_argument for a size that is out of range.
     explicit SimulatedSwitch(Options options = {});
     ~SimulatedSwitch() override;
 
     bool show(services::ShowRequest& request) override;
     bool configure(const services::ConfigRequest& request) override;
     std::optional<std::string> interface_name(std::uint32_t ifindex) override;
+
+    // Name and magic number of every object that it serves.
+    std::vector<std::pair<std::string, int>> served() const;
 
 private:
     struct State;

@@ -1,6 +1,6 @@
 // IGMP and MLD snooping, one description of both: what it is set to on VLAN interfaces, the groups, sources and hosts
 // on ports, router ports, limits, access groups and statistics.
-#include "switch/model.h"
+#include "switch/vlan_interfaces.h"
 
 #include <fmt/format.h>
 
@@ -15,357 +15,376 @@ using std::chrono::seconds;
 constexpr Duration kQueryInterval = seconds(125);
 constexpr Duration kMembershipTime = seconds(260);
 constexpr std::size_t kLongestAccessList = 32;
+constexpr oid kIgmpType = 1;  // of addresses and in keys, where the others have 2
 
 // Where the two differ.
 struct Words {
+    oid type;
     const char *show, *show_source, *tables, *lines, *immediate_leave, *designate, *forbid, *no_limit, *address;
 };
-constexpr Words kIgmpWords{"show debugging igmp snooping snmp",
-                           "show debugging igmp snp snmp",
-                           "mgmdIgmpSnp",
-                           "ip igmp snooping",
-                           "immediate-leave",
-                           "debugging igmp snooping snmp designate mrouter",
-                           "debugging igmp snooping snmp not mrouter",
-                           "no limit filter",
-                           "{ipv4}"};
-constexpr Words kMldWords{"show debugging mld snooping snmp",
-                          "show debugging mld snp snmp",
-                          "mgmdMldSnp",
-                          "ipv6 mld snooping",
-                          "fast-leave",
-                          "debugging mld snooping snmp mrouter",
-                          "debugging mld snooping snmp mrouter forbidden",
-                          "no ipv6 mld snooping limit",
-                          "{ipv6}"};
+constexpr Words kIgmp{kIgmpType,
+                      "show debugging igmp snooping snmp",
+                      "show debugging igmp snp snmp",
+                      "mgmdIgmpSnp",
+                      "ip igmp snooping",
+                      "immediate-leave",
+                      "debugging igmp snooping snmp designate mrouter",
+                      "debugging igmp snooping snmp not mrouter",
+                      "no limit filter",
+                      "{ipv4}"};
+constexpr Words kMld{2,
+                     "show debugging mld snooping snmp",
+                     "show debugging mld snp snmp",
+                     "mgmdMldSnp",
+                     "ipv6 mld snooping",
+                     "fast-leave",
+                     "debugging mld snooping snmp mrouter",
+                     "debugging mld snooping snmp mrouter forbidden",
+                     "no ipv6 mld snooping limit",
+                     "{ipv6}"};
 
-const Words& words_of(Protocol protocol) { return protocol == kIgmp ? kIgmpWords : kMldWords; }
+// What can be set on a VLAN interface.
+struct VlanSnooping {
+    bool enabled = true;
+    bool querier = false;
+    bool immediate_leave = false;
+    bool host_based_leave = false;
+    PortList router_ports{};     // set to be ones
+    PortList no_router_ports{};  // set not to become ones
+};
 
-// --- What it has learned ---------------------------------------------------------------------------------------------
+// A group, or a source of one, on a port: configured or learned from reports.
+struct Membership {
+    bool configured = false;
+    Duration since{};
+    Value reporter{};  // IPv4 address of who reported it
+};
 
-Index group_address(Protocol protocol, oid n) {
-    if (protocol == kIgmp) return {1, 4, 239, 1 + n / 0x10000, n / 0x100 % 0x100, n % 0x100};
+Index group_address(oid type, oid n) {
+    if (type == kIgmpType) return {1, 4, 239, 1 + n / 0x10000, n / 0x100 % 0x100, n % 0x100};
     return {2, 16, 0xff, 0x3e, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, n / 0x10000, n / 0x100 % 0x100, n % 0x100};
 }
 
-Index host_address(Protocol protocol, oid vid, oid n) {
-    if (protocol == kIgmp) return {1, 4, 10, 0, vid % 0x100, n};
+Index host_address(oid type, oid vid, oid n) {
+    if (type == kIgmpType) return {1, 4, 10, 0, vid % 0x100, n};
     return {2, 16, 0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, vid % 0x100, 0, 0, 0, 0, 0, 0, 0, n};
 }
 
-Value octets(std::initializer_list<oid> values) {
-    Value value;
-    for (const oid octet : values) value += static_cast<char>(octet);
-    return value;
+Value octets(std::initializer_list<oid> values) { return octets_of(values.begin(), values.size()); }
+
+class Snooping {
+public:
+    Snooping(Switch&, const Words&);
+    void describe(Description&);
+    void vlan_interface_made(std::uint32_t ifindex) { interfaces_[ifindex]; }
+    void vlan_interface_removed(std::uint32_t ifindex) { interfaces_.erase(ifindex); }
+    void forget(std::uint32_t vid);
+
+private:
+    void learn(oid port, oid vid, const Index& group);
+    void add_interface_tables(Description&);
+    void add_group_tables(Description&);
+    void add_interface_lines(Description&);
+    void add_port_lines(Description&);
+    PortList found_routers(const VlanSnooping&, oid ifindex) const;
+    Duration expiry(const Membership&) const;
+    Rows statistics() const;
+    Outcome static_group(const Entered&, const Arguments&, bool add);
+    std::string name(const char* object) const { return std::string(words_.tables) + object; }
+
+    const Words& words_;
+    Switch& switch_;
+    VlanInterfaces& vlan_interfaces_;
+    Vlans& vlans_;
+    Ports& ports_;
+    std::map<std::uint32_t, VlanSnooping> interfaces_;  // by the ifIndex of a VLAN interface
+    // The others by the index of their tables, where VLANs are their interfaces' ifIndex and addresses type, length,
+    // octets.
+    std::map<Index, Membership> groups_;          // port, VLAN, group
+    std::map<Index, Membership> sources_;         // port, VLAN, group, source
+    std::map<Index, Value> hosts_;                // MAC address by VLAN, port, group, host
+    std::map<Index, Duration> reports_;           // since when, by VLAN, group
+    std::map<Index, std::uint32_t> limits_;       // groups at most, by port, VLAN, type
+    std::map<Index, std::string> access_groups_;  // access list by port, VLAN, type
+};
+
+Snooping::Snooping(Switch& its_switch, const Words& words)
+    : words_(words),
+      switch_(its_switch),
+      vlan_interfaces_(its_switch.area<VlanInterfaces>()),
+      vlans_(its_switch.area<Vlans>()),
+      ports_(its_switch.area<Ports>()) {
+    const auto group = [&](oid n) { return group_address(words_.type, n); };
+    for (const oid port : {1u, 2u}) learn(port, 1, group(1));
+    for (const oid port : {5u, 6u, 13u}) learn(port, 10, group(2));
+    learn(5, 10, group(3));
+    for (oid n = 4; groups_.size() < its_switch.size().groups; ++n) learn(n % 4 + 5, 10, group(n));
+    limits_[{kPortIfIndexBase + 5, kVlanIfIndexBase + 10, words_.type}] = 64;
+    access_groups_[{kPortIfIndexBase + 6, kVlanIfIndexBase + 10, words_.type}] = "office-channels";
+    for (const auto& [ifindex, interface] : its_switch.area<Interfaces>().all())
+        if (VlanInterfaces::is_one(ifindex)) interfaces_[ifindex].router_ports.set(25, true);
 }
 
 // A host behind a port has reported a group, and from which source it wants it.
-void learn(Model& model, Protocol protocol, std::uint32_t port, std::uint32_t vid, const Index& group) {
-    Snooping& known = model.snooping[protocol];
+void Snooping::learn(oid port, oid vid, const Index& group) {
     const Index on_port{kPortIfIndexBase + port}, on_vlan{kVlanIfIndexBase + vid};
     const Membership member{false, Duration(), octets({10, 0, vid, 100 + port})};
-    known.groups.emplace(join({on_port, on_vlan, group}), member);
-    known.sources.emplace(join({on_port, on_vlan, group, host_address(protocol, vid, 10)}), member);
-    known.hosts.emplace(join({on_vlan, on_port, group, host_address(protocol, vid, 100 + port)}),
-                        octets({0x02, 0x48, 0x00, 0x00, vid, port}));
-    known.reports.emplace(join({on_vlan, group}), Duration());
+    groups_.emplace(join({on_port, on_vlan, group}), member);
+    sources_.emplace(join({on_port, on_vlan, group, host_address(words_.type, vid, 10)}), member);
+    hosts_.emplace(join({on_vlan, on_port, group, host_address(words_.type, vid, 100 + port)}),
+                   octets({0x02, 0x48, 0x00, 0x00, vid, port}));
+    reports_.emplace(join({on_vlan, group}), Duration());
+}
+
+void Snooping::forget(std::uint32_t vid) {
+    const auto from = [vlan = kVlanIfIndexBase + vid](auto& rows, std::size_t at) {
+        std::erase_if(rows, [vlan, at](const auto& row) { return row.first[at] == vlan; });
+    };
+    from(groups_, 1);
+    from(sources_, 1);
+    from(hosts_, 0);
+    from(reports_, 0);
+    from(limits_, 1);
+    from(access_groups_, 1);
 }
 
 // --- Tables ----------------------------------------------------------------------------------------------------------
 
-// Rows of VLAN interfaces, whose index has the protocol behind the interface.
-Rows on_vlan_interfaces(const Model& model, Protocol protocol, Columns<Interface> columns) {
-    return translated(
-        rows_of(model.interfaces, std::move(columns)), [](const Index& index) { return Index{index[0]}; },
-        [protocol](const Index& index) -> std::optional<Index> {
-            if (index[0] > kVlanIfIndexBase + kLastVlan) return {};
-            return Index{index[0], protocol};
-        });
-}
-
-// What counts on a port in a VLAN: steady rates that differ from column to column.
-std::uint32_t events(const Model& model, const Index& index, int magic) {
-    const auto queries = static_cast<std::uint32_t>(model.uptime() / kQueryInterval);
-    return queries * (1 + (index[0] + index[1] + static_cast<oid>(magic)) % 7) & 0x7fffffff;
-}
-
-// Every port in every VLAN that it is a member of and that has an interface.
-Rows statistics_rows(const Model& model, Protocol protocol) {
-    Rows rows;
-    for (int magic = 4; magic <= 11; ++magic) rows.magics.push_back(magic);
-    const auto is_row = [&model](oid port, oid vlan) {
-        const auto known = model.vlans.find(vlan - kVlanIfIndexBase);
-        return model.ports.contains(port) && model.interfaces.contains(vlan) && known != model.vlans.end() &&
-               known->second.egress.has(port - kPortIfIndexBase);
-    };
-    const auto answer = [&model](int magic, Index index) {
-        Value value = number(events(model, index, magic));
-        return Answer{std::move(index), std::move(value)};
-    };
-    rows.at = [=](int magic, const Index& index) -> std::optional<Answer> {
-        if (!is_row(index[0], index[1])) return {};
-        return answer(magic, index);
-    };
-    rows.behind = [=, &model](int magic, const Index& index) -> std::optional<Answer> {
-        for (auto port = model.ports.lower_bound(index[0]); port != model.ports.end(); ++port) {
-            // On the port asked for, behind the VLAN asked for.
-            const oid asked = port->first == index[0] ? index[1] : 0;
-            auto vlan = model.interfaces.upper_bound(asked);
-            for (; vlan != model.interfaces.end() && vlan->second.port == nullptr; ++vlan)
-                if (is_row(port->first, vlan->first)) return answer(magic, {port->first, vlan->first, protocol});
-        }
-        return {};
-    };
-    return rows;
-}
-
-Columns<Interface> vlan_columns(Protocol protocol) {
-    const auto flag = [protocol](bool VlanSnooping::*which) {
-        return [protocol, which](const Interface& i) { return truth(i.snooping[protocol].*which); };
-    };
-    return {
-        {2, flag(&VlanSnooping::enabled)},          {3, flag(&VlanSnooping::querier)},
-        {4, flag(&VlanSnooping::querier)},                                          // no other querier is about
-        {5, flag(&VlanSnooping::immediate_leave)},  {6, [](const Interface&) { return number(1); }},  // any version
-        {7, flag(&VlanSnooping::host_based_leave)},
-    };
-}
-
-Columns<Interface> router_columns(const Model& model, Protocol protocol) {
-    return {
-        {3, [protocol](const Interface& i) { return i.snooping[protocol].router_ports.value(); }},
-        // The routers are behind trunks.
-        {4,
-         [&model, protocol](const Interface& i) {
-             PortList found;
-             const auto vlan = model.vlans.find(i.ifindex - kVlanIfIndexBase);
-             for (const auto& [ifindex, port] : model.ports)
-                 if (vlan != model.vlans.end() && port.mode == PortMode::trunk && model.interfaces.at(ifindex).up)
-                     found.set(port.number(), vlan->second.egress.has(port.number()) &&
-                                                  !i.snooping[protocol].no_router_ports.has(port.number()));
-             return found.value();
-         }},
-        {5, [protocol](const Interface& i) { return i.snooping[protocol].no_router_ports.value(); }},
-    };
+// The routers are behind trunks.
+PortList Snooping::found_routers(const VlanSnooping& on_vlan, oid ifindex) const {
+    PortList found;
+    for (const auto& [port, settings] : vlans_.ports()) {
+        const oid n = port - kPortIfIndexBase;
+        if (settings.mode == PortMode::trunk && ports_.interfaces().is_up(port))
+            found.set(n, vlans_.has(ifindex - kVlanIfIndexBase, port) && !on_vlan.no_router_ports.has(n));
+    }
+    return found;
 }
 
 // Configured ones stay; others are renewed by the answer to each query.
-Value expiry(const Model& model, const Membership& member) {
-    if (member.configured) return number(0);
-    return ticks(kMembershipTime - (model.uptime() - member.since) % kQueryInterval);
+Duration Snooping::expiry(const Membership& member) const {
+    if (member.configured) return {};
+    return kMembershipTime - (switch_.uptime() - member.since) % kQueryInterval;
 }
 
-void add_tables(const Model& model, TableStore& store, Protocol protocol) {
-    const Words& words = words_of(protocol);
-    const Snooping& known = model.snooping[protocol];
-    const auto table = [&](const char* name, const char* keyed, KeyLayout key, Rows rows) {
-        return Table{.name = std::string(words.tables) + name,
-                     .keyed = std::string(words.show) + keyed,
-                     .key = std::move(key),
-                     .rows = std::move(rows)};
+// Every port in every VLAN that it is a member of and that has an interface. What counts there has steady rates that
+// differ from column to column.
+Rows Snooping::statistics() const {
+    struct Counts {};
+    const FindRow<Counts> from = [this](const Index& index) -> std::optional<std::pair<Index, Counts>> {
+        for (auto port = lower_bound(ports_.all(), {index[0]}); port != ports_.all().end(); ++port)
+            for (const auto& [vlan, snooping] : interfaces_) {
+                Index row{port->first, vlan, words_.type};
+                if (row >= index && vlans_.has(vlan - kVlanIfIndexBase, port->first))
+                    return std::pair{std::move(row), Counts{}};
+            }
+        return {};
     };
-    // With addresses behind that many numbers. The command says the protocol too, as the type of the first address.
-    const auto address_table = [&](const char* name, const char* keyed, KeyLayout key, std::size_t numbers, Rows rows) {
-        return Table{.name = std::string(words.tables) + name,
-                     .keyed = fmt::format(fmt::runtime(keyed), fmt::arg("show", words.show),
-                                          fmt::arg("source", words.show_source),
-                                          fmt::arg("type", static_cast<std::uint32_t>(protocol)),
-                                          fmt::arg("n", "{int}"), fmt::arg("address", "[{address}]")),
-                     .key = std::move(key),
-                     .rows = std::move(rows),
-                     .arguments =
-                         [numbers](const Index& index) {
-                             return Index(index.begin(), index.begin() + static_cast<std::ptrdiff_t>(numbers));
-                         },
-                     .addresses_behind = numbers};
-    };
-    const auto one = [](const auto&) { return number(1); };
-    const auto up = [&model](const Membership& m) { return ticks(model.uptime() - m.since); };
-    const auto expires = [&model](const Membership& m) { return expiry(model, m); };
+    Columns<Counts> columns;
+    for (int magic = 4; magic <= 11; ++magic)
+        columns.emplace_back(magic, fmt::format("{}StatisticColumn{}", words_.tables, magic),
+                             [this, magic](const Counts&, const Index& index) {
+                                 const auto queries = static_cast<std::uint32_t>(switch_.uptime() / kQueryInterval);
+                                 const oid rate = 1 + (index[0] + index[1] + static_cast<oid>(magic)) % 7;
+                                 return queries * rate & 0x7fffffff;
+                             });
+    return rows_from(from, std::move(columns));
+}
 
-    store.add(table("Table", " interface {int} {int}", {{2}, {2}},
-                    on_vlan_interfaces(model, protocol, vlan_columns(protocol))));
-    store.add(table("MrouterTable", " mrouter {int} {int}", {{2}, {2}},
-                    on_vlan_interfaces(model, protocol, router_columns(model, protocol))));
-    store.add(table("FilterTable", " filter {int} {int} {int}", {{2}, {2}, {2}},
-                    rows_of(known.limits, {{4, [](std::uint32_t limit) { return number(limit); }}})));
-    store.add(table("AccGrpTable", " access-group {int} {int} {int}", {{2}, {2}, {2}},
-                    rows_of(known.access_groups, {{4, [](const std::string& name) { return name; }}, {5, one}})));
-    store.add(
-        table("StatisticTable", " statistics {int} {int} {int}", {{2}, {2}, {2}}, statistics_rows(model, protocol)));
+void Snooping::add_interface_tables(Description& d) {
+    d.table({.name = name("Table"),
+             .show = fmt::format("{} interface {{int}} {{int}}", words_.show),
+             .key = {kInteger, kInteger},
+             .rows = rows_of(interfaces_, {{2, name("State"), &VlanSnooping::enabled},
+                                           {3, name("QuerierState"), &VlanSnooping::querier},
+                                           {4, name("Column4"), &VlanSnooping::querier},  // no other querier is about
+                                           {5, name("ImmediateLeave"), &VlanSnooping::immediate_leave},
+                                           {6, name("MinimumVersion"), 1},  // any
+                                           {7, name("HostBaseFastLeave"), &VlanSnooping::host_based_leave}})
+                         .ending({words_.type})});
+    d.table({.name = name("MrouterTable"),
+             .show = fmt::format("{} mrouter {{int}} {{int}}", words_.show),
+             .key = {kInteger, kInteger},
+             .rows = rows_of(interfaces_, {{3, name("MrouterDesignate"), &VlanSnooping::router_ports},
+                                           {4, name("MrouterLearned"),
+                                            [this](const VlanSnooping& on_vlan, const Index& index) {
+                                                return found_routers(on_vlan, index[0]);
+                                            }},
+                                           {5, name("MrouterNotAllowed"), &VlanSnooping::no_router_ports}})
+                         .ending({words_.type})});
+}
 
-    store.add(address_table(
-        "GroupTable", "{show} group {n} {n} {type} {address}", {{2}, {2}, {10}}, 2,
-        rows_of(known.groups,
-                {{5, one},
-                 {6, [](const Membership& m) { return number(m.configured ? 1 : 2); }},
-                 {7, up},
-                 {8, expires},
-                 {9, [](const Membership& m) { return number(m.configured ? 2 : 1); }},  // exclude, include
-                 {10, [protocol](const Membership&) { return number(protocol == kIgmp ? 3 : 2); }},
-                 {11, [](const Membership& m) { return m.reporter; }}})));
-    store.add(address_table("GroupSrcTable", "{source} source {n} {n} {type} {address} {address}", {{2}, {2}, {13}}, 2,
-                            rows_of(known.sources, {{2, one}, {3, up}, {4, expires}, {5, one}})));
-    store.add(address_table("HostTable", "{show} host {n} {type} {address} {n} {address}", {{2}, {2}, {13}}, 2,
-                            rows_of(known.hosts, {{5, [](const Value& mac) { return mac; }}})));
-    const auto reports = [&model](Duration since) {
-        return number(static_cast<std::uint32_t>((model.uptime() - since) / kQueryInterval) + 1);
-    };
-    store.add(address_table("StatisticGroupTable", "{show} statistics group {n} {type} {address}", {{2}, {10}}, 1,
-                            rows_of(known.reports, {{4, reports}})));
+void Snooping::add_group_tables(Description& d) {
+    const KeyLayout three{kInteger, kInteger, kInteger};
+    d.table({.name = name("FilterTable"),
+             .show = fmt::format("{} filter {{int}} {{int}} {{int}}", words_.show),
+             .key = three,
+             .rows = rows_of(limits_, {{4, name("FilterLimit"), [](std::uint32_t limit) { return limit; }}})});
+    d.table({.name = name("AccGrpTable"),
+             .show = fmt::format("{} access-group {{int}} {{int}} {{int}}", words_.show),
+             .key = three,
+             .rows = rows_of(access_groups_, {{4, name("AccessGroup"), [](const std::string& list) { return list; }},
+                                              {5, name("AccGrpStatus"), 1}})});
+    d.table({.name = name("StatisticTable"),
+             .show = fmt::format("{} statistics {{int}} {{int}} {{int}}", words_.show),
+             .key = three,
+             .rows = statistics()});
+
+    const auto up_time = [this](const Membership& m) { return switch_.uptime() - m.since; };
+    const auto expires = [this](const Membership& m) { return expiry(m); };
+    d.table(
+        {.name = name("GroupTable"),
+         .show = fmt::format("{} group {{int}} {{int}} {{int}} [{{address}}]", words_.show),
+         .key = {kInteger, kInteger, kAddress},
+         .rows = rows_of(groups_, {{5, name("GroupStatus"), 1},
+                                   {6, name("GroupColumn6"), [](const Membership& m) { return m.configured ? 1 : 2; }},
+                                   {7, name("GroupUpTime"), up_time},
+                                   {8, name("GroupExpiryTime"), expires},
+                                   // exclude, include
+                                   {9, name("GroupColumn9"), [](const Membership& m) { return m.configured ? 2 : 1; }},
+                                   {10, name("GroupColumn10"), words_.type == kIgmpType ? 3 : 2},
+                                   {11, name("GroupLastReporter"), &Membership::reporter}}),
+         .forced_type = true});
+    d.table({.name = name("GroupSrcTable"),
+             .show = fmt::format("{} source {{int}} {{int}} {{int}} [{{address}}] [{{address}}]", words_.show_source),
+             .key = {kInteger, kInteger, kAddressPair},
+             .rows = rows_of(sources_, {{2, name("GroupSrcStatus"), 1},
+                                        {3, name("GroupSrcUpTime"), up_time},
+                                        {4, name("GroupSrcExpiryTime"), expires},
+                                        {5, name("GroupSrcColumn5"), 1}}),
+             .forced_type = true});
+    d.table({.name = name("HostTable"),
+             .show = fmt::format("{} host {{int}} {{int:3}} [{{address}}] {{int:2}} [{{address:6}}]", words_.show),
+             .key = {kInteger, kInteger, kAddressPair},
+             .rows = rows_of(hosts_, {{5, name("HostAddress"), [](const Value& mac) { return mac; }}}),
+             .forced_type = true});
+    d.table({.name = name("StatisticGroupTable"),
+             .show = fmt::format("{} statistics group {{int}} {{int}} [{{address}}]", words_.show),
+             .key = {kInteger, kAddress},
+             .rows = rows_of(reports_,
+                             {{4, name("StatisticGroupColumn4"),
+                               [this](Duration since) { return (switch_.uptime() - since) / kQueryInterval + 1; }}}),
+             .forced_type = true});
 }
 
 // --- Lines -----------------------------------------------------------------------------------------------------------
 
-// Lines of a VLAN interface's mode.
-class VlanLines {
+Outcome Snooping::static_group(const Entered& entered, const Arguments& arguments, bool add) {
+    const oid port = switch_.area<Interfaces>().find(arguments[2].text);
+    if (!ports_.all().contains(port)) return refused("there is no such port");
+    const Index group = arguments[0].index();
+    if (words_.type == kIgmpType ? group[2] / 16 != 14 : group[2] != 255)
+        return refused("the group is no multicast address");
+    auto& rows = arguments[1].present ? sources_ : groups_;
+    const Index index = join({{port, entered.object}, group, arguments[1].index()});
+    const auto row = rows.find(index);
+    const bool is_configured = row != rows.end() && row->second.configured;
+    if (add && !is_configured) rows.insert_or_assign(index, Membership{true, switch_.uptime(), octets({0, 0, 0, 0})});
+    if (!add && !is_configured) return refused("there is no such static group");
+    if (!add) rows.erase(row);
+    return accepted;
+}
+
+void Snooping::add_interface_lines(Description& d) {
+    const Lines<VlanSnooping> on_vlan = vlan_interfaces_.lines(d).of(interfaces_);
+    const std::string line = words_.lines;
+    on_vlan.flag(line, &VlanSnooping::enabled);
+    on_vlan.flag(line + " querier", &VlanSnooping::querier);
+    on_vlan.flag(line + " " + words_.immediate_leave, &VlanSnooping::immediate_leave);
+    on_vlan.flag(line + " host-based fast-leave", &VlanSnooping::host_based_leave);
+
+    // The interface, and a port list of three words, whose octets are in little-endian order.
+    const auto ports = [&](const char* words, PortList VlanSnooping::*which) {
+        on_vlan.line(fmt::format("{} {{int}} {{int}} {{int}} {{int}}", words),
+                     [which](VlanSnooping& s, const Arguments& arguments, const Entered& entered) {
+                         if (arguments[0].number != entered.object) return refused("it names another interface");
+                         auto& list = (s.*which).octets;
+                         for (std::size_t i = 0; i < list.size(); ++i)
+                             list[i] = static_cast<unsigned char>(arguments[1 + i / 4].number >> 8 * (i % 4));
+                         return accepted;
+                     });
+    };
+    ports(words_.designate, &VlanSnooping::router_ports);
+    ports(words_.forbid, &VlanSnooping::no_router_ports);
+
+    for (const bool add : {true, false})
+        on_vlan.line(fmt::format("{}{} static-group {} [source {}] interface {{word}}", add ? "" : "no ", words_.lines,
+                                 words_.address, words_.address),
+                     [this, add](VlanSnooping&, const Arguments& arguments, const Entered& entered) {
+                         return static_group(entered, arguments, add);
+                     });
+}
+
+void Snooping::add_port_lines(Description& d) {
+    // The last argument of each is the VLAN: together with the port it is a row.
+    const Lines<Port> port = ports_.lines(d);
+    const auto row_line = [&](const std::string& pattern, auto set) {
+        port.line(pattern + " vlan {1..4094}",
+                  [this, set](Port&, const Arguments& arguments, const Entered& entered) -> Outcome {
+                      const oid vid = arguments.back().number;
+                      if (!vlans_.has(vid)) return refused("there is no such VLAN");
+                      return set(Index{entered.object, kVlanIfIndexBase + vid, words_.type}, arguments);
+                  });
+    };
+    row_line(fmt::format("{} limit {{1..2048}}", words_.lines), [this](const Index& row, const Arguments& arguments) {
+        limits_[row] = arguments[0].number;
+        return accepted;
+    });
+    row_line(words_.no_limit, [this](const Index& row, const Arguments&) {
+        limits_.erase(row);
+        return accepted;
+    });
+    row_line(
+        fmt::format("{} access-group {{word}}", words_.lines), [this](const Index& row, const Arguments& arguments) {
+            if (arguments[0].text.size() > kLongestAccessList)
+                return refused(fmt::format("the name of an access list has at most {} octets", kLongestAccessList));
+            access_groups_[row] = arguments[0].text;
+            return accepted;
+        });
+    row_line(fmt::format("no {} access-group {{word}}", words_.lines),
+             [this](const Index& row, const Arguments& arguments) {
+                 const auto known = access_groups_.find(row);
+                 if (known == access_groups_.end() || known->second != arguments[0].text)
+                     return refused("there is no such access group");
+                 access_groups_.erase(known);
+                 return accepted;
+             });
+}
+
+void Snooping::describe(Description& d) {
+    add_interface_tables(d);
+    add_group_tables(d);
+    add_interface_lines(d);
+    add_port_lines(d);
+}
+
+class BothSnoopings : public Area {
 public:
-    VlanLines(Model& model, CommandLine& lines, Protocol protocol)
-        : model_(model), lines_(lines), protocol_(protocol) {}
-
-    void flag(const std::string& line, bool VlanSnooping::*which) {
-        for (const bool on : {true, false})
-            add(on ? line : "no " + line, [=, protocol = protocol_](Interface& interface, const Arguments&) {
-                interface.snooping[protocol].*which = on;
-                return accepted;
-            });
+    explicit BothSnoopings(Switch& its_switch) : Area(its_switch), igmp_(its_switch, kIgmp), mld_(its_switch, kMld) {}
+    void describe(Description& d) override {
+        igmp_.describe(d);
+        mld_.describe(d);
     }
-
-    // A port list of three words, whose octets are in little-endian order.
-    void ports(const char* line, PortList VlanSnooping::*which) {
-        add(line + std::string(" {int} {int} {int} {int}"),
-            [=, protocol = protocol_](Interface& interface, const Arguments& arguments) {
-                if (arguments[0].number != interface.ifindex) return refused("it names another interface");
-                auto& octets = (interface.snooping[protocol].*which).octets;
-                for (std::size_t i = 0; i < octets.size(); ++i)
-                    octets[i] = static_cast<unsigned char>(arguments[1 + i / 4].number >> 8 * (i % 4));
-                return accepted;
-            });
+    void interface_made(std::uint32_t ifindex) override {
+        if (!VlanInterfaces::is_one(ifindex)) return;
+        igmp_.vlan_interface_made(ifindex);
+        mld_.vlan_interface_made(ifindex);
     }
-
-    void static_groups(const Words& words) {
-        const std::string line =
-            fmt::format("{} static-group {} [source {}] interface {{word}}", words.lines, words.address, words.address);
-        for (const bool on : {true, false})
-            add(on ? line : "no " + line,
-                [=, &model = model_, protocol = protocol_](Interface& interface, const Arguments& arguments) {
-                    const Interface* port = model.find(arguments[2].text);
-                    if (port == nullptr || port->port == nullptr) return refused("there is no such port");
-                    const Index &group = arguments[0].address, &source = arguments[1].address;
-                    if (protocol == kIgmp ? group[2] / 16 != 14 : group[2] != 255)
-                        return refused("the group is no multicast address");
-                    Snooping& known = model.snooping[protocol];
-                    auto& rows = source.empty() ? known.groups : known.sources;
-                    const Index index = join({{port->ifindex, interface.ifindex}, group, source});
-                    const auto row = rows.find(index);
-                    const bool is_configured = row != rows.end() && row->second.configured;
-                    if (on && !is_configured)
-                        rows.insert_or_assign(index, Membership{true, model.uptime(), octets({0, 0, 0, 0})});
-                    if (!on && !is_configured) return refused("there is no such static group");
-                    if (!on) rows.erase(row);
-                    return accepted;
-                });
+    void interface_removed(std::uint32_t ifindex) override {
+        igmp_.vlan_interface_removed(ifindex);
+        mld_.vlan_interface_removed(ifindex);
+    }
+    void vlan_removed(std::uint32_t vid) override {
+        igmp_.forget(vid);
+        mld_.forget(vid);
     }
 
 private:
-    void add(const std::string& pattern, Setting set) {
-        add_setting(model_, lines_, pattern.c_str(),
-                    [set = std::move(set)](Interface& interface, const Arguments& arguments) {
-                        if (interface.port != nullptr) return refused(interface.name + " is no VLAN interface");
-                        return set(interface, arguments);
-                    });
-    }
-
-    Model& model_;
-    CommandLine& lines_;
-    Protocol protocol_;
+    Snooping igmp_, mld_;
 };
-
-void add_port_lines(Model& model, CommandLine& lines, Protocol protocol) {
-    const Words& words = words_of(protocol);
-    // The last argument of each is the VLAN: together with the port it is a row.
-    const auto setting = [&](const std::string& pattern, auto set) {
-        add_port_setting(
-            model, lines, pattern.c_str(), [&model, protocol, set](Port& port, const Arguments& arguments) {
-                const std::uint32_t vid = arguments.back().number;
-                if (!model.vlans.contains(vid)) return refused("there is no such VLAN");
-                return set(model.snooping[protocol], {port.ifindex, kVlanIfIndexBase + vid, protocol}, arguments);
-            });
-    };
-    setting(words.lines + std::string(" limit {1..2048} vlan {1..4094}"),
-            [](Snooping& snooping, const Index& index, const Arguments& arguments) {
-                snooping.limits[index] = arguments[0].number;
-                return accepted;
-            });
-    setting(words.no_limit + std::string(" vlan {1..4094}"),
-            [](Snooping& snooping, const Index& index, const Arguments&) {
-                snooping.limits.erase(index);
-                return accepted;
-            });
-    setting(words.lines + std::string(" access-group {word} vlan {1..4094}"),
-            [](Snooping& snooping, const Index& index, const Arguments& arguments) {
-                if (arguments[0].text.size() > kLongestAccessList)
-                    return refused(fmt::format("the name of an access list has at most {} octets", kLongestAccessList));
-                snooping.access_groups[index] = arguments[0].text;
-                return accepted;
-            });
-    setting(std::string("no ") + words.lines + " access-group {word} vlan {1..4094}",
-            [](Snooping& snooping, const Index& index, const Arguments& arguments) {
-                const auto row = snooping.access_groups.find(index);
-                if (row == snooping.access_groups.end() || row->second != arguments[0].text)
-                    return refused("there is no such access group");
-                snooping.access_groups.erase(row);
-                return accepted;
-            });
-}
 
 }  // namespace
 
-void Model::forget_groups(std::uint32_t vid) {
-    const oid vlan = kVlanIfIndexBase + vid;
-    const auto forget = [vlan](auto& rows, std::size_t at) {
-        std::erase_if(rows, [vlan, at](const auto& row) { return row.first[at] == vlan; });
-    };
-    for (Snooping* known : {&snooping.igmp, &snooping.mld}) {
-        forget(known->groups, 1);
-        forget(known->sources, 1);
-        forget(known->hosts, 0);
-        forget(known->reports, 0);
-        forget(known->limits, 1);
-        forget(known->access_groups, 1);
-    }
-}
-
-void make_groups(Model& model, std::size_t count) {
-    for (const Protocol protocol : {kIgmp, kMld}) {
-        Snooping& known = model.snooping[protocol];
-        const auto group = [protocol](oid n) { return group_address(protocol, n); };
-        for (const std::uint32_t port : {1u, 2u}) learn(model, protocol, port, 1, group(1));
-        for (const std::uint32_t port : {5u, 6u, 13u}) learn(model, protocol, port, 10, group(2));
-        learn(model, protocol, 5, 10, group(3));
-        for (oid n = 4; known.groups.size() < count; ++n) learn(model, protocol, n % 4 + 5, 10, group(n));
-        known.limits[{kPortIfIndexBase + 5, kVlanIfIndexBase + 10, protocol}] = 64;
-        known.access_groups[{kPortIfIndexBase + 6, kVlanIfIndexBase + 10, protocol}] = "office-channels";
-        for (auto& [ifindex, interface] : model.interfaces)
-            interface.snooping[protocol].router_ports.set(25, interface.port == nullptr);
-    }
-}
-
-void add_snooping(Model& model, TableStore& store, CommandLine& lines) {
-    for (const Protocol protocol : {kIgmp, kMld}) {
-        const Words& words = words_of(protocol);
-        add_tables(model, store, protocol);
-        VlanLines on_vlan(model, lines, protocol);
-        const std::string line = words.lines;
-        on_vlan.flag(line, &VlanSnooping::enabled);
-        on_vlan.flag(line + " querier", &VlanSnooping::querier);
-        on_vlan.flag(line + " " + words.immediate_leave, &VlanSnooping::immediate_leave);
-        on_vlan.flag(line + " host-based fast-leave", &VlanSnooping::host_based_leave);
-        on_vlan.ports(words.designate, &VlanSnooping::router_ports);
-        on_vlan.ports(words.forbid, &VlanSnooping::no_router_ports);
-        on_vlan.static_groups(words);
-        add_port_lines(model, lines, protocol);
-    }
-}
+void add_snooping(Switch& areas) { areas.area<BothSnoopings>(); }
 
 }  // namespace sw

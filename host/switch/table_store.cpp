@@ -3,176 +3,169 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
-#include <cstring>
 #include <limits>
 #include <stdexcept>
 
 namespace sw {
 namespace {
 
-constexpr int kFixedString = 0;
-constexpr int kCountedString = 14;
+constexpr std::size_t kNone = std::string::npos;
 
-struct Extent {
-    std::size_t octets;
-    std::size_t alignment;
-};
+bool is_compared(PlaceType type) {
+    return type == PlaceType::number || type == PlaceType::octets || type == PlaceType::address ||
+           type == PlaceType::prefix;
+}
 
-// The place that a field takes in a key record.
-Extent extent_of(const Field& field) {
-    switch (field.kind) {
-        case kFixedString:
-        case kCountedString: return {field.octets, 1};
-        case 2:
-        case 8: return {sizeof(std::uint32_t), alignof(std::uint32_t)};
-        case 6: return {6, 1};
-        case 7: return {sizeof(InetText), alignof(InetText)};
-        case 10: return {sizeof(InetAddress), alignof(InetAddress)};
-        case 11: return {sizeof(InetPrefix), alignof(InetPrefix)};
-        case 12: return {sizeof(InetPairOnInterface), alignof(InetPairOnInterface)};
-        case 13: return {2 * sizeof(InetAddress), alignof(InetAddress)};
-        default: throw std::invalid_argument(fmt::format("index kind {} has no place in a key", field.kind));
+Part::Type part_for(PlaceType type) {
+    switch (type) {
+        case PlaceType::octets: return Part::Type::octets;
+        case PlaceType::address: return Part::Type::address;
+        case PlaceType::prefix: return Part::Type::prefix;
+        default: return Part::Type::number;
     }
 }
 
-std::size_t align(std::size_t offset, std::size_t alignment) {
-    return (offset + alignment - 1) / alignment * alignment;
+bool is_zero(const Index& index, const Part& part) {
+    return std::all_of(index.begin() + static_cast<std::ptrdiff_t>(part.at),
+                       index.begin() + static_cast<std::ptrdiff_t>(part.at + part.count),
+                       [](oid id) { return id == 0; });
 }
 
-template <class Convert>
-Convert* converter(int slot) {
-    return reinterpret_cast<Convert*>(uib_oid_convert[slot]);
-}
-
-// Compares the addresses that a command spells with those in the key's index from `at` on. The type of a key's address
-// may have been forced, and a command without an address stands for one of no known type: the index gets the type that
-// was asked for, so that a walk goes on from there.
-bool agree(Index& index, std::size_t at, const Arguments& arguments) {
-    for (const Argument& argument : arguments) {
-        if (argument.is_number) continue;
-        if (at + 2 > index.size()) return false;
-        const std::size_t length = std::min<std::size_t>(index[at + 1], index.size() - at - 2);
-        const Index& said = argument.address;
-        const bool same_type = !said.empty() && said[0] == index[at];
-        if (same_type && said[1] == length &&
-            !std::equal(said.begin() + 2, said.end(), index.begin() + static_cast<std::ptrdiff_t>(at) + 2))
-            return false;
-        index[at] = said.empty() ? std::numeric_limits<oid>::max() : said[0];
-        at += 2 + length;
-    }
+bool same_octets(const Argument& said, const Index& index, std::size_t at, std::size_t count) {
+    for (std::size_t i = 0; i < said.length; ++i)
+        if (said.octets[i] != (i < count ? index[at + i] : 0)) return false;
     return true;
 }
 
-template <class Number>
-Value octets_of(const Number& number) {
-    return Value(reinterpret_cast<const char*>(&number), sizeof number);
+// An address, which an absent argument stands for when it has no type that can be spelled. Where the type was forced,
+// the index gets the one that was asked for, so that a walk goes on from there.
+bool same_address(const Argument& said, Index& index, const Part& part, bool forced_type) {
+    const oid type = index[part.type_at];
+    const std::size_t count = index[part.at];
+    const bool is_prefix = part.type == Part::Type::prefix;
+    if (forced_type && said.address_type != type) {
+        index[part.type_at] = said.present ? said.address_type : std::numeric_limits<oid>::max();
+        return true;
+    }
+    if (is_prefix && said.bits != index[part.at + 1 + count]) return false;
+    const bool has_type = type == 1 || type == 2;
+    if (has_type && said.address_type != type) return false;
+    return same_octets(said, index, part.at + 1, has_type ? count : 0);
 }
 
 }  // namespace
 
-Index join(std::initializer_list<Index> parts) {
-    Index joined;
-    for (const Index& part : parts) joined.insert(joined.end(), part.begin(), part.end());
-    return joined;
+Rows Rows::under(Index before) const {
+    return {objects_,
+            [rows = *this, before = std::move(before)](std::size_t column, const Index& index,
+                                                       bool exact) -> std::optional<Answer> {
+                const auto size = static_cast<std::ptrdiff_t>(std::min(before.size(), index.size()));
+                const Index start(index.begin(), index.begin() + size);
+                if (start > before || (exact && start != before)) return {};
+                const Index inner = start == before ? Index(index.begin() + size, index.end()) : Index();
+                std::optional<Answer> answer = rows.find_(column, inner, exact);
+                if (answer) answer->index = join({before, answer->index});
+                return answer;
+            }};
 }
 
-KeyLayout::KeyLayout(std::initializer_list<Field> fields, std::size_t size) {
-    std::size_t alignment = 1;
-    for (const Field& field : fields) {
-        const Extent extent = extent_of(field);
-        alignment = std::max(alignment, extent.alignment);
-        fields_.push_back({field, align(size_, extent.alignment)});
-        size_ = fields_.back().offset + extent.octets;
-    }
-    size_ = std::max(align(size_, alignment), size);
-    clear_ = encode(std::vector<unsigned char>(size_).data());
+Rows Rows::ending(Index after, std::size_t length) const {
+    return {objects_,
+            [rows = *this, after = std::move(after), length](std::size_t column, const Index& index,
+                                                             bool exact) -> std::optional<Answer> {
+                const auto size = static_cast<std::ptrdiff_t>(std::min(length, index.size()));
+                const Index rest(index.begin() + size, index.end());
+                if (exact && rest != after) return {};
+                Index inner(index.begin(), index.begin() + size);
+                if (rest > after) inner.push_back(0);
+                std::optional<Answer> answer = rows.find_(column, inner, exact);
+                if (answer) answer->index = join({answer->index, after});
+                return answer;
+            }};
 }
 
-Index KeyLayout::encode(const void* key) const {
-    std::array<oid, services::kMaxSubIds> ids{};
-    std::size_t count = 0;
-    for (const auto& [field, offset] : fields_) {
-        const auto* octets = static_cast<const unsigned char*>(key) + offset;
-        if (field.kind == kFixedString) {
-            if (count + field.octets > services::kMaxSubIds) break;
-            std::copy_n(octets, field.octets, ids.begin() + count);
-            count += field.octets;
-            continue;
+Rows Rows::within(oid low, oid high, oid less) const {
+    return {objects_,
+            [rows = *this, low, high, less](std::size_t column, Index index, bool exact) -> std::optional<Answer> {
+                if (index.empty() || index[0] < low - less) {
+                    if (exact) return {};
+                    index = {low};
+                } else if (index[0] > high - less) {
+                    return {};
+                } else {
+                    index[0] += less;
+                }
+                std::optional<Answer> answer = rows.find_(column, index, exact);
+                if (!answer || answer->index[0] > high) return {};
+                answer->index[0] -= less;
+                return answer;
+            }};
+}
+
+std::vector<TableStore::Comparison> TableStore::comparisons(const Table& table, const Pattern& pattern) {
+    std::vector<Comparison> comparisons;
+    if (table.key.size() == 0 || table.record) return comparisons;
+    const Parts parts = table.key.parts(table.key.clear());
+    std::size_t argument = 0, part = 0, bracket = kNone, bracket_left = 0;
+    for (const Pattern::Place& place : pattern.places()) {
+        if (place.optional != 0) {
+            bracket_left = place.optional;
+            bracket = kNone;
         }
-        const auto length = static_cast<std::uint32_t>(field.octets);
-        // The descriptor points into the record, which is only read here.
-        const CountedString string{length, length, const_cast<unsigned char*>(octets)};
-        const void* source = field.kind == kCountedString ? static_cast<const void*>(&string) : octets;
-        const int needed = uib_snmp_set_oid_size(ids.data() + count, field.kind, source);
-        if (needed < 0 || count + static_cast<std::size_t>(needed) > services::kMaxSubIds) break;
-        converter<uib_to_oid>(3 * field.kind + 1)(ids.data() + count, source, needed);
-        count += static_cast<std::size_t>(needed);
-    }
-    return {ids.begin(), ids.begin() + static_cast<std::ptrdiff_t>(count)};
-}
-
-void KeyLayout::decode(const Index& index, void* key) const {
-    std::array<oid, services::kNameRoom> ids{};
-    const std::size_t count = std::min(index.size(), services::kMaxSubIds);
-    std::copy_n(index.begin(), count, ids.begin());
-    std::memset(key, 0, size_);
-    std::size_t at = 0;
-    for (const auto& [field, offset] : fields_) {
-        auto* octets = static_cast<unsigned char*>(key) + offset;
-        if (field.kind == kFixedString) {
-            if (at + field.octets > count) return;
-            for (std::size_t i = 0; i < field.octets; ++i) octets[i] = static_cast<unsigned char>(ids[at + i]);
-            at += field.octets;
-            continue;
+        if (is_compared(place.type)) {
+            const Part::Type type = part_for(place.type);
+            if (place.part != 0) part = place.part - 1;
+            while (part < parts.count && parts.parts[part].type != type && place.part == 0) ++part;
+            if (part >= parts.count || parts.parts[part].type != type)
+                throw std::invalid_argument(fmt::format("'{}': not a key of {}", pattern.text(), table.name));
+            if (bracket_left != 0 && bracket == kNone) bracket = comparisons.size();
+            comparisons.push_back({argument, part++, place.added, bracket_left != 0 ? bracket : kNone});
         }
-        CountedString string{0, static_cast<std::uint32_t>(field.octets), octets};
-        void* target = field.kind == kCountedString ? static_cast<void*>(&string) : octets;
-        const int size = uib_snmp_get_oid_size(ids.data() + at, field.kind);
-        if (size < 0 || at + static_cast<std::size_t>(size) > count) return;
-        converter<uib_to_field>(3 * field.kind)(ids.data() + at, size, target);
-        at += static_cast<std::size_t>(size);
+        if (place.type != PlaceType::literal) ++argument;
+        if (bracket_left != 0) --bracket_left;
     }
-}
-
-Value number(std::uint32_t value) { return octets_of(value); }
-
-Value counter64(std::uint64_t value) { return octets_of(value); }
-
-Value object_id(const Index& ids) { return Value(reinterpret_cast<const char*>(ids.data()), ids.size() * sizeof(oid)); }
-
-Rows translated(Rows rows, std::function<Index(const Index&)> inner,
-                std::function<std::optional<Index>(const Index&)> outer) {
-    const auto translate = [inner = std::move(inner), outer = std::move(outer)](auto find) {
-        return [find = std::move(find), inner, outer](int magic, const Index& index) -> std::optional<Answer> {
-            std::optional<Answer> answer = find(magic, inner(index));
-            if (!answer) return {};
-            std::optional<Index> translation = outer(answer->index);
-            if (!translation) return {};
-            return Answer{std::move(*translation), std::move(answer->value)};
-        };
-    };
-    return {std::move(rows.magics), translate(std::move(rows.at)), translate(std::move(rows.behind))};
+    return comparisons;
 }
 
 void TableStore::add(Table table) {
     std::string name = table.name;
-    Pattern first(table.first), keyed(table.keyed);
-    Entry entry{std::move(table), std::move(first), std::move(keyed)};
-    if (name.empty())
-        lookups_.push_back(std::move(entry));
-    else
-        tables_.insert_or_assign(std::move(name), std::move(entry));
+    Pattern pattern(table.show);
+    std::vector<Comparison> compared = comparisons(table, pattern);
+    const bool added =
+        tables_.try_emplace(name, Entry{std::move(table), std::move(pattern), std::move(compared)}).second;
+    if (!added) throw std::invalid_argument(fmt::format("there are two tables {}", name));
 }
 
-void TableStore::add(const std::string& group, std::vector<Scalar> scalars) { groups_[group] = std::move(scalars); }
+void TableStore::add_lookup(std::string show, Rows rows) {
+    Pattern pattern(show);
+    lookups_.push_back(
+        {{.name = {}, .show = std::move(show), .key = {}, .rows = std::move(rows)}, std::move(pattern), {}});
+}
+
+void TableStore::add(const std::string& group, const std::string& show, std::vector<Scalar> scalars) {
+    for (Scalar& scalar : scalars) {
+        if (scalar.show.empty()) scalar.show = show;
+        groups_[group].scalars.push_back(std::move(scalar));
+    }
+}
+
+std::vector<TableStore::Served> TableStore::served() const {
+    std::vector<Served> served;
+    for (const auto& [name, entry] : tables_)
+        for (const Rows::Object& object : entry.table.rows.objects())
+            served.push_back({name, object.magic, object.name});
+    for (const auto& [name, group] : groups_)
+        for (const Scalar& scalar : group.scalars) served.push_back({name, scalar.magic, scalar.name});
+    return served;
+}
 
 const TableStore::Entry* TableStore::entry_for(const services::ShowRequest& request) const {
     const auto table = tables_.find(request.name);
-    if (table != tables_.end()) return &table->second;
+    // A writer asks for its lookups with its own name, or with that of a table.
+    if (table != tables_.end() && request.key != nullptr) return &table->second;
     for (const Entry& lookup : lookups_)
-        if (lookup.keyed.match(request.command).whole) return &lookup;
-    return nullptr;
+        if (lookup.pattern.match(request.command).whole) return &lookup;
+    return table != tables_.end() ? &table->second : nullptr;
 }
 
 bool TableStore::show(services::ShowRequest& request) const {
@@ -205,60 +198,112 @@ bool TableStore::show(services::ShowRequest& request) const {
     return true;
 }
 
+bool TableStore::agree(const Entry& entry, Index& index, const Arguments& arguments) {
+    const Parts parts = entry.table.key.parts(index);
+    for (std::size_t i = 0; i < entry.comparisons.size(); ++i) {
+        const Comparison& comparison = entry.comparisons[i];
+        // What follows an address that is cut short cannot be told apart.
+        if (comparison.part >= parts.count) return true;
+        const Argument& said = arguments[comparison.argument];
+        const Part& part = parts.parts[comparison.part];
+        const bool is_address = part.type == Part::Type::address || part.type == Part::Type::prefix;
+        if (comparison.first_of_bracket != kNone && !is_address) {
+            // Absent for the first row, that is where the bracket's first part is zero. Where the others are not, a
+            // module may look at all of them.
+            const auto zero = [&](const Comparison& one) {
+                return one.part < parts.count && is_zero(index, parts.parts[one.part]);
+            };
+            const bool first_zero = zero(entry.comparisons[comparison.first_of_bracket]);
+            const bool all_zero =
+                std::all_of(entry.comparisons.begin(), entry.comparisons.end(), [&](const Comparison& one) {
+                    return one.first_of_bracket != comparison.first_of_bracket || zero(one);
+                });
+            if (said.present ? all_zero : !first_zero) return false;
+            if (!said.present) continue;
+        }
+        const bool same = is_address ? same_address(said, index, part, entry.table.forced_type)
+                          : part.type == Part::Type::octets
+                              ? said.length == part.count && same_octets(said, index, part.at, part.count)
+                              : said.number == index[part.at] + comparison.added;
+        if (!same) return false;
+    }
+    return !entry.table.agrees || entry.table.agrees(index, arguments);
+}
+
 std::optional<Answer> TableStore::find(const Entry& entry, const services::ShowRequest& request, std::string& refusal) {
     const Table& table = entry.table;
-    const std::vector<int>& magics = table.rows.magics;
-    if (std::find(magics.begin(), magics.end(), request.magic) == magics.end()) {
+    const std::vector<Rows::Object>& objects = table.rows.objects();
+    const auto object = std::find_if(objects.begin(), objects.end(),
+                                     [&](const Rows::Object& each) { return each.magic == request.magic; });
+    if (object == objects.end()) {
         refusal = "there is no such column";
         return {};
     }
+    const auto column = static_cast<std::size_t>(object - objects.begin());
     const std::size_t key_size = request.key != nullptr ? static_cast<std::size_t>(std::max(request.key_size, 0)) : 0;
     if (key_size != table.key.size()) {
         refusal = fmt::format("its key has {} octets instead of {}", key_size, table.key.size());
         return {};
     }
-
-    const bool has_key = key_size != 0;
-    Index index = has_key ? table.key.encode(request.key) : Index();
-    const bool clear = has_key && index == table.key.clear();
-    const bool first = !table.first.empty() && (table.is_first ? table.is_first(index) : clear);
-    const Pattern& pattern = first ? entry.first : entry.keyed;
-    const Pattern::Match match = pattern.match(request.command);
-    if (!match.whole) {
-        refusal = fmt::format("expected '{}'", pattern.text());
+    if (request.request_class != table.request_class) {
+        refusal = fmt::format("its class is {} instead of {}", request.request_class, table.request_class);
         return {};
     }
-    Index said;
-    for (const Argument& argument : match.arguments)
-        if (argument.is_number) said.push_back(argument.number);
-    if (table.record) {
-        std::optional<Index> row = table.record->row(match.arguments);
-        if (!row) {
+    const Pattern::Match match = entry.pattern.match(request.command);
+    if (!match.whole) {
+        refusal = fmt::format("expected '{}'", entry.pattern.text());
+        return {};
+    }
+
+    if (table.record || key_size == 0) {
+        std::optional<Index> index;
+        if (table.record) {
+            index = table.record->row(match.arguments);
+        } else {
+            index.emplace();
+            for (const Argument& argument : match.arguments)
+                if (argument.type == PlaceType::number) index->push_back(argument.number);
+        }
+        if (!index) {
             refusal = "its words contradict each other";
             return {};
         }
-        index = std::move(*row);
-    } else if (!has_key) {
-        index = std::move(said);
-    } else if (!first && (said != table.arguments(index) ||
-                          (table.addresses_behind && !agree(index, *table.addresses_behind, match.arguments)))) {
+        return request.exact ? table.rows.at(column, *index) : table.rows.after(column, std::move(*index));
+    }
+
+    Index index = table.key.encode(request.key);
+    const bool clear = index == table.key.clear();
+    if (!agree(entry, index, match.arguments)) {
         refusal = fmt::format("its key names row {}", fmt::join(index, "."));
         return {};
     }
+    // No row has a clear key: the row after it is the first one.
+    if (clear && request.exact) return {};
+    if (!table.scope) return request.exact ? table.rows.at(column, index) : table.rows.after(column, std::move(index));
 
-    // A clear key sorts before every row, so the row behind it is the first one. (A row whose index is all zeros could
-    // not be told from it; a walk passes over such a one, as it would never come past it.)
-    const bool exact = request.exact && !(clear && table.clear_key_is_first_row);
-    return exact ? table.rows.at(request.magic, index) : table.rows.behind(request.magic, index);
+    const std::optional<Index> scope = table.scope(match.arguments);
+    if (!scope) {
+        refusal = "its words contradict each other";
+        return {};
+    }
+    index = join({*scope, index});
+    std::optional<Answer> answer =
+        request.exact ? table.rows.at(column, index) : table.rows.after(column, std::move(index));
+    if (!answer || !std::equal(scope->begin(), scope->end(), answer->index.begin())) return {};
+    answer->index.erase(answer->index.begin(), answer->index.begin() + static_cast<std::ptrdiff_t>(scope->size()));
+    return answer;
 }
 
-std::optional<Answer> TableStore::find(const std::vector<Scalar>& scalars, const services::ShowRequest& request,
-                                       std::string& refusal) {
-    for (const Scalar& scalar : scalars) {
+std::optional<Answer> TableStore::find(const Group& group, const services::ShowRequest& request, std::string& refusal) {
+    for (const Scalar& scalar : group.scalars) {
         if (scalar.magic != request.magic) continue;
-        if (request.command == scalar.command) return Answer{{}, scalar.value()};
-        refusal = fmt::format("expected '{}'", scalar.command);
-        return {};
+        if (request.command != scalar.show) {
+            refusal = fmt::format("expected '{}'", scalar.show);
+            return {};
+        }
+        std::optional<Value> value = scalar.value();
+        if (!value) return {};
+        return Answer{{}, std::move(*value)};
     }
     refusal = "there is no such object";
     return {};

@@ -3,71 +3,52 @@
 
 #include "services/services.h"
 #include "switch/grammar.h"
+#include "switch/key.h"
+#include "switch/values.h"
 
+#include <algorithm>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <initializer_list>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <type_traits>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 namespace sw {
 
-// A row's index as the sub-identifiers behind the column; rows stand in the order of these.
-using Index = std::vector<oid>;
-Index join(std::initializer_list<Index> parts);
-
-// --- Keys ------------------------------------------------------------------------------------------------------------
-
-// One index field of a key record, by its kind of index conversion.
-struct Field {
-    int kind;
-    std::size_t octets = 0;  // of a fixed-size (0) or counted (14) string, whose kind doesn't say it
-};
-
-// A key record: its index fields one behind the other, laid out as a C struct. No field at all: a lookup without a key.
-class KeyLayout {
-public:
-    KeyLayout() = default;
-    // `size` is the record's, where it has more than the index fields; 0: just those. Throws std::invalid_argument for
-    // a kind that has no place in a key.
-    KeyLayout(std::initializer_list<Field> fields, std::size_t size = 0);
-
-    std::size_t size() const { return size_; }
-    Index encode(const void* key) const;
-    // Clears the record and fills in its index fields.
-    void decode(const Index& index, void* key) const;
-    const Index& clear() const { return clear_; }  // index of an all-zero record
-
-private:
-    struct Placed {
-        Field field;
-        std::size_t offset;
-    };
-    std::vector<Placed> fields_;
-    std::size_t size_ = 0;
-    Index clear_;
-};
-
-// --- Values ----------------------------------------------------------------------------------------------------------
-
-// A value as the library takes it: the octets of a number in machine order, of a text, of an OBJECT IDENTIFIER.
-using Value = std::string;
-
-Value number(std::uint32_t value);  // INTEGER, Gauge32, Counter32, TimeTicks
-Value counter64(std::uint64_t value);
-Value object_id(const Index& ids);
-inline Value truth(bool value) { return number(value ? 1 : 2); }  // as well up and down, enabled and disabled
-
 // --- Rows ------------------------------------------------------------------------------------------------------------
 
-// How a row answers each column, by magic. None: this row has no such object, and a walk passes over it.
+// A column of rows that are `Row`s: its magic number, its object's name, and where its value comes from: a member, a
+// member function, a function of the row, of the row and its index or of nothing, or a constant. See value_of() for
+// what these become; an absent value is that of a row that does not have the object, and a walk passes over it.
 template <class Row>
-using Columns = std::map<int, std::function<std::optional<Value>(const Row&)>>;
+struct Column {
+    int magic;
+    std::string name;
+    std::function<std::optional<Value>(const Row&, const Index&)> value;
+
+    template <class Source>
+    Column(int its_magic, std::string its_name, Source source) : magic(its_magic), name(std::move(its_name)) {
+        value = [source](const Row& row, const Index& index) -> std::optional<Value> {
+            if constexpr (std::is_invocable_v<Source, const Row&, const Index&>)
+                return value_of(std::invoke(source, row, index));
+            else if constexpr (std::is_invocable_v<Source, const Row&>)
+                return value_of(std::invoke(source, row));
+            else if constexpr (std::is_invocable_v<Source>)
+                return value_of(source());
+            else
+                return value_of(source);
+        };
+    }
+};
+template <class Row>
+using Columns = std::vector<Column<Row>>;
 
 struct Answer {
     Index index;
@@ -75,48 +56,105 @@ struct Answer {
 };
 
 // A table's rows with their columns, whatever the rows are made of.
-struct Rows {
-    std::vector<int> magics;  // the columns there are
-    std::function<std::optional<Answer>(int magic, const Index& index)> at;
-    std::function<std::optional<Answer>(int magic, const Index& index)> behind;  // the first one that sorts behind
+class Rows {
+public:
+    struct Object {
+        int magic;
+        std::string name;
+    };
+    // The value of a column, by its place among the objects, in the first row at or after the index that has one; if
+    // `exact`, in the row of the index or in none.
+    using Find = std::function<std::optional<Answer>(std::size_t column, const Index& index, bool exact)>;
+
+    Rows(std::vector<Object> objects, Find find) : objects_(std::move(objects)), find_(std::move(find)) {}
+
+    const std::vector<Object>& objects() const { return objects_; }
+    std::optional<Answer> at(std::size_t column, const Index& index) const { return find_(column, index, true); }
+    std::optional<Answer> from(std::size_t column, const Index& index) const { return find_(column, index, false); }
+    std::optional<Answer> after(std::size_t column, Index index) const {
+        index.push_back(0);  // nothing sorts between
+        return find_(column, index, false);
+    }
+
+    // The same rows under another index:
+    Rows under(Index before) const;                          // with these sub-identifiers before their own
+    Rows ending(Index after, std::size_t length = 1) const;  // with these after their own, which are so many
+    // Only those whose first sub-identifier is low to high, with `less` subtracted from it.
+    Rows within(oid low, oid high, oid less = 0) const;
+
+private:
+    std::vector<Object> objects_;
+    Find find_;
 };
 
-// A map's key as an index, and back.
-inline Index to_index(std::uint32_t number) { return {number}; }
-inline Index to_index(const Index& index) { return index; }
-inline void from_index(const Index& index, std::uint32_t& number) { number = index.empty() ? 0 : index.front(); }
-inline void from_index(const Index& index, Index& key) { key = index; }
-
-// The rows that a model keeps in a map by their one number or by their index; the map must outlive them.
-template <class Key, class Row>
-Rows rows_of(const std::map<Key, Row>& map, std::type_identity_t<Columns<Row>> columns) {
-    Rows rows;
-    for (const auto& column : columns) rows.magics.push_back(column.first);
-    rows.at = [&map, columns](int magic, const Index& index) -> std::optional<Answer> {
-        Key key;
-        from_index(index, key);
-        const auto row = map.find(key);
-        if (row == map.end()) return {};
-        std::optional<Value> value = columns.at(magic)(row->second);
-        if (!value) return {};
-        return Answer{index, std::move(*value)};
-    };
-    rows.behind = [&map, columns = std::move(columns)](int magic, const Index& index) -> std::optional<Answer> {
-        Key key;
-        from_index(index, key);
-        const auto& column = columns.at(magic);
-        for (auto row = map.upper_bound(key); row != map.end(); ++row)
-            if (std::optional<Value> value = column(row->second))
-                return Answer{to_index(row->first), std::move(*value)};
-        return {};
-    };
-    return rows;
+template <class Row>
+std::vector<Rows::Object> objects_of(const Columns<Row>& columns) {
+    std::vector<Rows::Object> objects;
+    for (const Column<Row>& column : columns) objects.push_back({column.magic, column.name});
+    return objects;
 }
 
-// Rows under another index, which has to sort as theirs does. Where `outer` has none for one of the rows, the table
-// ends.
-Rows translated(Rows rows, std::function<Index(const Index& outer)> inner,
-                std::function<std::optional<Index>(const Index& inner)> outer);
+// Where an index is in a map by one number, or by whole indexes.
+template <class Row>
+auto lower_bound(const std::map<std::uint32_t, Row>& map, const Index& index) {
+    if (index.empty()) return map.begin();
+    return index.size() == 1 ? map.lower_bound(index.front()) : map.upper_bound(index.front());
+}
+template <class Row>
+auto lower_bound(const std::map<Index, Row>& map, const Index& index) {
+    return map.lower_bound(index);
+}
+inline Index to_index(std::uint32_t number) { return {number}; }
+inline Index to_index(const Index& index) { return index; }
+inline bool is_index(std::uint32_t number, const Index& index) { return index.size() == 1 && index.front() == number; }
+inline bool is_index(const Index& key, const Index& index) { return key == index; }
+
+// The rows that an area keeps in a map by their one number or by their index; the map must outlive them.
+template <class Key, class Row>
+Rows rows_of(const std::map<Key, Row>& map, std::type_identity_t<Columns<Row>> columns) {
+    std::vector<Rows::Object> objects = objects_of(columns);
+    return {std::move(objects),
+            [&map, columns = std::move(columns)](std::size_t column, const Index& index,
+                                                 bool exact) -> std::optional<Answer> {
+                for (auto row = lower_bound(map, index); row != map.end(); ++row) {
+                    if (exact && !is_index(row->first, index)) return {};
+                    Index its_index = to_index(row->first);
+                    if (std::optional<Value> value = columns[column].value(row->second, its_index))
+                        return Answer{std::move(its_index), std::move(*value)};
+                    if (exact) return {};
+                }
+                return {};
+            }};
+}
+template <class Key, class Row>
+Rows rows_of(std::map<Key, Row>&& constant, std::type_identity_t<Columns<Row>> columns) {
+    auto map = std::make_shared<std::map<Key, Row>>(std::move(constant));
+    Rows rows = rows_of(*map, std::move(columns));
+    return {rows.objects(), [map, rows](std::size_t column, const Index& index, bool exact) {
+                return exact ? rows.at(column, index) : rows.from(column, index);
+            }};
+}
+
+// Rows that are worked out from what several areas know: `from` finds the first one at or after an index.
+template <class Row>
+using FindRow = std::function<std::optional<std::pair<Index, Row>>(const Index&)>;
+template <class Row>
+Rows rows_from(FindRow<Row> from, Columns<Row> columns) {
+    std::vector<Rows::Object> objects = objects_of(columns);
+    return {std::move(objects),
+            [from = std::move(from), columns = std::move(columns)](std::size_t column, Index index,
+                                                                   bool exact) -> std::optional<Answer> {
+                while (auto row = from(index)) {
+                    if (exact && row->first != index) return {};
+                    if (std::optional<Value> value = columns[column].value(row->second, row->first))
+                        return Answer{std::move(row->first), std::move(*value)};
+                    if (exact) return {};
+                    index = std::move(row->first);
+                    index.push_back(0);
+                }
+                return {};
+            }};
+}
 
 // --- Tables ----------------------------------------------------------------------------------------------------------
 
@@ -127,55 +165,99 @@ struct Record {
     std::function<void(const Index&, void* record)> fill;       // the record is all zeros before
 };
 
-// A table, or a lookup of one row, as show requests name it. Commands are patterns.
+// A table as show requests name it.
 struct Table {
-    std::string name{};   // empty: a lookup, known by its command, whatever the name that asks for it
-    std::string first{};  // the command for a clear key; empty: the keyed one serves it too
-    std::string keyed;
-    KeyLayout key{};
+    std::string name;
+    // The pattern of its command. Numbers, MAC addresses, octets, addresses and prefixes in it are compared with the
+    // parts of the key, in the order of the index or as they are tagged ("host {int:1} {int:3} {address:4} {int:2}").
+    // Key parts in brackets are absent when they are zero: "show vlan [{int}]" is "show vlan" for the first row.
+    std::string show;
+    KeyLayout key{kInteger};
     Rows rows;
-    // What the keyed command's numbers are for an index. Without a key it is the numbers that are the index.
-    std::function<Index(const Index&)> arguments = [](const Index& index) { return index; };
-    std::function<bool(const Index&)> is_first{};   // which keys the first command is for; none: a clear one
-    std::optional<std::size_t> addresses_behind{};  // the keyed command spells the addresses behind that many numbers
+    // The sub-identifiers that come before the key in the rows' own index, by the other words of the command ("vrf
+    // {word}"); none: the words contradict each other. A walk stays within them.
+    std::function<std::optional<Index>(const Arguments&)> scope{};
+    // Whether words that the store cannot compare fit the index.
+    std::function<bool(const Index&, const Arguments&)> agrees{};
+    // The key's address type is forced, and the command has the address that was asked for, of whatever type.
+    bool forced_type = false;
+    std::uint64_t request_class = 2;
     std::optional<Record> record{};
-    bool clear_key_is_first_row = false;  // of an exact request; otherwise only a GETNEXT is answered so
 };
 
-// One object of a scalar group, with the command that it is shown by.
+// One object of a scalar group: its magic number, its name, and where its value comes from: a pointer to a fact, a
+// function or a constant.
 struct Scalar {
     int magic;
-    std::string command;
-    std::function<Value()> value;
+    std::string name;
+    std::function<std::optional<Value>()> value;
+    std::string show;  // its own command; empty: the group's
+
+    template <class Source>
+    Scalar(int its_magic, std::string its_name, Source source, std::string its_show = {})
+        : magic(its_magic), name(std::move(its_name)), show(std::move(its_show)) {
+        value = [source]() -> std::optional<Value> {
+            if constexpr (std::is_invocable_v<Source>)
+                return value_of(source());
+            else if constexpr (std::is_pointer_v<Source> && !std::is_convertible_v<Source, std::string_view>)
+                return value_of(*source);
+            else
+                return value_of(source);
+        };
+    }
 };
 
 class TableStore {
 public:
-    // `log` takes a line for every refused request; none: they are dropped. A row that isn't there is no refusal.
+    // `log` takes a line for every refused request; none: they are dropped. A row that is not there is no refusal.
     explicit TableStore(std::function<void(const std::string&)> log) : log_(std::move(log)) {}
 
+    // Throws std::invalid_argument for a table whose pattern does not fit its key.
     void add(Table table);
-    void add(const std::string& group, std::vector<Scalar> scalars);
+    // What writers ask for without a key: the numbers of the command are the row's index. It is known by its command,
+    // whatever the name that asks for it.
+    void add_lookup(std::string show, Rows rows);
+    // Adds objects to a group. `show` is the command of those that have none of their own.
+    void add(const std::string& group, const std::string& show, std::vector<Scalar> scalars);
 
     // True: the request is answered, its key moved to the answered row if it is a GETNEXT.
     bool show(services::ShowRequest& request) const;
 
+    struct Served {
+        std::string group;  // the table or scalar group
+        int magic;
+        std::string name;
+    };
+    // Every column and scalar; lookups are none.
+    std::vector<Served> served() const;
+
 private:
+    // A place of the command that is compared with a part of the key.
+    struct Comparison {
+        std::size_t argument;
+        std::size_t part;
+        oid added;
+        std::size_t first_of_bracket;  // its bracket's first comparison; none: npos
+    };
     struct Entry {
         Table table;
-        Pattern first;
-        Pattern keyed;
+        Pattern pattern;
+        std::vector<Comparison> comparisons;
+    };
+    struct Group {
+        std::vector<Scalar> scalars;
     };
     const Entry* entry_for(const services::ShowRequest& request) const;  // null: there is none
     // The answer, or none with the reason in `refusal`, which stays empty where there is just no such row.
     static std::optional<Answer> find(const Entry& entry, const services::ShowRequest& request, std::string& refusal);
-    static std::optional<Answer> find(const std::vector<Scalar>& scalars, const services::ShowRequest& request,
-                                      std::string& refusal);
+    static std::optional<Answer> find(const Group& group, const services::ShowRequest& request, std::string& refusal);
+    static bool agree(const Entry& entry, Index& index, const Arguments& arguments);
+    static std::vector<Comparison> comparisons(const Table& table, const Pattern& pattern);
 
     std::function<void(const std::string&)> log_;
-    std::map<std::string, Entry> tables_;
+    std::unordered_map<std::string, Entry> tables_;
     std::vector<Entry> lookups_;
-    std::map<std::string, std::vector<Scalar>> groups_;
+    std::unordered_map<std::string, Group> groups_;
 };
 
 }  // namespace sw

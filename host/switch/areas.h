@@ -1,0 +1,10 @@
+// Every area, in alphabetical order. Each one's file defines `void add_AREA(Switch&)`, which makes it.
+// clang-format off
+#define SWITCH_AREAS(area) \
+    area(interfaces)       \
+    area(ports)            \
+    area(routes)           \
+    area(snooping)         \
+    area(vlan_interfaces)  \
+    area(vlans)            \
+    area(vrfs)

@@ -1,0 +1,58 @@
+// What all interfaces have, whatever they are; areas make theirs here and say what is at their other end.
+#pragma once
+
+#include "switch/area.h"
+
+#include <map>
+#include <string>
+
+namespace sw {
+
+struct Interface {
+    std::string name;  // of the command line
+    std::string description;
+    std::uint32_t type = 6;  // ifType: 6 Ethernet, 136 VLAN interface, 131 tunnel
+    Mac mac{};
+    bool connector = false;
+    std::uint32_t mbps = 0;
+    bool carrier = false;  // it is up as far as it is enabled
+
+    bool enabled = true;
+    bool link_trap = true;
+    std::string alias{};
+    Duration created{};
+    bool up = false;
+    Duration last_change{};  // when it last went up or down
+    Duration up_before{};    // how long it was up before that
+
+    Duration up_time(Duration now) const { return up_before + (up ? now - last_change : Duration()); }
+};
+
+class Interfaces : public Area {
+public:
+    using Area::Area;
+    void describe(Description&) override;
+
+    void make(std::uint32_t ifindex, Interface interface);
+    bool remove(std::uint32_t ifindex);  // false: there is none
+    // Takes what an interface runs at and whether something is at its other end.
+    void link(std::uint32_t ifindex, bool carrier, std::uint32_t mbps);
+
+    const Interface* find(std::uint32_t ifindex) const;  // null: there is none
+    std::uint32_t find(std::string_view name) const;     // its ifIndex; 0: there is none
+    bool is_up(std::uint32_t ifindex) const;
+    const std::map<std::uint32_t, Interface>& all() const { return interfaces_; }
+
+    // Lines of interface mode that all interfaces take.
+    Lines<Interface> lines(Description&);
+    // Those of one kind, whose ifIndexes are low to high; the others refuse them as "NAME is no KIND".
+    Lines<Interface> lines(Description&, std::uint32_t low, std::uint32_t high, std::string kind);
+
+private:
+    void settle(std::uint32_t ifindex);
+
+    std::map<std::uint32_t, Interface> interfaces_;
+    Duration changed_{};  // when an interface last came or went
+};
+
+}  // namespace sw

@@ -1,0 +1,36 @@
+// VLAN interfaces: the interfaces of VLANs, and the lines of their mode.
+#pragma once
+
+#include "switch/vlans.h"
+
+namespace sw {
+
+class VlanInterfaces : public Area {
+public:
+    explicit VlanInterfaces(Switch&);
+    void describe(Description&) override;
+    void vlan_made(std::uint32_t vid) override { settle(vid); }
+    void vlan_removed(std::uint32_t vid) override { settle(vid); }
+
+    static bool is_one(std::uint32_t ifindex) {
+        return ifindex > kVlanIfIndexBase && ifindex <= kVlanIfIndexBase + kLastVlan;
+    }
+    // Those among the interfaces that are VLAN interfaces.
+    Rows rows(Columns<Interface> columns) const {
+        return rows_of(interfaces_.all(), std::move(columns))
+            .within(kVlanIfIndexBase + 1, kVlanIfIndexBase + kLastVlan);
+    }
+    // Lines of interface mode that VLAN interfaces alone take.
+    Lines<Interface> lines(Description& d) {
+        return interfaces_.lines(d, kVlanIfIndexBase + 1, kVlanIfIndexBase + kLastVlan, "VLAN interface");
+    }
+
+private:
+    void make(std::uint32_t vid);  // unless it is there
+    void settle(std::uint32_t vid);
+
+    Interfaces& interfaces_;
+    Vlans& vlans_;
+};
+
+}  // namespace sw

@@ -1,0 +1,60 @@
+// VLANs and their ports, as others may know them.
+#pragma once
+
+#include "switch/ports.h"
+
+#include <map>
+#include <string>
+
+namespace sw {
+
+constexpr std::uint32_t kDefaultVlan = 1;
+
+struct Vlan {
+    std::string name{};
+    Duration created{};
+    PortList egress{};
+    PortList untagged{};
+};
+
+enum class PortMode : std::uint32_t { access = 1, hybrid, trunk, untagged_hybrid };
+
+// What a port has to do with VLANs.
+struct PortVlans {
+    PortMode mode = PortMode::access;
+    std::uint32_t pvid = kDefaultVlan;
+    std::uint32_t frame_types = 1;  // accepted ones: 1 all, 2 tagged, 3 untagged
+    bool ingress_checking = true;
+};
+
+class Vlans : public Area {
+public:
+    explicit Vlans(Switch&);
+    void describe(Description&) override;
+
+    const std::map<std::uint32_t, Vlan>& all() const { return vlans_; }           // by VLAN id
+    const std::map<std::uint32_t, PortVlans>& ports() const { return by_port_; }  // by ifIndex
+    bool has(std::uint32_t vid) const { return vlans_.contains(vid); }
+    // Whether the port, by its ifIndex, is in the VLAN.
+    bool has(std::uint32_t vid, std::uint32_t ifindex) const;
+
+    // Lines of a VLAN's own mode.
+    Lines<Vlan> lines(Description&);
+
+private:
+    Vlan& make(std::uint32_t vid);  // with its default name when it is missing
+    bool remove(std::uint32_t vid);
+    void fill(std::uint32_t ifindex, std::uint32_t number);
+    void join(std::uint32_t ifindex, std::uint32_t vid, bool untagged);  // the VLAN is there
+    void leave(std::uint32_t ifindex, std::uint32_t vid);
+    // From then on untagged frames of the port belong to this VLAN.
+    void set_native(std::uint32_t ifindex, std::uint32_t vid);
+    void add_port_lines(Description&);
+
+    Ports& ports_;
+    std::map<std::uint32_t, Vlan> vlans_;
+    std::map<std::uint32_t, PortVlans> by_port_;
+    std::uint32_t removed_ = 0;  // so many VLANs
+};
+
+}  // namespace sw

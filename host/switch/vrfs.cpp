@@ -1,0 +1,31 @@
+// VRFs: their names and the line that enters one.
+#include "switch/vrfs.h"
+
+#include <algorithm>
+
+namespace sw {
+
+std::optional<std::uint32_t> Vrfs::find(std::string_view name) const {
+    const auto vrf = vrfs_.find(name);
+    if (vrf == vrfs_.end()) return {};
+    return vrf->second.number;
+}
+
+Lines<Vrf> Vrfs::lines(Description& d) {
+    return d.lines<Vrf>({kGlobal, kVrf}, [this](const Entered& entered, std::string&) {
+        const std::uint32_t number = entered.mode == kVrf ? entered.object : kDefaultVrf;
+        const auto is_it = [number](const auto& each) { return each.second.number == number; };
+        return &std::find_if(vrfs_.begin(), vrfs_.end(), is_it)->second;
+    });
+}
+
+void Vrfs::describe(Description& d) {
+    d.lines(*this).line("vrf context {word}", [this](const Arguments& arguments) {
+        const auto number = find(arguments[0].text);
+        return number ? enter(kVrf, *number) : refused("there is no such VRF");
+    });
+}
+
+void add_vrfs(Switch& areas) { areas.area<Vrfs>(); }
+
+}  // namespace sw

@@ -1,0 +1,31 @@
+// The VRFs that there are.
+#pragma once
+
+#include "switch/area.h"
+
+#include <map>
+#include <string>
+
+namespace sw {
+
+constexpr std::uint32_t kDefaultVrf = 0;
+
+struct Vrf {
+    std::uint32_t number;  // as rows of several VRFs have it before their index
+};
+
+class Vrfs : public Area {
+public:
+    using Area::Area;
+    void describe(Description&) override;
+
+    // The number of the one that a command names, the default one for an absent word; none: there is no such VRF.
+    std::optional<std::uint32_t> find(std::string_view name) const;
+    // Lines of global mode, for the default VRF, and of a VRF's own mode.
+    Lines<Vrf> lines(Description&);
+
+private:
+    std::map<std::string, Vrf, std::less<>> vrfs_{{"", {kDefaultVrf}}, {"red", {1}}};
+};
+
+}  // namespace sw
