@@ -28,8 +28,6 @@ struct Port {
     std::uint32_t medium() const { return port_info(ifindex, PortItem::medium); }
 };
 
-const char* medium_word(std::uint32_t medium) { return medium == kCopper ? " copper" : " fiber"; }
-
 Error parse(Set& set, std::int32_t& value, Port& port) {
     InterfaceKey row;
     TRY(set.integer(value));
@@ -48,7 +46,7 @@ Error write_swPortDuplex(Set& set) {
     TRY(set.range(duplex, 1, 3));
     if (!set.acting()) return noError;
     TRY(set.enter(port.name));
-    return set.sub({"duplex %s%s", kWords[duplex - 1], type & kComboPort ? " copper" : ""});
+    return set.sub({"duplex %s%s", kWords[duplex - 1], medium_word(type, kCopper)});
 }
 
 // A speed, and the medium that must be active for it on a combo port, whose line names it, and on another port.
@@ -94,7 +92,7 @@ Error write_swPortSpeed(Set& set) {
     const Speed& speed = kSpeeds[value - kLowest];
     const Needs needs = combo ? speed.combo : speed.other;
     if (needs == refused || (needs != anyMedium && needs != medium)) return wrongValue;
-    return set.sub({"speed %s%s", speed.words, combo ? medium_word(medium) : ""});
+    return set.sub({"speed %s%s", speed.words, medium_word(type, medium)});
 }
 
 Error write_flow_control(Set& set, const char* direction) {
@@ -107,7 +105,7 @@ Error write_flow_control(Set& set, const char* direction) {
     TRY(set.range(on, 0, 1));
     if (!set.acting()) return noError;
     TRY(set.enter(port.name));
-    return set.sub({"flowcontrol %s %s%s", direction, on ? "on" : "off", type & kComboPort ? medium_word(medium) : ""});
+    return set.sub({"flowcontrol %s %s%s", direction, on ? "on" : "off", medium_word(type, medium)});
 }
 
 Error write_swPortFlowControlSend(Set& set) { return write_flow_control(set, "send"); }

@@ -30,4 +30,10 @@ inline std::uint32_t port_info(std::uint32_t ifindex, PortItem item, int line = 
     return value;
 }
 
+// What configuration lines say after a setting of one medium: a port that has just one is not asked for it.
+inline const char* medium_word(std::uint32_t type, std::uint32_t medium) {
+    if (!(type & kComboPort)) return "";
+    return medium == kCopper ? " copper" : " fiber";
+}
+
 }  // namespace switchmib
