@@ -132,15 +132,17 @@ RecordingHost::ReadResult RecordingHost::read_name(const std::string& object, co
 }
 
 WriteMethod* RecordingHost::writer_of(const std::string& object, const Oid& name) {
+    WriteMethod*& writer = writers_.try_emplace(object, nullptr).first->second;
+    if (writer != nullptr) return writer;
     const auto before = std::tuple(shown, sent, logged);
-    WriteMethod* writer = kUntouched;
     for (const Oid& asked : {oid_of(object), oid_of(object, {0}), name}) {  // a column, a scalar's instance
         writer = read_name(object, asked, 1).writer;
         if (writer != kUntouched && writer != nullptr) break;
     }
     std::tie(shown, sent, logged) = before;
     EXPECT_TRUE(writer != kUntouched && writer != nullptr) << object << " hands out no write method";
-    return writer == nullptr ? kUntouched : writer;
+    if (writer == nullptr) writer = kUntouched;
+    return writer;
 }
 
 int RecordingHost::write(int phase, const std::string& object, const Oid& index, std::uint8_t type, const Bytes& value,

@@ -132,6 +132,7 @@ protected:
 private:
     friend class CheckRun;
     const Loaded& library_;
+    std::map<std::string, WriteMethod*> writers_;  // by object, as their reads handed them out
 
     bool show(services::ShowRequest& request) override;
     bool configure(const services::ConfigRequest& request) override;

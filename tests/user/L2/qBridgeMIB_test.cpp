@@ -74,19 +74,18 @@ TEST_F(QBridge, SomeObjectsAreOnlyWritten) {
         EXPECT_TRUE(result.writer != nullptr && result.writer != kUntouched) << object;
     }
     for (const char* object :
-         {"dot1qVlanForbiddenEgressPorts", "dot1qPortGvrpStatus", "dot1qPortRestrictedVlanRegistration"}) {
-        const ReadResult result = get(object, {1});
-        EXPECT_EQ(result.value, std::nullopt) << object;
-        EXPECT_NE(result.writer, kUntouched) << object;
-        EXPECT_EQ(write(reserve1, "dot1qPortGvrpStatus", {1, 2, 3}, Counter64, {}), genErr);
-    }
-    for (const char* object : {"dot1qVlanIndex", "dot1qVlanTimeMark", "dot1qPortGvrpLastPduOrigin"})
-        EXPECT_EQ(get(object, {0, 1}).value, std::nullopt) << object;
+         {"dot1qVlanForbiddenEgressPorts", "dot1qPortGvrpStatus", "dot1qPortRestrictedVlanRegistration"})
+        EXPECT_EQ(get(object, {1}).value, std::nullopt) << object;
     EXPECT_THAT(shown, IsEmpty());
-    EXPECT_EQ(set("dot1qGvrpStatus", {0}, Integer, integer(99)), noError);
-    EXPECT_EQ(set("dot1qConstraintSetDefault", {0}, Integer, integer(99)), genErr);
-    EXPECT_EQ(set("dot1qConstraintTypeDefault", {0}, Integer, integer(3)), wrongValue);
-    EXPECT_EQ(set("dot1qConstraintTypeDefault", {0}, Integer, integer(2)), genErr);
+    const std::vector<int> always{0, 1, 2, 3, 4, 5, 6};
+    expect_checks({
+        Writable("dot1qGvrpStatus", {0}, Integer, any_number()).sends_nothing(),
+        Writable("dot1qConstraintSetDefault", {0}, Integer, any_number()).refused(),
+        Writable("dot1qConstraintTypeDefault", {0}, Integer, between(1, 2)).refused(),
+        // Refused before any check.
+        Writable("dot1qPortGvrpStatus", {1, 2, 3}, Counter64, any_octets()).order({}).refused(always),
+        Writable("dot1qPortRestrictedVlanRegistration", {1}, Integer, any_number()).order({}).refused(always),
+    });
 }
 
 TEST_F(QBridge, TablesAreAskedForByVlanAndByInterface) {
@@ -225,15 +224,36 @@ TEST_F(QBridge, UndoRemovesTheVlan) {
     EXPECT_EQ(sent.size(), 2u);
 }
 
-TEST_F(QBridge, OverlongValuesAreRefusedBeforeTheIndex) {
-    EXPECT_EQ(write(reserve1, "dot1qVlanStaticName", {1, 2}, OctetString, Bytes(33, 'x')), wrongLength);
-    EXPECT_EQ(write(reserve1, "dot1qVlanStaticName", {1, 2}, OctetString, Bytes(32, 'x')), noSuchName);
-    EXPECT_EQ(write(reserve1, "dot1qVlanForbiddenEgressPorts", {1}, OctetString, Bytes(13)), wrongLength);
+TEST_F(QBridge, ColumnsAreCheckedThenStagedOrSent) {
+    may_configure_in.insert(undo);
+    const std::string longest(32, 'x');
+    const auto clear = [this] { std::fill_n(record, 84, static_cast<unsigned char>(0)); };
+    expect_checks({
+        Writable("dot1qVlanStaticName", {10}, OctetString, octets(0, 32))
+            .before(clear)
+            .sends({{longest, {"5 vlan 10", "-1 name " + longest}}}),
+        Writable("dot1qVlanStaticEgressPorts", {10}, OctetString, octets(0, 12)).before(clear),
+        Writable("dot1qVlanForbiddenEgressPorts", {10}, OctetString, octets(0, 12)).before(clear).sends_nothing(),
+        Writable("dot1qVlanStaticUntaggedPorts", {10}, OctetString, octets(0, 12)).before(clear),
+        Writable("dot1qVlanStaticRowStatus", {10}, Integer, between(active, destroy))
+            .before(clear)
+            .sends({{active, {}},
+                    {notInService, {}},
+                    {notReady, {}},
+                    {createAndGo, {"5 vlan 10"}},
+                    {createAndWait, {}},
+                    {destroy, {"5 no vlan 10"}}}),
+    });
+    clear();
+    for (const int phase : {reserve1, action}) {  // nothing is staged before the index is right
+        write(phase, "dot1qVlanStaticName", {1, 2}, OctetString, text("x"));
+        write(phase, "dot1qVlanForbiddenEgressPorts", {1, 2}, OctetString, ports({7}));
+    }
     EXPECT_TRUE(record_is_clear());
-    EXPECT_EQ(set({name(10, std::string(32, 'x'))}), noError);
-    EXPECT_EQ(lines()[1], "-1 name " + std::string(32, 'x'));
-    EXPECT_EQ(write(reserve1, "dot1qVlanForbiddenEgressPorts", {1}, OctetString, ports({7})), noError);
-    EXPECT_EQ(record[49], 0x02);
+    const Bytes all(12, 0xff);
+    EXPECT_EQ(write(reserve1, "dot1qVlanForbiddenEgressPorts", {1}, OctetString, all), noError);
+    EXPECT_EQ(Bytes(record + 48, record + 62),
+              (Bytes{0, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 0}));
 }
 
 TEST_F(QBridge, Pvid) {
@@ -247,31 +267,21 @@ TEST_F(QBridge, Pvid) {
     forget();
     EXPECT_EQ(set("dot1qPvid", {5121}, Gauge32, integer(77)), genErr);
     EXPECT_THAT(lines(), ElementsAre("5 interface port1"));
-    EXPECT_EQ(write(reserve1, "dot1qPvid", {99}, Gauge32, integer(77)), genErr);
-    EXPECT_EQ(write(reserve1, "dot1qPvid", {99}, Integer, integer(77)), wrongType);
+    expect_checks({Writable("dot1qPvid", {5122}, Gauge32, any_number()).order(on_interface())});
 }
 
 TEST_F(QBridge, FrameTypesAndIngressFiltering) {
-    const struct {
-        const char* object;
-        std::int32_t value;
-        const char* line;
-    } cases[] = {
-        {"dot1qPortAcceptableFrameTypes", 1, "-1 acceptable-frame admit-all"},
-        {"dot1qPortAcceptableFrameTypes", 2, "-1 acceptable-frame tagged-only"},
-        {"dot1qPortAcceptableFrameTypes", 3, "-1 acceptable-frame untagged-only"},
-        {"dot1qPortIngressFiltering", 1, "-1 ingress-checking"},
-        {"dot1qPortIngressFiltering", 2, "-1 no ingress-checking"},
-    };
-    for (const auto& [object, value, line] : cases) {
-        forget();
-        EXPECT_EQ(set(object, {5121}, Integer, integer(value)), noError);
-        EXPECT_THAT(lines(), ElementsAre("5 interface port1", line));
-        EXPECT_EQ(sent[1].caller, std::string("write_") + object);
-    }
-    EXPECT_EQ(write(reserve1, "dot1qPortAcceptableFrameTypes", {5121}, Integer, integer(4)), wrongValue);
-    EXPECT_EQ(write(reserve1, "dot1qPortIngressFiltering", {5121}, Integer, integer(3)), wrongValue);
-    EXPECT_EQ(write(reserve1, "dot1qPortIngressFiltering", {99}, Integer, integer(3)), genErr);
+    expect_checks({
+        Writable("dot1qPortAcceptableFrameTypes", {5121}, Integer, between(1, 3))
+            .order(on_interface())
+            .sends({{1, {"5 interface port1", "-1 acceptable-frame admit-all"}},
+                    {2, {"5 interface port1", "-1 acceptable-frame tagged-only"}},
+                    {3, {"5 interface port1", "-1 acceptable-frame untagged-only"}}}),
+        Writable("dot1qPortIngressFiltering", {5121}, Integer, between(1, 2))
+            .order(on_interface())
+            .sends({{1, {"5 interface port1", "-1 ingress-checking"}},
+                    {2, {"5 interface port1", "-1 no ingress-checking"}}}),
+    });
 }
 
 }  // namespace tests

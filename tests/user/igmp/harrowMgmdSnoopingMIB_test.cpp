@@ -10,8 +10,6 @@
 namespace tests {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 Oid index_of(const char* numbers) { return *numbers ? services::oid_from_numbers(numbers).value() : Oid(); }
 
 std::string joined(const Lines& lines) {
@@ -102,7 +100,7 @@ protected:
 
     // The log: errors with "!" in front. "MGMD$SNPMIB" is left out, the source line, which stands behind the name of a
     // table, group or writer, is "#", and what ends a writer's line, "$write_<column>$#", is left out too.
-    std::string log() const {
+    std::string log() const override {
         std::string log;
         for (const services::LogLine& entry : logged) {
             EXPECT_EQ(entry.channel + std::to_string(entry.category), "an62");
@@ -267,15 +265,10 @@ TEST_P(Snooping, WritesSendTheirLinesAndTraceThem) {
         EXPECT_THAT(lines(), ElementsAre("5 interface " + enters, "-1 " + line));
         EXPECT_EQ(sent.at(0).caller + sent.at(1).caller, writer + writer);
         EXPECT_EQ(log(), filled(traces, writer) + line);
-        for (const int phase : {reserve1, reserve2, commit, release, undo})
-            EXPECT_EQ(write_phase(phase, column, index, type, value) + static_cast<int>(sent.size()), noError);
-        // A refused line is the last; limits log it.
-        for (const std::size_t last : {1u, 2u}) {
-            refused_lines = {last == 1 ? "interface " + enters : line};
-            EXPECT_EQ(write_phase(action, column, index, type, value), genErr);
-            EXPECT_EQ(sent.size(), last);
-            EXPECT_EQ(log().ends_with("|!SNMP_ERR_GENERR"), column == std::string("FilterLimit"));
-        }
+        // A refused line is logged by the limits only.
+        refused_lines = {line};
+        EXPECT_EQ(write_phase(action, column, index, type, value), genErr);
+        EXPECT_EQ(log().ends_with("|!SNMP_ERR_GENERR"), column == std::string("FilterLimit"));
         refused_lines.clear();
     }
     for (const int value : {active, notInService, notReady, createAndWait})
@@ -289,58 +282,35 @@ TEST_P(Snooping, WritesSendTheirLinesAndTraceThem) {
 
 TEST_P(Snooping, ChecksRefuseInTheirOrderAndLogInTheirOwnWords) {
     const std::string type = "|!SNMP_ERR_WRONGTYPE", name = "|!SNMP_ERR_NOSUCHNAME", value = "|!SNMP_ERR_WRONGVALUE";
-    const std::string vlan = "|1034| interface vlan10", port = "|5121 type:1";
-    const std::string group = "|@T:# idx:1 v_idx:2 g:10.0.0.1", leave_type = "|!IGMP$SNPMIB-ERR$SNMP_ERR_WRONGTYPE";
-    struct Steps {
-        const char* column;
-        Asn type;
-        std::string type_log;
-        std::string length_log;  // "none": any length does
-        std::string short_log;   // of an OID that ends in front of the column
-        std::string index_log;
-        const char* row;
-        std::vector<int> wrong_values;
-        std::string value_log;
+    const std::string vlan = "|1034| interface vlan10", leave_type = "|!IGMP$SNPMIB-ERR$SNMP_ERR_WRONGTYPE";
+    const std::string length = "|!SNMP_ERR_WRONGLENGTH", group = "|@T:# idx:1 v_idx:2 g:10.0.0.1";
+    // What the refusals of type, length, a short OID, the index and the value log.
+    const auto writable = [this](const char* column, const char* row, Asn tag, const Values& values,
+                                 const std::vector<std::string>& logs) {
+        std::map<Step::Kind, std::string> texts;
+        const Step::Kind kinds[] = {Step::type, Step::length, Step::column, Step::index, Step::value};
+        for (std::size_t i = 0; i < logs.size(); ++i) texts[kinds[i]] = filled(logs[i], "write_" + named(column));
+        return Writable(named(column), index_of(row), tag, values).logs(texts);
     };
-    const Steps writers[] = {
-        {"State", Integer, type, "|!SNMP_ERR_WRONGLENGTH", name, name, "1034.1", {0, 3, -1}, vlan},
-        {"QuerierState", Integer, type, "|!SNMP_ERR_WRONGLENGTH", name, name, "1034.1", {0, 3}, vlan},
-        {"ImmediateLeave", Integer, leave_type, name, name, name, "1034.1", {0, 3}, vlan},
-        {"HostBaseFastLeave", Integer, leave_type, name, name, name, "1034.1", {0, 3}, vlan},
-        {"MinimumVersion", Unsigned32, "", "", "", "", "1034.1", {1, -1}, ""},
-        {"GroupStatus", Integer, "", "", "", "", "1.2.1.4.10.0.0.1", {0, 7}, group},
-        {"GroupSrcStatus", Integer, "", "", "", "", "1.2.1.4.10.0.0.1.1.4.10.0.0.2", {0, 7}, group + " s:10.0.0.2"},
-        {"MrouterDesignate", OctetString, type, "none", name, name, "1034", {}, ""},
-        {"MrouterNotAllowed", OctetString, type, "none", name, name, "1034", {}, ""},
-        {"FilterLimit", Unsigned32, type, name, name, "", "5121.1024.1", {2049, -1, 2048, 0}, port + value},  // VLAN 0
-        {"FilterLimit", Unsigned32, type, name, name, "", "5121.1034.1", {2049}, port + value},
-        {"AccessGroup", OctetString, type, "none", "", "", "1.2.3", {}, ""},
-        {"AccGrpStatus", Integer, type, name, "", "", "1.2.3", {0, 7}, ""},
-    };
-    for (const Steps& writer : writers)
-        for (const int phase : {reserve1, action, undo}) {
-            SCOPED_TRACE(writer.column);
-            const Asn other = writer.type == Integer ? Unsigned32 : Integer;
-            constexpr const char* kTooLong = "1.2.3.4.99.99";
-            EXPECT_EQ(write_phase(phase, writer.column, kTooLong, other, {1}), wrongType);
-            EXPECT_EQ(log(), writer.type_log);
-            if (writer.length_log != "none") {
-                EXPECT_EQ(write_phase(phase, writer.column, kTooLong, writer.type, {1}), wrongLength);
-                EXPECT_EQ(log(), writer.length_log);
-            }
-            EXPECT_EQ(write_phase(phase, writer.column, kTooLong, writer.type, integer(9999)), noSuchName);
-            EXPECT_EQ(log(), writer.index_log);
-            for (const int wrong : writer.wrong_values) {
-                EXPECT_EQ(write_phase(phase, writer.column, writer.row, writer.type, integer(wrong)), wrongValue);
-                EXPECT_EQ(log(), filled(writer.value_log, "write_" + named(writer.column)));
-            }
-            Oid cut = oid_of(named(writer.column));
-            cut.pop_back();
-            forget();
-            EXPECT_EQ(write_name(phase, named(writer.column), cut, writer.type, integer(9999)), noSuchName);
-            EXPECT_EQ(log(), writer.short_log);
-            EXPECT_THAT(sent, IsEmpty());
-        }
+    expect_checks({
+        writable("State", "1034.1", Integer, between(1, 2), {type, length, name, name, vlan}),
+        writable("QuerierState", "1034.1", Integer, between(1, 2), {type, length, name, name, vlan}),
+        writable("ImmediateLeave", "1034.1", Integer, between(1, 2), {leave_type, name, name, name, vlan}),
+        writable("HostBaseFastLeave", "1034.1", Integer, between(1, 2), {leave_type, name, name, name, vlan}),
+        writable("MinimumVersion", "1034.1", Unsigned32, between(0, 0), {}),
+        writable("GroupStatus", "1.2.1.4.10.0.0.1", Integer, between(1, 6), {"", "", "", "", group}),
+        writable("GroupSrcStatus", "1.2.1.4.10.0.0.1.1.4.10.0.0.2", Integer, between(1, 6),
+                 {"", "", "", "", group + " s:10.0.0.2"}),
+        writable("MrouterDesignate", "1034", OctetString, any_octets(), {type, "", name, name}),
+        writable("MrouterNotAllowed", "1034", OctetString, any_octets(), {type, "", name, name}),
+        writable("FilterLimit", "5121.1034.1", Unsigned32, between(0, 2048),
+                 {type, name, name, "", "|5121 type:1" + value}),
+        writable("AccessGroup", "1.2.3", OctetString, any_octets(), {type}).sends_nothing(),
+        writable("AccGrpStatus", "1.2.4", Integer, between(1, 6), {type, name}).sends_nothing(),
+    });
+    // VLAN 0 has no limit.
+    EXPECT_EQ(write_phase(reserve1, "FilterLimit", "5121.1024.1", Unsigned32, integer(1)), wrongValue);
+    EXPECT_EQ(log(), "|5121 type:1" + value);
 }
 
 TEST_P(Snooping, AccessGroupsAreNamedFirstAndAppliedByTheStatusOfTheSameRow) {
