@@ -32,7 +32,7 @@ TEST_F(Interfaces, WritesEnterTheInterfaceAndSendTheirLine) {
         Writable("ifLinkUpDownTrapEnable", {5121}, Integer, between(1, 2))
             .sends({{1, {"5 interface port1", "-1 linktrap 1"}}, {2, {"5 interface port1", "-1 linktrap 0"}}}),
         // The index comes before the length.
-        Writable("ifAlias", {5121}, OctetString, octets(0, 64).bad("\xff").bad("\rx"))
+        Writable("ifAlias", {5121}, OctetString, words(64).good("\r").bad("\xff"))
             .order({step::type, step::column, step::index, step::length, step::value})
             .sends({{"", {"5 interface port1", "-1 no desc"}},
                     {"\r", {"5 interface port1", "-1 desc \r"}},

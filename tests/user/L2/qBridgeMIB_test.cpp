@@ -229,7 +229,7 @@ TEST_F(QBridge, ColumnsAreCheckedThenStagedOrSent) {
     const std::string longest(32, 'x');
     const auto clear = [this] { std::fill_n(record, 84, static_cast<unsigned char>(0)); };
     expect_checks({
-        Writable("dot1qVlanStaticName", {10}, OctetString, octets(0, 32))
+        Writable("dot1qVlanStaticName", {10}, OctetString, words(32))
             .before(clear)
             .sends({{longest, {"5 vlan 10", "-1 name " + longest}}}),
         Writable("dot1qVlanStaticEgressPorts", {10}, OctetString, octets(0, 12)).before(clear),

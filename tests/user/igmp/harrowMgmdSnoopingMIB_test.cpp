@@ -305,7 +305,7 @@ TEST_P(Snooping, ChecksRefuseInTheirOrderAndLogInTheirOwnWords) {
         writable("MrouterNotAllowed", "1034", OctetString, any_octets(), {type, "", name, name}),
         writable("FilterLimit", "5121.1034.1", Unsigned32, between(0, 2048),
                  {type, name, name, "", "|5121 type:1" + value}),
-        writable("AccessGroup", "1.2.3", OctetString, any_octets(), {type}).sends_nothing(),
+        writable("AccessGroup", "1.2.3", OctetString, any_words(), {type}).sends_nothing(),
         writable("AccGrpStatus", "1.2.4", Integer, between(1, 6), {type, name}).sends_nothing(),
     });
     // VLAN 0 has no limit.
