@@ -1,19 +1,15 @@
 #include "framework/command.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace switchmib {
 namespace {
 
-constexpr std::size_t kShort = 4;
-
-// The first '%' of a text, or its end.
-const char* find_percent(const char* text) {
-    for (std::size_t i = 0; i < kShort; ++i)
-        if (text[i] == '%' || text[i] == '\0') return text + i;
-    return strchrnul(text + kShort, '%');
-}
+// Texts up to these are copied octet by octet: most are shorter than what a call costs.
+constexpr int kShortRun = 2;
+constexpr int kShortString = 10;
 
 // A text being written: the room that is left, with one octet kept for the NUL.
 struct Writing {
@@ -22,12 +18,26 @@ struct Writing {
 
     void put(const char* octets, std::size_t count) {
         count = std::min(count, static_cast<std::size_t>(end - at));
-        // Most runs are shorter than what a call costs.
-        if (count <= kShort)
-            for (std::size_t i = 0; i < count; ++i) at[i] = octets[i];
-        else
-            std::memcpy(at, octets, count);
+        std::memcpy(at, octets, count);
         at += count;
+    }
+    void put_string(const char* string) {
+        for (int i = 0; i < kShortString; ++i) {
+            if (*string == '\0' || at == end) return;
+            *at++ = *string++;
+        }
+        put(string, std::strlen(string));
+    }
+    // The text up to its first '%', or to its end; returns where that is.
+    const char* put_run(const char* text) {
+        for (int i = 0; i < kShortRun; ++i) {
+            if (*text == '%' || *text == '\0') return text;
+            if (at < end) *at++ = *text;
+            ++text;
+        }
+        const char* percent = strchrnul(text, '%');
+        put(text, static_cast<std::size_t>(percent - text));
+        return percent;
     }
     void fill(char octet, int count) {
         while (count-- > 0 && at < end) *at++ = octet;
@@ -76,9 +86,31 @@ void put_number(Writing& out, const Digits& digits, bool negative, const Spec& s
     out.put(digits.first, static_cast<std::size_t>(digits.count()));
 }
 
-void put_decimal(Writing& out, std::int32_t number, const Spec& spec) {
-    const auto magnitude = static_cast<std::uint32_t>(number);
-    put_number(out, Digits(number < 0 ? 0 - magnitude : magnitude, kDecimal), number < 0, spec);
+// A number without a width or a precision, which most are: two digits at a time.
+constexpr auto kPairs = [] {
+    std::array<char, 200> pairs{};
+    for (std::size_t i = 0; i < 100; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}();
+
+void put_decimal(Writing& out, std::int32_t number) {
+    const auto bits = static_cast<std::uint32_t>(number);
+    std::uint32_t magnitude = number < 0 ? 0 - bits : bits;
+    char digits[Digits::kMost + 1];
+    char* const end = digits + sizeof digits;
+    char* at = end;
+    while (magnitude >= 10) {
+        at -= 2;
+        std::memcpy(at, &kPairs[2 * (magnitude % 100)], 2);
+        magnitude /= 100;
+    }
+    // What is left is the first digit, or 0 after a pair.
+    if (magnitude != 0 || at == end) *--at = static_cast<char>('0' + magnitude);
+    if (number < 0) *--at = '-';
+    for (; at < end && out.at < out.end; ++at) *out.at++ = *at;
 }
 
 int take_count(const char*& format) {
@@ -108,13 +140,27 @@ void format_text(char* text, std::size_t capacity, const char* format, std::va_l
     va_copy(arguments, given);
     Writing out{text, text + capacity - 1};
     for (;;) {
-        const char* percent = find_percent(format);
-        out.put(format, static_cast<std::size_t>(percent - format));
+        const char* percent = out.put_run(format);
         if (*percent == '\0') break;
         format = percent + 1;
-        const Spec spec = *format > '9' ? Spec() : take_spec(format, arguments);
+        if (*format == 's') {
+            out.put_string(va_arg(arguments, const char*));
+            ++format;
+            continue;
+        }
+        if (*format == 'd') {
+            put_decimal(out, va_arg(arguments, int));
+            ++format;
+            continue;
+        }
+        const Spec spec = take_spec(format, arguments);
         switch (*format++) {
-            case 'd': put_decimal(out, va_arg(arguments, int), spec); break;
+            case 'd': {
+                const int number = va_arg(arguments, int);
+                const auto bits = static_cast<std::uint32_t>(number);
+                put_number(out, Digits(number < 0 ? 0 - bits : bits, kDecimal), number < 0, spec);
+                break;
+            }
             case 'u': put_number(out, Digits(va_arg(arguments, unsigned), kDecimal), false, spec); break;
             case 'x': put_number(out, Digits(va_arg(arguments, unsigned), kLowerHex), false, spec); break;
             case 'X': put_number(out, Digits(va_arg(arguments, unsigned), kUpperHex), false, spec); break;
@@ -138,7 +184,7 @@ void format_text(char* text, std::size_t capacity, const char* format, std::va_l
 void format_number(char* text, std::size_t capacity, const NumberFormat& format, std::int32_t number) {
     Writing out{text, text + capacity - 1};
     out.put(format.text, format.before);
-    put_decimal(out, number, {});
+    put_decimal(out, number);
     out.put(format.text + format.before + 2, format.after);
     *out.at = '\0';
 }

@@ -29,20 +29,6 @@ void to_field(const KeyShape::Field& field, const oid* first, int count, void* k
     convert(first, count, octets);
 }
 
-// Returns the number of sub-identifiers, which stand at `out` then; `room` at the most.
-int to_oid(const KeyShape::Field& field, oid* out, int room, const void* key) {
-    const unsigned char* octets = static_cast<const unsigned char*>(key) + field.offset;
-    CountedString string{field.octets, field.octets, const_cast<unsigned char*>(octets)};
-    const void* source = field.kind == kCountedString ? static_cast<const void*>(&string) : octets;
-    const int count = uib_snmp_set_oid_size(out, field.kind, source);
-    if (count < 0 || count > room) return 0;
-    if (field.kind == kFixedString)
-        for (int i = 0; i < count; ++i) out[i] = i < field.octets ? octets[i] : 0;
-    else
-        reinterpret_cast<uib_to_oid*>(uib_oid_convert[kSlots * field.kind + 1])(out, source, count);
-    return count;
-}
-
 }  // namespace
 
 int parse_index(const oid* prefix, std::size_t prefix_length, const oid* name, std::size_t* name_length,
@@ -76,10 +62,25 @@ int parse_index(const oid* prefix, std::size_t prefix_length, const oid* name, s
 void build_name(const oid* prefix, std::size_t prefix_length, oid* name, std::size_t* name_length,
                 const KeyShape& shape, const void* key) {
     std::memcpy(name, prefix, prefix_length * sizeof(oid));
-    int length = static_cast<int>(prefix_length);
-    for (int i = 0; i < shape.count; ++i)
-        length += to_oid(shape.fields[i], name + length, kMaxNameLength - length, key);
-    *name_length = static_cast<std::size_t>(length);
+    oid* out = name + prefix_length;
+    for (int i = 0; i < shape.count; ++i) {
+        const KeyShape::Field& field = shape.fields[i];
+        auto* octets = static_cast<unsigned char*>(const_cast<void*>(key)) + field.offset;
+        const void* source = octets;
+        CountedString string;
+        if (field.kind == kCountedString) {
+            string = {field.octets, field.octets, octets};
+            source = &string;
+        }
+        const int count = uib_snmp_set_oid_size(out, field.kind, source);
+        if (count < 0 || count > name + kMaxNameLength - out) continue;
+        if (field.kind == kFixedString)
+            for (int at = 0; at < count; ++at) out[at] = at < field.octets ? octets[at] : 0;
+        else
+            reinterpret_cast<uib_to_oid*>(uib_oid_convert[kSlots * field.kind + 1])(out, source, count);
+        out += count;
+    }
+    *name_length = static_cast<std::size_t>(out - name);
 }
 
 }  // namespace switchmib
