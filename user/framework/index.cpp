@@ -35,26 +35,27 @@ int parse_index(const oid* prefix, std::size_t prefix_length, const oid* name, s
                 const KeyShape& shape, void* key, int exact) {
     if (*name_length == prefix_length) return 0;
 
-    const oid* index = name + prefix_length;
-    const int given = static_cast<int>(*name_length) - static_cast<int>(prefix_length);
+    const oid* const end = name + *name_length;  // before the index where the request ends before it
+    const oid* at = name + prefix_length;
     int sizes[KeyShape::kMaxFields];
-    int end = 0;
     for (int i = 0; i < shape.count; ++i) {
-        sizes[i] = end < given ? bounded(uib_snmp_get_oid_size(index + end, shape.fields[i].kind)) : 0;
-        end += sizes[i];
+        sizes[i] = at < end ? bounded(uib_snmp_get_oid_size(at, shape.fields[i].kind)) : 0;
+        at += sizes[i];
     }
 
     if (exact) {
-        if (given != end) return -1;
-    } else if (given < 1 || snmp_oid_compare(name, *name_length, prefix, prefix_length) < 0) {
+        if (at != end) return -1;
+    } else if (*name_length < prefix_length || snmp_oid_compare(name, *name_length, prefix, prefix_length) < 0) {
         *name_length = prefix_length;
         return 0;
     }
 
-    for (int i = 0, at = 0; i < shape.count && at < given; at += sizes[i++]) {
+    at = name + prefix_length;
+    for (int i = 0; i < shape.count && at < end; ++i) {
         const KeyShape::Field& field = shape.fields[i];
-        if (field.kind == kCountedString && index[at] != field.octets) return -1;
-        to_field(field, index + at, std::min(given - at, sizes[i]), key);
+        if (field.kind == kCountedString && *at != field.octets) return -1;
+        to_field(field, at, std::min(static_cast<int>(end - at), sizes[i]), key);
+        at += sizes[i];
     }
     return 0;
 }

@@ -40,8 +40,9 @@ void Set::copy(void* field, std::size_t room) const {
 }
 
 Error Set::text(char* buffer, std::size_t size) const {
-    for (std::size_t i = 0; i < length_given && value[i] != '\0'; ++i)
-        if (value[i] < ' ' || value[i] == 127) return wrongValue;
+    const unsigned char* const end = value + length_given;
+    for (const unsigned char* octet = value; octet < end && *octet != '\0'; ++octet)
+        if (*octet < ' ' || *octet == 127) return wrongValue;
     std::memset(buffer, 0, size);
     copy(buffer, size - 1);
     return noError;
