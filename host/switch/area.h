@@ -37,8 +37,8 @@ public:
         store_.add(group, show, std::move(scalars));
     }
     // Lines that are for an area as a whole, in global mode or another one.
-    template <class Area>
-    Lines<Area> lines(Area& area, Mode mode = kGlobal) {
+    template <class Owner>
+    Lines<Owner> lines(Owner& area, Mode mode = kGlobal) {
         return {lines_, {mode}, [&area](const Entered&, std::string&) { return &area; }};
     }
     // Lines of a mode's objects. Areas give others the lines of theirs, as Ports::lines() does.

@@ -228,7 +228,9 @@ bool Pattern::is_loose() const {
 
 std::vector<std::uint32_t> Argument::index() const {
     if (!present) return {};
-    std::vector<std::uint32_t> ids{address_type, static_cast<std::uint32_t>(length)};
+    if (type == PlaceType::number) return {number};
+    std::vector<std::uint32_t> ids;
+    if (type != PlaceType::octets) ids = {address_type, static_cast<std::uint32_t>(length)};
     ids.insert(ids.end(), octets.begin(), octets.begin() + static_cast<std::ptrdiff_t>(length));
     if (type == PlaceType::prefix) ids.push_back(bits);
     return ids;

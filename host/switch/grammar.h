@@ -23,8 +23,8 @@ struct Argument {
     std::array<unsigned char, 16> octets{};
     std::uint32_t bits = 0;  // of a prefix
 
-    // An address or a prefix as it is in an index: type, length, octets, of a prefix its length too. Empty where it is
-    // absent.
+    // As it is in an index: a number; octets; of an address type, length, octets, of a prefix its length too. Empty
+    // where it is absent.
     std::vector<std::uint32_t> index() const;
 };
 using Arguments = std::vector<Argument>;

@@ -45,8 +45,6 @@ std::uint32_t bits_per_second(const Interface& i) {
     return i.mbps > kMost / 1'000'000 ? kMost : i.mbps * 1'000'000;
 }
 
-std::uint32_t ifindex_of(const Interface&, const Index& index) { return index[0]; }
-
 }  // namespace
 
 void Interfaces::make(std::uint32_t ifindex, Interface interface) {
@@ -134,7 +132,7 @@ void Interfaces::describe(Description& d) {
     };
     d.table({.name = "ifTable",
              .show = "show interface_uib interfaces {int}",
-             .rows = rows_of(interfaces_, {{1, "ifIndex", ifindex_of},
+             .rows = rows_of(interfaces_, {{1, "ifIndex", from_index()},
                                            {2, "ifDescr", &Interface::description},
                                            {3, "ifType", &Interface::type},
                                            {4, "ifMtu", 1500},

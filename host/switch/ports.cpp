@@ -198,21 +198,22 @@ void Ports::describe(Description& d) {
         return
             [this, status](const Port& p, const Index& index) { return interfaces_.is_up(index[0]) ? status(p) : 0; };
     };
-    d.table({.name = "swPortTable",
-             .show = "show swport swport_table [{int}]",
-             .rows = rows_of(
-                 ports_,
-                 {{1, "swPortIndex", [](const Port&, const Index& index) { return index[0]; }},
-                  {2, "swPortDuplex", [](const Port& p) { return p.link().duplex; }},
-                  {3, "swPortDuplexStatus", while_up(duplex_status)},
-                  {4, "swPortSpeed", [](const Port& p) { return p.link().speed; }},
-                  {5, "swPortSpeedStatus", while_up(speed_status)},
-                  {6, "swPortFlowControlSend", [](const Port& p) { return p.link().flow_control_send ? 1 : 0; }},
-                  {7, "swPortFlowControlReceive", [](const Port& p) { return p.link().flow_control_receive ? 1 : 0; }},
-                  {8, "swPortFlowControlStatus", while_up(flow_control_status)},
-                  {9, "swPortMedium", &Port::media_type},
-                  {10, "swPortBreakout", breakout},
-                  {11, "swPortMaxRcvFrameSize", &Port::max_frame}})});
+    d.table(
+        {.name = "swPortTable",
+         .show = "show swport swport_table [{int}]",
+         .rows = rows_of(
+             ports_,
+             {{1, "swPortIndex", from_index()},
+              {2, "swPortDuplex", [](const Port& p) { return p.link().duplex; }},
+              {3, "swPortDuplexStatus", while_up(duplex_status)},
+              {4, "swPortSpeed", [](const Port& p) { return p.link().speed; }},
+              {5, "swPortSpeedStatus", while_up(speed_status)},
+              {6, "swPortFlowControlSend", zero_or_one([](const Port& p) { return p.link().flow_control_send; })},
+              {7, "swPortFlowControlReceive", zero_or_one([](const Port& p) { return p.link().flow_control_receive; })},
+              {8, "swPortFlowControlStatus", while_up(flow_control_status)},
+              {9, "swPortMedium", &Port::media_type},
+              {10, "swPortBreakout", breakout},
+              {11, "swPortMaxRcvFrameSize", &Port::max_frame}})});
     d.lookup("show swport type-medium {int}",
              rows_of(ports_, {{1, "flags", &Port::flags}, {2, "medium", &Port::medium}}));
 

@@ -25,7 +25,7 @@ namespace sw {
 // --- Rows ------------------------------------------------------------------------------------------------------------
 
 // A column of rows that are `Row`s: its magic number, its object's name, and where its value comes from: a member, a
-// member function, a function of the row, of the row and its index or of nothing, or a constant. See value_of() for
+// member function, a function of the row, of the row and its index (as the area keeps it) or of nothing, or a constant. See value_of() for
 // what these become; an absent value is that of a row that does not have the object, and a walk passes over it.
 template <class Row>
 struct Column {
@@ -49,6 +49,16 @@ struct Column {
 };
 template <class Row>
 using Columns = std::vector<Column<Row>>;
+
+// The index's own sub-identifier, by its place.
+inline auto from_index(std::size_t place = 0) {
+    return [place](const auto&, const Index& index) { return index[place]; };
+}
+// A flag as 0 or 1, where a table does not have a TruthValue.
+template <class Member>
+auto zero_or_one(Member flag) {
+    return [flag](const auto& row) { return std::invoke(flag, row) ? 1 : 0; };
+}
 
 struct Answer {
     Index index;

@@ -25,11 +25,10 @@ void VlanInterfaces::settle(std::uint32_t vid) { interfaces_.link(kVlanIfIndexBa
 
 void VlanInterfaces::describe(Description& d) {
     const auto vid = [](const Interface&, const Index& index) { return index[0] - kVlanIfIndexBase; };
-    const auto ifindex = [](const Interface&, const Index& index) { return index[0]; };
     d.table({.name = "nVlanInterfaceTable",
              .show = "show vlan-interface [{int+1024}]",
              .rows = rows_of(interfaces_.all(), {{1, "nVlanInterfaceVid", vid},
-                                                 {2, "nVlanInterfaceIfIndex", ifindex},
+                                                 {2, "nVlanInterfaceIfIndex", from_index()},
                                                  {3, "nVlanInterfaceName", &Interface::name},
                                                  {4, "nVlanInterfaceRowStatus", 1}})  // active
                          .within(kVlanIfIndexBase + 1, kVlanIfIndexBase + kLastVlan, kVlanIfIndexBase)});

@@ -111,7 +111,7 @@ void Vlans::describe(Description& d) {
              .show = "show snmp vlan-current [{int:2}]",
              .key = {kInteger, kInteger},
              // The VLANs as they are now: none of them was left by an earlier time.
-             .rows = rows_of(vlans_, {{3, "dot1qVlanFdbId", [](const Vlan&, const Index& index) { return index[0]; }},
+             .rows = rows_of(vlans_, {{3, "dot1qVlanFdbId", from_index()},
                                       {4, "dot1qVlanCurrentEgressPorts", &Vlan::egress},
                                       {5, "dot1qVlanCurrentUntaggedPorts", &Vlan::untagged},
                                       {6, "dot1qVlanStatus", 2},  // permanent

@@ -2,6 +2,7 @@
 #include "switch/vrfs.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace sw {
 
@@ -9,6 +10,12 @@ std::optional<std::uint32_t> Vrfs::find(std::string_view name) const {
     const auto vrf = vrfs_.find(name);
     if (vrf == vrfs_.end()) return {};
     return vrf->second.number;
+}
+
+std::function<std::optional<Index>(const Arguments&)> Vrfs::scope() const {
+    return [this](const Arguments& said) {
+        return Index{find(said.back().text).value_or(std::numeric_limits<std::uint32_t>::max())};
+    };
 }
 
 Lines<Vrf> Vrfs::lines(Description& d) {

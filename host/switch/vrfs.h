@@ -21,6 +21,9 @@ public:
 
     // The number of the one that a command names, the default one for an absent word; none: there is no such VRF.
     std::optional<std::uint32_t> find(std::string_view name) const;
+    // For a table of several VRFs, whose rows have the VRF's number before their index, and whose command ends in
+    // "[vrf {word}]": Table::scope. An unknown VRF has no rows.
+    std::function<std::optional<Index>(const Arguments&)> scope() const;
     // Lines of global mode, for the default VRF, and of a VRF's own mode.
     Lines<Vrf> lines(Description&);
 
