@@ -70,6 +70,12 @@ void RecordingHost::answer(const std::string& name, Bytes value, Bytes next_key)
 
 bool RecordingHost::show(services::ShowRequest& request) {
     const auto* key = static_cast<const std::uint8_t*>(request.key);
+    EXPECT_GT(request.line, 0);
+    if (request.name.starts_with("write_") || request.name == "_get_port_info") {  // a lookup of a write method
+        EXPECT_TRUE(request.request_class == 2 && key == nullptr && request.key_size == 0 && request.exact == 1 &&
+                    request.index_count == 0)
+            << request.command;
+    }
     shown.push_back({request, key != nullptr ? Bytes(key, key + request.key_size) : Bytes()});
     const auto script = answers.find(request.name);
     if (script == answers.end()) return false;
