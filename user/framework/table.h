@@ -125,20 +125,25 @@ struct Object {
     Source source;
 
     constexpr Object(Id object, const char* text, Asn tag, Access rights, Writer method = {}, Source origin = {})
-        : id(object),
-          name(text),
-          type(tag),
-          access(checked(text, rights, method, origin)),
-          writer(method),
-          source(origin) {}
+        : id(object), name(text), type(tag), access(rights), writer(method), source(origin) {}
     constexpr Object(Id object, const char* text, Asn tag, Access rights, Source origin)
         : Object(object, text, tag, rights, {}, origin) {}
 
     // Anything else is a mistake that is named here.
     template <class... Wrong>
-    constexpr Object(Id, const char*, Wrong&&...) : writer{}, source{} {
+    constexpr Object(Id object, const char* text, Wrong&&...) : id(object), name(text), type{}, access{} {
         static_assert(!(is_writer_function<Wrong> || ...), "a function goes into a row as WRITER(function)");
         static_assert((is_writer_function<Wrong> || ...), "a row is {number, name, type, access, writer, source}");
+    }
+
+    // Called by the object's group: a mistake in the row does not compile.
+    constexpr void check() const {
+        const bool writes = writer.kind == Writer::function || writer.kind == Writer::refusal;
+        if (access == ReadOnly && writes) mistake_a_read_only_object_has_a_write_method();
+        if (writer.name != nullptr && !names(writer.name, name))
+            mistake_the_write_method_is_named_after_another_object();
+        if (std::is_same_v<Id, oid> && source.value != nullptr)
+            mistake_a_column_cannot_compute_its_value_give_the_table_a_fetch();
     }
 
 private:
@@ -148,15 +153,6 @@ private:
         for (; *object != '\0'; ++object, ++write_method)
             if (*write_method != *object) return false;
         return *write_method == '\0';
-    }
-    static constexpr Access checked(const char* object, Access rights, const Writer& method, const Source& origin) {
-        const bool writes = method.kind == Writer::function || method.kind == Writer::refusal;
-        if (rights == ReadOnly && writes) mistake_a_read_only_object_has_a_write_method();
-        if (method.name != nullptr && !names(method.name, object))
-            mistake_the_write_method_is_named_after_another_object();
-        if (std::is_same_v<Id, oid> && origin.value != nullptr)
-            mistake_a_column_cannot_compute_its_value_give_the_table_a_fetch();
-        return rights;
     }
 };
 using Scalar = Object<SubIds>;
@@ -181,12 +177,19 @@ struct Scalars {
     Result result = {};
     std::initializer_list<Scalar> scalars;
     int line = __builtin_LINE();
+    int checked = check();
 
     constexpr const auto& objects() const { return scalars; }
     constexpr const char* group_name() const { return name; }
     template <class Visit>
     constexpr void for_each_sub_id(const Scalar& scalar, Visit visit) const {
         for (int i = 0; i < scalar.id.length; ++i) visit(scalar.id.ids[i]);
+    }
+
+private:
+    constexpr int check() const {
+        for (const Scalar& scalar : scalars) scalar.check();
+        return 0;
     }
 };
 
@@ -256,6 +259,26 @@ private:
     }
 };
 
+// A function that a table may have.
+template <class Signature>
+struct Hook {
+    Signature* function = nullptr;
+
+    constexpr Hook() = default;
+    constexpr Hook(std::nullptr_t) {}
+    template <class Function>
+    constexpr Hook(Function given) {
+        constexpr bool kFits = std::is_convertible_v<Function, Signature*>;
+        static_assert(kFits, "a function of a table takes the table's own key, as table.h has it");
+        if constexpr (kFits) function = given;
+    }
+    constexpr bool operator==(std::nullptr_t) const { return function == nullptr; }
+    template <class... Arguments>
+    auto operator()(Arguments&&... arguments) const {
+        return function(static_cast<Arguments&&>(arguments)...);
+    }
+};
+
 // A row record that the show request gets in place of the key: filled before it, taken back after a GETNEXT.
 struct NoRecord {};
 
@@ -267,19 +290,19 @@ struct Table {
     TableId id;
     bool answers = true;  // false: registered, but no column ever answers and no index is parsed
     // False: no value and no write method for this row.
-    bool (*accepts)(Key&, const Read&) = nullptr;
+    Hook<bool(Key&, const Read&)> accepts = {};
     RowCommand<Key> command = {};
-    void (*fill)(const Key&, Record&) = nullptr;
-    void (*take)(const Record&, Key&) = nullptr;
+    Hook<void(const Key&, Record&)> fill = {};
+    Hook<void(const Record&, Key&)> take = {};
     // Answers in place of the backend: returns the value and sets its length, and moves the key for a GETNEXT. `detail`
     // is the column's.
-    unsigned char* (*fetch)(Key&, const Read&, const void* detail) = nullptr;
+    Hook<unsigned char*(Key&, const Read&, const void* detail)> fetch = {};
     // Called with the command of a row. A table that has it forms its command for every column, served or not, and before
     // the write method is handed out: a row without an answer then has no write method either.
-    void (*formed)(const Read&, const char* table, const Command&) = nullptr;
-    void (*bad_index)(const Read&, const char* table, int result) = nullptr;  // called when the parse fails
+    Hook<void(const Read&, const char* table, const Command&)> formed = {};
+    Hook<void(const Read&, const char* table, int result)> bad_index = {};  // called when the parse fails
     // Called after a show request: whether the backend answered, and the key of the row that it answered.
-    void (*shown)(const Read&, const Key&, bool answered) = nullptr;
+    Hook<void(const Read&, const Key&, bool answered)> shown = {};
     Result result = {};
     std::uint64_t request_class = 2;
     bool counts_index = false;  // the show request says how many index sub-identifiers were given
@@ -300,6 +323,7 @@ private:
     constexpr int check() const {
         oid before = 0;
         for (const Column& column : columns) {
+            column.check();
             if (column.id <= before) mistake_the_column_numbers_do_not_ascend();
             before = column.id;
         }
