@@ -474,6 +474,10 @@ TEST_F(HostTest, OidsAreReadFromNumbersAndNames) {
                                                             {"ifDescr", {1, 3, 6, 1, 2, 1, 2, 2, 1, 2}},
                                                             {"ifDescr.5121", {1, 3, 6, 1, 2, 1, 2, 2, 1, 2, 5121}},
                                                             {"interfaces", {1, 3, 6, 1, 2, 1, 2}},
+                                                            {"ifDescr[5121]", {1, 3, 6, 1, 2, 1, 2, 2, 1, 2, 5121}},
+                                                            {"IF-MIB::ifNumber.0", {1, 3, 6, 1, 2, 1, 2, 1, 0}},
+                                                            {"interfaces::ifTable", {1, 3, 6, 1, 2, 1, 2, 2}},
+                                                            {"Q-BRIDGE-MIB", {1, 3, 6, 1, 2, 1, 17, 7}},
                                                             {"interfaces.2", {1, 3, 6, 1, 2, 1, 2, 2}}}) {
         EXPECT_EQ(registry.parse(text), oid) << text;
     }
@@ -483,7 +487,8 @@ TEST_F(HostTest, OidsAreReadFromNumbersAndNames) {
         " 1", "+1", "ifDescr.", "ifDescr..1", "ifDescr.x", "noSuchName", longest + ".1", "ifDescr." + longest};
     for (const std::string& text : malformed) EXPECT_FALSE(registry.parse(text)) << text;
 
-    EXPECT_EQ(registry.format({1, 3, 6, 1, 2, 1, 2, 2, 1, 2, 5121}), "ifDescr.5121");
+    EXPECT_EQ(registry.format({1, 3, 6, 1, 2, 1, 2, 2, 1, 2, 5121}), "ifDescr[ifIndex 5121]");
+    EXPECT_EQ(registry.format({1, 3, 6, 1, 2, 1, 2, 2, 1, 2, 5121, 1}), "ifDescr.5121.1");
     EXPECT_EQ(registry.format({1, 3, 6, 1, 2, 1, 2, 2, 1, 2}), "ifDescr");
     EXPECT_EQ(registry.format({1, 3, 6, 1, 2, 1, 2, 2}), "1.3.6.1.2.1.2.2");
 }
