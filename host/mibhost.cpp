@@ -4,120 +4,92 @@
 #include "services/services.h"
 #include "switch/simulated_switch.h"
 #include "tool/arguments.h"
+#include "tool/command_line.h"
 #include "tool/explain.h"
+#include "tool/format.h"
 #include "tool/list.h"
-#include "tool/options.h"
 #include "tool/serve.h"
 #include "tool/session.h"
 #include "tool/trace.h"
 #include "tool/walk.h"
 
 #include <fmt/format.h>
-#include <CLI/CLI.hpp>
+
+#include <nlohmann/json.hpp>
 
 namespace {
 
 constexpr int kFailed = 1;
 constexpr int kUsage = 2;
+constexpr int kRefused = 3;
 
-constexpr const char* kExplainHelp = R"(
-  get|next OID... | set OID TYPE VALUE...   with NAME=answer,answer... among them
+int explain(const tool::Options& options, const services::Registry& registry, services::Backend& backend) {
+    const tool::Explained request = tool::parse_explained(registry, options.explained);
+    const bool set = request.kind == tool::Explained::Kind::set;
+    if (options.lines && !set) throw tool::UsageError("--lines goes with set");
+    if (options.lines && options.json) throw tool::UsageError("--lines and --json exclude each other");
+    agent::Engine engine(registry);
+    const tool::Explanation explanation = tool::explain(request, engine, registry, backend);
+    for (const std::string& line : options.lines  ? as_lines(explanation)
+                                   : options.json ? as_json(explanation, registry)
+                                                  : as_text(explanation, registry))
+        fmt::print("{}\n", line);
+    if (!set || explanation.result.status == agent::kNoError) return 0;
+    if (options.lines) fmt::print(stderr, "mibhost: the SET is refused: {}\n", outcome(explanation, registry));
+    return kRefused;
+}
 
-  TYPE    i INTEGER, u Gauge32, c Counter32, t TimeTicks, s text, x hex octets, o OID, a IpAddress
-  NAME    a table or lookup as the show requests name it, NAME.MAGIC for one column or item of it, or config for
-          configuration lines
-  answer  an integer, text:..., hex:... or refused (config: ok or refused); the last one repeats
-
-  mibhost explain set swPortSpeed.5121 i 2 _get_port_info.1=2 _get_port_info.2=1 config=ok,refused)";
-
-int run(int argc, char** argv) {
-    CLI::App app{"An SNMP agent over a simulated switch, for the module library", "mibhost"};
-    app.require_subcommand(0, 1);
-    tool::Options options;
-    options.library = tool::default_library();
-    const auto add_library = [&](CLI::App& command) {
-        command.add_option("--library", options.library, "the module library")
-            ->type_name("PATH")
-            ->capture_default_str();
+int walk(const tool::Options& options, const services::Registry& registry, services::Backend& backend) {
+    services::Services& host = services::services();
+    host.backend = &backend;
+    host.log = [](const services::LogLine& line) {
+        if (line.channel == tool::kSwitchChannel) fmt::print(stderr, "mibhost: {}\n", tool::describe(line).line());
     };
-    const auto add_context = [&](CLI::App& command) {
-        command.add_option("--vrf", options.vrf, "VRF of the requests")->type_name("NAME");
-        command.add_option("--snmp-context", options.snmp_context, "SNMP context of the requests")->type_name("NAME");
-    };
+    agent::Engine engine(registry);
+    const auto root = options.root ? std::optional(tool::parse_oid(registry, *options.root)) : std::nullopt;
+    const std::size_t count = tool::walk(engine, registry, root, [&](const agent::Varbind& varbind) {
+        fmt::print("{}\n", options.json ? tool::json_line(tool::json_varbind(registry, varbind))
+                                        : tool::format_varbind(registry, varbind));
+    });
+    std::fflush(stdout);
+    fmt::print(stderr, "{} variable{}\n", count, count == 1 ? "" : "s");
+    return 0;
+}
 
-    CLI::App& serve = *app.add_subcommand("serve", "answer SNMPv1 and v2c requests over UDP until Ctrl-C");
-    std::string config;
-    add_library(serve);
-    serve.add_option("--listen", options.listen, "where to listen; port 0 takes a free one")
-        ->type_name("ADDRESS:PORT")
-        ->capture_default_str();
-    serve.add_option("--community", options.community, "community that may read")->capture_default_str();
-    serve.add_option("--write-community", options.write_community, "community that may read and write (default: none)");
-    add_context(serve);
-    serve.add_option("--config", config, "options from a JSON object, its keys named as these options")
-        ->type_name("FILE");
-    serve.add_flag("--freeze", options.freeze, "stop the switch's clock: its counters and timers stand still");
-    serve.add_flag("-v,--verbose", options.verbose, "log each request with the backend requests it causes");
-
-    CLI::App& list = *app.add_subcommand("list", "every registration and object");
-    std::string format = "text";
-    add_library(list);
-    list.add_option("--format", format, "text, json or markdown")
-        ->check(CLI::IsMember({"text", "json", "markdown"}))
-        ->capture_default_str();
-
-    CLI::App& explain = *app.add_subcommand("explain", "what the library would ask of the switch; changes nothing");
-    add_library(explain);
-    add_context(explain);
-    explain.allow_extras();  // its words are no positionals: a VALUE may begin with a hyphen
-    explain.footer(kExplainHelp);
-
-    CLI::App& walk = *app.add_subcommand("walk", "every instance under an OID, without a network");
-    std::optional<std::string> root;
-    add_library(walk);
-    add_context(walk);
-    walk.add_option("OID", root, "where to walk, by number or name (default: everything)");
-
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success& help) {
-        return app.exit(help);
-    } catch (const CLI::ParseError& error) {
-        throw tool::UsageError(error.what());
+int run(const std::vector<std::string>& words) {
+    tool::CommandLine command_line;
+    if (const auto text = command_line.parse(words)) {
+        fmt::print("{}", *text);
+        return 0;
     }
-    if (app.get_subcommands().empty()) throw tool::UsageError("say serve, list, explain or walk (or --help)");
-
-    if (serve) {
-        if (!config.empty())
-            tool::read_config(config, options, [&](const std::string& name) { return serve.count("--" + name) != 0; });
-        return tool::serve(options);
+    const tool::Options& options = command_line.options();
+    switch (options.command) {
+        case tool::Command::manual: fmt::print("{}", command_line.manual_page()); return 0;
+        case tool::Command::completion: fmt::print("{}", command_line.bash_completion()); return 0;
+        case tool::Command::serve: return tool::serve(options);
+        default: break;
     }
 
     const tool::Session session(options.library);
     const services::Registry& registry = session.registry();
+    if (!registry.has_names())
+        fmt::print(stderr, "mibhost: {} was built without names: objects and indexes go by number\n",
+                   session.library().path());
+    if (options.command == tool::Command::list) {
+        fmt::print("{}", tool::list(registry, tool::select(registry, options.patterns), options.form));
+        return 0;
+    }
     services::services().context = {options.vrf, options.snmp_context, false};
-    if (list) {
-        fmt::print("{}", tool::list(registry, format));
-        return 0;
-    }
-
-    sw::SimulatedSwitch simulated({{}, tool::log_refusal});
-    agent::Engine engine(registry);
-    if (explain) {
-        const tool::Explained request = tool::parse_explained(registry, explain.remaining());
-        tool::explain(request, engine, registry, simulated, [](const std::string& line) { fmt::print("{}\n", line); });
-        return 0;
-    }
-    services::services().backend = &simulated;
-    const auto from = root ? std::optional(tool::parse_oid(registry, *root)) : std::nullopt;
-    return tool::walk(engine, registry, from, stdout) ? 0 : kFailed;
+    sw::SimulatedSwitch simulated(tool::simulation(options));
+    return options.command == tool::Command::explain ? explain(options, registry, simulated)
+                                                     : walk(options, registry, simulated);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     try {
-        return run(argc, argv);
+        return run({argv + 1, argv + argc});
     } catch (const tool::UsageError& error) {
         fmt::print(stderr, "mibhost: {}\n", error.what());
         return kUsage;

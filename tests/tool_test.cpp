@@ -1,6 +1,9 @@
-// The parts of mibhost that need no network: arguments, printing, the trace, list, explain, walk and the options.
+// The parts of mibhost that need no network: arguments, indexes, printing, the trace, list, explain, walk and the
+// command line.
+#include "services/index_text.h"
 #include "support/recording_host.h"
 #include "tool/arguments.h"
+#include "tool/command_line.h"
 #include "tool/explain.h"
 #include "tool/format.h"
 #include "tool/list.h"
@@ -8,6 +11,7 @@
 #include "tool/trace.h"
 #include "tool/walk.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -15,9 +19,11 @@
 namespace {
 
 using agent::Value;
+using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using tests::Bytes;
 using tests::loaded;
 
@@ -35,7 +41,7 @@ std::string complaint(const Call& call) {
 class Tool : public tests::RecordingHost {
 protected:
     const services::Registry& registry = loaded().registry;
-    const std::string port = "swPortSpeed.5121";
+    const std::string port = "swPortSpeed[swPortIndex 5121]";
 };
 
 TEST_F(Tool, PrintsValuesByType) {
@@ -53,7 +59,7 @@ TEST_F(Tool, PrintsValuesByType) {
         {Value::octet_string({}), "STRING: \"\""},
         {Value::octet_string({0, 0x1f, 0xff}), "Hex-STRING: 00 1f ff"},
         {Value::object_id({1, 3, 9}), "OID: 1.3.9"},
-        {Value::object_id(oid_of("ifDescr", {2})), "OID: ifDescr.2"},
+        {Value::object_id(oid_of("ifDescr", {2})), "OID: ifDescr[ifIndex 2]"},
         {{agent::kIpAddress, {192, 0, 2, 255}}, "IpAddress: 192.0.2.255"},
         {{agent::kIpAddress, {192, 0}}, "IpAddress: wrong size, 2 octets: c0 00"},
         {{agent::kInteger, {}}, "INTEGER: wrong size, 0 octets: "},
@@ -62,11 +68,27 @@ TEST_F(Tool, PrintsValuesByType) {
         {{0x47, {1}}, "type 0x47: 01"},
     };
     for (const auto& [value, text] : cases) EXPECT_EQ(tool::format_value(registry, value), text);
-    EXPECT_EQ(tool::quoted("desc a\nno shutdown\x7f"), R"("desc a\x0ano shutdown\x7f")");
+    EXPECT_EQ(tool::json_varbind(registry, {oid_of("swPortSpeed", {5121}), Value::integer(2)}),
+              tool::Json::parse(R"({"oid": "1.3.6.1.4.1.)" + std::to_string(SWITCHMIB_VENDOR_ENTERPRISE) +
+                                R"(.10.1.100.2.1.0.3.1.4.5121", "name": "swPortSpeed", "module": "switchPortMIB",
+                                "table": "swPortTable", "column": 4, "kinds": [2], "magic": 4, "index": [5121],
+                                "type": "INTEGER", "value": 2})"));
+    EXPECT_EQ(tool::json_varbind(registry, {oid_of("ifNumber", {0}), {agent::kNoSuchInstance, {}}}),
+              tool::Json::parse(R"({"oid": "1.3.6.1.2.1.2.1.0", "name": "ifNumber", "module": "interfaces",
+                                "group": "interfacesGlobals", "scalar": "1", "magic": 1, "type": "noSuchInstance"})"));
+    const auto route = tool::json_varbind(
+        registry, {*registry.parse("inetCidrRouteType[10.0.0.0/8, 0.0, 192.0.2.1]"), Value::octet_string({0xff})});
+    EXPECT_EQ(route["index"], tool::Json::parse(R"(["10.0.0.0/8", "0.0", "192.0.2.1"])"));
+    EXPECT_EQ(route["octets"], "ff");
+    EXPECT_EQ(tool::in_quotes("desc a\nno shutdown\x7f"), R"("desc a\x0ano shutdown\x7f")");
 }
 
 TEST_F(Tool, ParsesOids) {
+    EXPECT_EQ(tool::parse_oid(registry, "swPortSpeed.5121"), oid_of("swPortSpeed", {5121}));
     EXPECT_EQ(tool::parse_oid(registry, port), oid_of("swPortSpeed", {5121}));
+    EXPECT_EQ(tool::parse_oid(registry, "switchPortMIB::swPortSpeed[5121]"), oid_of("swPortSpeed", {5121}));
+    EXPECT_EQ(tool::parse_oid(registry, "inetCidrRouteType[10.0.0.0/8]"),
+              oid_of("inetCidrRouteType", {1, 4, 10, 0, 0, 0, 8}));
     EXPECT_EQ(tool::parse_oid(registry, ".1.3.6"), (services::Oid{1, 3, 6}));
     EXPECT_EQ(tool::parse_oid(registry, "interfaces"), (services::Oid{1, 3, 6, 1, 2, 1, 2}));
 
@@ -74,10 +96,18 @@ TEST_F(Tool, ParsesOids) {
     for (int i = 0; i < 128; ++i) long_oid += ".3";
     const std::pair<std::string, std::string> cases[] = {
         {"swPortSped.1", "unknown name 'swPortSped', did you mean 'swPortSpeed'"},
+        {"IF-MIB::ifDesc.1", "unknown name 'ifDesc', did you mean 'ifDescr'"},
         {"IFDESCR", "did you mean 'ifDescr'"},
         {"AliasOfSomething", "unknown name 'AliasOfSomething'"},
+        {"IP-MIB::ifDescr", "'ifDescr' is not in a module 'IP-MIB'"},
+        {"IF-MIB", "'IF-MIB' is ambiguous, it is in "},
         {"swPortSpeed.x", "'x' is not a sub-identifier"},
         {"swPortSpeed.", "'' is not a sub-identifier"},
+        {"swPortSpeed[5121", "'swPortSpeed[5121' has no ']' at its end"},
+        {"swPortSpeed[port 5121]", "'port 5121' is not what part 1 of the index of swPortTable is: integer"},
+        {"swPortSpeed[1, 2]", "the index of swPortTable has 1 part"},
+        {"swPortTable[1]", "is not a column with an index in parts"},
+        {"ifNumber[0]", "is not a column with an index in parts"},
         {"1.3.4294967296", "'4294967296' is not a sub-identifier"},
         {"1..3", "'' is not a sub-identifier"},
         {"", "not a sub-identifier"},
@@ -85,6 +115,114 @@ TEST_F(Tool, ParsesOids) {
     };
     for (const auto& [text, message] : cases)
         EXPECT_THAT(complaint([&] { tool::parse_oid(registry, text); }), HasSubstr(message)) << text;
+}
+
+// Every index and key of each kind, by its text.
+TEST(ToolIndex, PartsOfIndexAndKey) {
+    const auto address = [](std::uint32_t type, Bytes octets) {
+        InetAddress record{};
+        record.type = type;
+        record.length = static_cast<std::uint32_t>(octets.size());
+        std::ranges::copy(octets, record.octets);
+        return record;
+    };
+    const auto bytes = [](const auto&... records) {
+        Bytes all;
+        const auto add = [&](const void* record, std::size_t size) {
+            const auto* octets = static_cast<const std::uint8_t*>(record);
+            all.insert(all.end(), octets, octets + size);
+        };
+        (add(&records, sizeof records), ...);
+        return all;
+    };
+    const InetAddress v4 = address(1, {10, 0, 0, 1});
+    const InetAddress v6 = address(2, {0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1});
+    const InetAddress none = address(0, {});
+    const InetText text{1, "10.0.0.0", 24};
+    const std::uint32_t number = 4000000000U;
+    const std::uint8_t octets[] = {0, 0x1b, 0xff, 4, 5, 6};
+    const services::Oid v6_ids{2, 16, 0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
+    services::Oid v6_prefix = v6_ids;
+    v6_prefix.push_back(64);
+    const struct {
+        services::IndexField field;
+        services::Oid ids;
+        std::string text;
+        Bytes key;
+        std::string key_text;  // where it is another one
+    } cases[] = {
+        {{2, 4}, {4000000000U}, "4000000000", bytes(number), ""},
+        {{6, 6}, {0, 0x1b, 0xff, 4, 5, 6}, "00:1b:ff:04:05:06", bytes(octets), ""},
+        {{0, 6}, {0, 0x1b, 0xff, 4, 5, 6}, "00:1b:ff:04:05:06", bytes(octets), ""},
+        {{14, 6}, {6, 0, 0x1b, 0xff, 4, 5, 6}, "00:1b:ff:04:05:06", bytes(octets), ""},
+        {{8, 4}, {3, 2, 0, 4000000000U}, "2.0.4000000000", bytes(number), "4000000000"},
+        {{7, 72}, {1, 4, 10, 0, 0, 0, 24}, "10.0.0.0/24", bytes(text), ""},
+        {{10, 28}, {1, 4, 10, 0, 0, 1}, "10.0.0.1", bytes(v4), ""},
+        {{10, 28}, v6_ids, "2001:db8::1", bytes(v6), ""},
+        {{10, 28}, {0, 0}, "none", bytes(none), ""},
+        {{11, 32}, v6_prefix, "2001:db8::1/64", bytes(v6, std::uint32_t{64}), ""},
+        {{12, 60}, {1, 4, 10, 0, 0, 1, 7, 4, 10, 0, 0, 1}, "10.0.0.1 7 10.0.0.1", bytes(v4, std::uint32_t{7}, v4), ""},
+        {{13, 56}, {1, 4, 10, 0, 0, 1, 0, 0}, "10.0.0.1 none", bytes(v4, none), ""},
+    };
+    for (const auto& [field, ids, text_of_index, key, text_of_key] : cases) {
+        const std::vector<std::string> parts{text_of_index};
+        EXPECT_EQ(services::index_parts({field}, ids.data(), ids.size()), parts);
+        EXPECT_EQ(services::index_parts({field}, ids.data(), ids.size() - 1), std::nullopt) << text_of_index;
+        EXPECT_EQ(services::index_from_text(field, text_of_index), ids) << text_of_index;
+        EXPECT_EQ(services::key_parts({field}, key.data(), key.size()),
+                  std::vector{text_of_key.empty() ? text_of_index : text_of_key});
+        EXPECT_EQ(services::key_parts({field}, key.data(), key.size() - 1), std::nullopt) << text_of_index;
+    }
+
+    // Fields lie in a key as in a C struct, and more may come after them.
+    const std::uint8_t padded[] = {1, 2, 3, 4, 5, 6, 0xee, 0xee, 7, 0, 0, 0, 0xee};
+    EXPECT_EQ(services::key_parts({{6, 6}, {2, 4}}, padded, sizeof padded),
+              (std::vector<std::string>{"01:02:03:04:05:06", "7"}));
+    const InetAddress unknown = address(3, {1, 2, 3, 4});
+    EXPECT_EQ(services::key_parts({{10, 28}}, &unknown, sizeof unknown), std::nullopt);
+    const services::Oid wrong[] = {{1, 4, 10, 0, 0, 256}, {1, 5, 1, 2, 3, 4, 5}, {3, 4, 1, 2, 3, 4}, {1, 0}, {}};
+    for (const services::Oid& ids : wrong)
+        EXPECT_EQ(services::index_parts({{10, 28}}, ids.data(), ids.size()), std::nullopt);
+
+    const std::pair<services::IndexField, std::string> no_values[] = {
+        {{2, 4}, "-1"},
+        {{2, 4}, "4294967296"},
+        {{2, 4}, ""},
+        {{6, 6}, "00:1b:ff:04:05"},
+        {{6, 6}, "001bff"},
+        {{6, 6}, "00:1b:ff:04:05:06:"},
+        {{14, 2}, "xx"},
+        {{8, 4}, "1..2"},
+        {{10, 28}, "10.0.0"},
+        {{11, 32}, "10.0.0.1"},
+        {{11, 32}, "10.0.0.0/x"},
+        {{13, 56}, "10.0.0.1"},
+        {{12, 60}, "10.0.0.1 10.0.0.1"},
+        {{99, 1}, "1"},
+    };
+    for (const auto& [field, text_of_none] : no_values)
+        EXPECT_EQ(services::index_from_text(field, text_of_none), std::nullopt) << text_of_none;
+}
+
+TEST_F(Tool, GroupsDescribeTables) {
+    const services::Group* const ports = registry.group("swPortTable");
+    ASSERT_NE(ports, nullptr);
+    EXPECT_TRUE(ports->is_table && ports->answers);
+    EXPECT_EQ(ports->index_column, "swPortIndex");
+    EXPECT_EQ(ports->oid, *registry.parse("swPortTable"));
+    EXPECT_EQ(loaded().object("swPortSpeed").group, ports);
+    // A table that never answers may have no index, but is a table.
+    const services::Group* const test = registry.group("ifTestTable");
+    ASSERT_NE(test, nullptr);
+    EXPECT_TRUE(test->is_table && !test->answers);
+    EXPECT_FALSE(registry.group("interfacesGlobals")->is_table);
+    // The first column can be set, so it is no index.
+    EXPECT_EQ(registry.group("dot1qPortVlanTable")->index_column, "");
+    for (const services::Object& object : registry.objects()) {
+        ASSERT_NE(object.group, nullptr) << object.name;
+        EXPECT_EQ(object.group->module, object.module);
+        EXPECT_EQ(registry.parse(object.name), object.oid()) << "a name is taken twice";
+    }
 }
 
 TEST_F(Tool, ParsesTypedValues) {
@@ -113,6 +251,19 @@ TEST_F(Tool, ParsesTypedValues) {
     };
     for (const auto& [type, text, message] : cases)
         EXPECT_THAT(complaint([&] { tool::parse_value(registry, type, text); }), HasSubstr(message)) << type << text;
+
+    const auto as_registered = [&](const char* object, const char* text) {
+        return tool::parse_value(registry, loaded().object(object), text);
+    };
+    EXPECT_EQ(as_registered("swPortSpeed", "-2"), Value::integer(-2));
+    EXPECT_EQ(as_registered("dot1qPvid", "2"), Value::unsigned32(agent::kGauge32, 2));
+    EXPECT_EQ(as_registered("ifAlias", ""), Value::octet_string({}));
+    EXPECT_EQ(as_registered("ifAlias", "text:hex:00"), Value::octet_string(tests::text("hex:00")));
+    EXPECT_EQ(as_registered("ifAlias", "hex:00 ff"), Value::octet_string({0, 0xff}));
+    EXPECT_EQ(as_registered("ipForwardDest", "10.0.0.1"), (Value{agent::kIpAddress, {10, 0, 0, 1}}));
+    EXPECT_THAT(complaint([&] { as_registered("dot1qPvid", "-2"); }), HasSubstr("'-2' is not an unsigned"));
+    EXPECT_THAT(complaint([&] { as_registered("ifHCInOctets", "1"); }),
+                HasSubstr("no SET can have the type Counter64"));
 }
 
 TEST_F(Tool, ScriptedAnswersComeInOrderAndTheLastOneStays) {
@@ -123,7 +274,7 @@ TEST_F(Tool, ScriptedAnswersComeInOrderAndTheLastOneStays) {
     answer("ifTable", tests::integer(99), {2, 0, 0, 0});
     std::vector<std::string> told;
     tool::TracingBackend tracing(
-        *this, [&](const std::string& line) { told.push_back(line); }, script);
+        *this, registry, [&](const tool::Event& event) { told.push_back(event.line()); }, script);
     services::Backend& backend = tracing;
 
     std::uint8_t result[6];
@@ -145,8 +296,8 @@ TEST_F(Tool, ScriptedAnswersComeInOrderAndTheLastOneStays) {
     EXPECT_TRUE(backend.configure({5, "interface port1", "write_it", 1}));
     EXPECT_FALSE(backend.configure({-1, "speed 100", "write_it", 1}));
     EXPECT_FALSE(backend.configure({-1, "speed 10", "write_it", 1}));
-    EXPECT_THAT(told,
-                Contains("show \"show it\" name ifTable magic 3 exact 0 key 1 (scripted) -> 2 octets \"up\", row 2"));
+    EXPECT_THAT(told, Contains("show \"show it\" name ifTable magic 3 exact 0 key [ifIndex 1] (scripted) -> 2 octets "
+                               "\"up\", row [ifIndex 2]"));
     EXPECT_THAT(told, Contains("config mode -1 \"speed 100\" caller write_it (scripted) -> refused"));
     EXPECT_THAT(tracing.unused(), ElementsAre("nobody"));
 
@@ -162,77 +313,146 @@ TEST_F(Tool, ScriptedAnswersComeInOrderAndTheLastOneStays) {
         EXPECT_THAT(complaint([&] { tool::parse_script(text, script); }), HasSubstr(message)) << text;
 }
 
+TEST_F(Tool, KeysOfAnotherLayoutAreShownAsOctets) {
+    std::vector<tool::Event> events;
+    tool::TracingBackend tracing(*this, registry, [&](const tool::Event& event) { events.push_back(event); });
+    services::Backend& backend = tracing;
+    std::uint8_t result[4];
+    std::size_t length = 0;
+    Bytes key(52);
+    const auto shown_key = [&] {
+        services::ShowRequest request{3, "show it", result, 4, &length, key.data(), 52, 7, 1, 2, "inetCidrRouteTable",
+                                      1};
+        backend.show(request);
+        return events.back().line();
+    };
+    EXPECT_EQ(shown_key(),
+              "show \"show it\" name inetCidrRouteTable magic 7 exact 1 key 52 zero octets class 3 index count 2 -> "
+              "refused");
+    key[0] = 1;
+    EXPECT_THAT(shown_key(), HasSubstr("key 52 octets 01 00 00"));
+    EXPECT_FALSE(events.back().json["key"].contains("index"));
+}
+
 TEST_F(Tool, ListTellsWhatIsWritableInFact) {
     for (const char* name : {"ifAdminStatus", "ifAlias", "ifStackStatus", "swPortSpeed", "nVlanInterfaceRowStatus"})
         EXPECT_TRUE(tool::writable(loaded().object(name))) << name;
     for (const char* name : {"ifNumber", "ifDescr", "ifName", "swPortIndex", "swPortTableNumber", "nVlanInterfaceVid"})
         EXPECT_FALSE(tool::writable(loaded().object(name))) << name;
     EXPECT_TRUE(shown.empty() && sent.empty()) << "the backend of the process is not asked";
-
-    std::size_t objects = 0;
-    const auto document = nlohmann::json::parse(tool::list(registry, "json"));
-    for (const auto& module : document) {
-        objects += module["objects"].size();
-        for (const auto& object : module["objects"]) {
-            EXPECT_EQ(registry.parse(object["name"].get<std::string>()),
-                      registry.parse(object["oid"].get<std::string>()));
-            if (object["name"] == "swPortSpeed") {
-                EXPECT_EQ(object["type"], "INTEGER");
-                EXPECT_EQ(object["access"], "read-write");
-                EXPECT_EQ(object["writable"], true);
-            }
-        }
-    }
-    EXPECT_EQ(objects, registry.objects().size());
-    const auto lines_in = [&](const char* format, const std::string& start) {
-        const std::string text = tool::list(registry, format);
-        std::size_t count = 0;
-        for (std::size_t at = 0; (at = text.find("\n" + start, at)) != std::string::npos; ++at) ++count;
-        return count;
-    };
-    EXPECT_EQ(lines_in("text", "  1."), objects);
-    EXPECT_EQ(lines_in("markdown", "| 1."), objects);
 }
 
-TEST_F(Tool, ExplainTellsEveryPhaseWithItsRequests) {
+TEST_F(Tool, ListsWhatPatternsSelect) {
+    const auto names = [&](const std::vector<std::string>& patterns) {
+        std::vector<std::string> selected;
+        for (const services::Object* const object : tool::select(registry, patterns)) selected.push_back(object->name);
+        return selected;
+    };
+    EXPECT_EQ(names({}).size(), registry.objects().size());
+    EXPECT_THAT(names({"NVLANINTERFACETABLE"}), ElementsAre("nVlanInterfaceVid", "nVlanInterfaceIfIndex",
+                                                            "nVlanInterfaceName", "nVlanInterfaceRowStatus"));
+    EXPECT_THAT(names({"swport*speed"}), ElementsAre("swPortSpeed"));
+    EXPECT_THAT(names({"portspeed", "ifNumber"}), ElementsAre("ifNumber", "swPortSpeed", "swPortSpeedStatus"));
+    EXPECT_THAT(names({"IF-MIB"}), AllOf(Contains("ifNumber"), Contains("ifAlias"), Not(Contains("swPortSpeed"))));
+    EXPECT_THAT(names({"interfaces::*Speed"}), ElementsAre("ifSpeed"));
+    EXPECT_THAT(names({"1.3.6.1.2.1.2.1"}), ElementsAre("ifNumber"));
+    EXPECT_EQ(complaint([&] { names({"ifNumbr"}); }),
+              "no object, table or module is called 'ifNumbr', did you mean 'ifNumber'?");
+    EXPECT_EQ(complaint([&] { names({"IP-MIB::swPort*"}); }), "no object, table or module is called 'IP-MIB::swPort*'");
+
+    const auto lines = [&](const std::vector<std::string>& patterns, tool::ListForm form) {
+        std::istringstream text(tool::list(registry, tool::select(registry, patterns), form));
+        std::vector<std::string> all;
+        for (std::string line; std::getline(text, line);) all.push_back(line);
+        return all;
+    };
+    EXPECT_THAT(lines({"nVlanInterfaceName", "ifTestId", "ip::ipforwardin?"}, tool::ListForm::text),
+                ElementsAre("ip 1.3.6.1.2.1.4 (IP-MIB, 1 object)", "  ipGlobals, scalars",
+                            "    .1  ipForwarding  INTEGER    read-write, but no write method", "",
+                            "ifMIB 1.3.6.1.2.1.31 (IF-MIB, 1 object)", "  ifTestTable, index: integer, never answers",
+                            "    .1.3.1.1  ifTestId  INTEGER    read-write", "",
+                            HasSubstr("pellamVlanInterfaceMIB 1.3.6.1.4.1."),
+                            "  nVlanInterfaceTable, index: integer nVlanInterfaceVid",
+                            "    .1.1.1.3  nVlanInterfaceName  STRING     read-only"));
+    EXPECT_THAT(lines({"swPortSpeed"}, tool::ListForm::names),
+                ElementsAre("swPortSpeed", "swPortSpeedStatus", "swPortTable", "switchPortMIB"));
+    EXPECT_THAT(lines({"ifNumber"}, tool::ListForm::modules),
+                ElementsAre("interfaces 1.3.6.1.2.1.2 (IF-MIB, 1 object)"));
+    EXPECT_THAT(lines({"ifNumber"}, tool::ListForm::markdown),
+                Contains("| .1 | ifNumber | INTEGER | read-only | no |"));
+    EXPECT_THAT(lines({}, tool::ListForm::text), Not(Contains(::testing::SizeIs(::testing::Gt(100u)))));
+    const auto objects = lines({}, tool::ListForm::json);
+    EXPECT_EQ(objects.size(), registry.objects().size());
+    const auto speed = std::ranges::find_if(
+        objects, [](const std::string& line) { return line.find("\"swPortSpeed\"") != std::string::npos; });
+    ASSERT_NE(speed, objects.end());
+    const auto object = tool::Json::parse(*speed);
+    EXPECT_EQ(object["access"], "read-write");
+    EXPECT_EQ(object["writable"], true);
+    EXPECT_EQ(object["table"], "swPortTable");
+}
+
+TEST_F(Tool, ExplainShowsEveryPhaseWithItsRequests) {
     answer("_get_port_info", tests::integer(1));
     refused_lines = {"speed 100"};
     agent::Engine engine(registry);
-    std::vector<std::string> told;
-    const auto explain = [&](const std::vector<std::string>& words) {
-        told.clear();
-        tool::explain(tool::parse_explained(registry, words), engine, registry, *this,
-                      [&](const std::string& line) { told.push_back(line); });
+    const auto explained = [&](const std::vector<std::string>& words) {
+        return tool::explain(tool::parse_explained(registry, words), engine, registry, *this);
     };
+    const auto text = [&](const std::vector<std::string>& words) { return as_text(explained(words), registry); };
 
-    explain({"set", port, "i", "-3", "ifAlias.5122", "s", "x", "_get_port_info=1", "_get_port_info.1=16"});
-    EXPECT_THAT(told, Contains("  RESERVE1 1 -> noError"));
+    std::vector<std::string> told =
+        text({"set", "swPortSpeed.5121=-3", "ifAlias.5122", "s", "x", "_get_port_info=1", "_get_port_info.1=16"});
+    EXPECT_THAT(told, Contains("SET " + port + " = INTEGER: -3"));
+    EXPECT_THAT(told, Contains("  RESERVE1 " + port + " -> noError"));
     EXPECT_THAT(told, Contains("    config mode 5 \"interface port1\" caller write_swPortSpeed -> accepted"));
-    EXPECT_THAT(told, Contains("  ACTION 1 -> notWritable"));
-    EXPECT_THAT(told, Contains("  UNDO 2 -> noError"));
+    EXPECT_THAT(told, Contains("  ACTION " + port + " -> notWritable"));
+    EXPECT_THAT(told, Contains("  UNDO ifAlias[5122] -> noError"));
     EXPECT_EQ(told.back(), "answer notWritable (17) for varbind 1, " + port);
+    EXPECT_THAT(told, Not(Contains(::testing::SizeIs(::testing::Gt(100u)))));
 
-    explain({"set", port, "i", "2"});
+    told = text({"set", port + "=2"});
     EXPECT_THAT(told, Contains("    config mode -1 \"speed 100\" caller write_swPortSpeed -> refused"));
     EXPECT_EQ(told.back(), "answer genErr (5) for varbind 1, " + port);
 
-    explain({"set", port, "i", "0", "nobody=1"});
-    EXPECT_THAT(told, Contains("  FREE 1 -> wrongValue"));
+    told = text({"set", port + "=0", "_nobody=1"});
+    EXPECT_THAT(told, Contains("  FREE " + port + " -> wrongValue"));
     EXPECT_THAT(told, Contains("answer wrongValue (10) for varbind 1, " + port));
-    EXPECT_EQ(told.back(), "note: no request was named 'nobody'");
+    EXPECT_EQ(told.back(), "note: no request was named '_nobody'");
 
-    explain({"get", port, "swPortTable=6"});
-    EXPECT_THAT(told,
+    // Phases in which nothing happens are one line, with the varbinds where they are not all.
+    answer("ifXTable", tests::text("old"));
+    told = text({"set", "ifAlias.5121=x", "ifAlias.5122", "i", "1"});
+    EXPECT_THAT(told, Contains("  RESERVE1 ifAlias[5122] -> wrongType"));
+    told = text({"set", "ifAlias.5121=x", "ifAlias.5122=y"});
+    EXPECT_THAT(told, Contains("  RESERVE1, RESERVE2 -> noError, nothing asked or sent"));
+    EXPECT_THAT(told, Contains("  COMMIT -> noError, nothing asked or sent"));
+    EXPECT_THAT(as_lines(explained({"set", "ifAlias.5121=x", "ifAlias.5122=y"})),
+                ElementsAre("interface port1", "desc x", "interface port2", "desc y"));
+
+    EXPECT_THAT(text({"get", "swPortSpeed.5121", "swPortTable=6"}),
                 ElementsAre("GET " + port,
-                            "    show \"show swport swport_table 5121\" name swPortTable magic 4 exact 1 key 5121 "
-                            "(scripted) -> 4 octets 6",
-                            "answer " + port + " = INTEGER: 6"));
+                            "    show \"show swport swport_table 5121\" name swPortTable magic 4 exact 1 key "
+                            "[swPortIndex 5121]",
+                            "        (scripted) -> 4 octets 6", "answer " + port + " = INTEGER: 6"));
+
+    std::vector<std::string> events;
+    for (const std::string& line : as_json(explained({"set", "ifAlias.5121=x"}), registry)) {
+        const auto event = tool::Json::parse(line);
+        events.push_back(event["event"].get<std::string>() + event.value("phase", "") + event.value("command", ""));
+    }
+    EXPECT_THAT(events, ElementsAre("set", "showREADshow interface_uib ifMIB 5121", "phaseREAD", "phaseRESERVE1",
+                                    "phaseRESERVE2", "configACTIONinterface port1", "configACTIONdesc x", "phaseACTION",
+                                    "phaseCOMMIT", "answer"));
 
     const std::pair<std::vector<std::string>, std::string> cases[] = {
         {{}, "say get, next or set"},
         {{"put", port}, "say get, next or set, not 'put'"},
         {{"get"}, "explain get: an OID is missing"},
-        {{"set", port, "i"}, port + ": a SET needs TYPE and VALUE"},
+        {{"set", "ifAlias.1", "s"}, "ifAlias.1: a SET needs OID=VALUE, or OID TYPE VALUE"},
+        {{"set", "swPortSpeed.5121=fast"}, port + ": 'fast' is not an INTEGER (-2147483648 to 2147483647)"},
+        {{"set", "swPortSped.5121=2"}, "unknown name 'swPortSped', did you mean 'swPortSpeed'"},
+        {{"set", "1.3.9.1=2"}, "1.3.9.1=2: no such object is registered"},
         {{"get", "--vfr", "red"}, "unknown option --vfr"},
         {{"get", "ifDescription"}, "unknown name 'ifDescription'"},
     };
@@ -240,7 +460,7 @@ TEST_F(Tool, ExplainTellsEveryPhaseWithItsRequests) {
         EXPECT_THAT(complaint([&] { tool::parse_explained(registry, words); }), HasSubstr(message));
 }
 
-TEST_F(Tool, WalkPrintsWhatIsUnderTheRoot) {
+TEST_F(Tool, WalkFindsWhatIsUnderTheRoot) {
     // Two rows; the row after the last is refused.
     answers["nVlanInterfaceTable"] = [](const services::ShowRequest& request) {
         std::uint32_t vid;
@@ -251,49 +471,91 @@ TEST_F(Tool, WalkPrintsWhatIsUnderTheRoot) {
     };
     agent::Engine engine(registry);
     const auto walked = [&](const std::string& root) {
-        std::FILE* const file = std::tmpfile();
-        EXPECT_TRUE(tool::walk(engine, registry, tool::parse_oid(registry, root), file));
-        std::string text(static_cast<std::size_t>(std::ftell(file)), '\0');
-        std::rewind(file);
-        EXPECT_EQ(std::fread(text.data(), 1, text.size(), file), text.size());
-        std::fclose(file);
-        return text;
+        std::vector<std::string> found;
+        const std::size_t count = tool::walk(
+            engine, registry, tool::parse_oid(registry, root),
+            [&](const agent::Varbind& varbind) { found.push_back(tool::format_varbind(registry, varbind)); });
+        EXPECT_EQ(count, found.size());
+        return found;
     };
-    EXPECT_EQ(walked("nVlanInterfaceVid"),
-              "nVlanInterfaceVid.1 = Gauge32: 1\nnVlanInterfaceVid.10 = Gauge32: 10\n2 variables\n");
-    EXPECT_EQ(walked("1.3.9"), "0 variables\n");
+    EXPECT_THAT(walked("nVlanInterfaceVid"), ElementsAre("nVlanInterfaceVid[nVlanInterfaceVid 1] = Gauge32: 1",
+                                                         "nVlanInterfaceVid[nVlanInterfaceVid 10] = Gauge32: 10"));
+    EXPECT_TRUE(walked("1.3.9").empty());
+}
+
+// What parsing these words says: the help, or what is wrong.
+std::string said(const std::vector<std::string>& words, tool::CommandLine&& line = {}) {
+    std::string text;
+    const std::string wrong = complaint([&] { text = line.parse(words).value_or(""); });
+    return wrong.empty() ? text : wrong;
+}
+
+TEST(ToolOptions, CommandLine) {
+    tool::CommandLine line;
+    EXPECT_EQ(line.parse({"explain", "--vrf", "red", "set", "ifAlias.1", "s", "-x", "--json"}), std::nullopt);
+    EXPECT_EQ(line.options().command, tool::Command::explain);
+    EXPECT_EQ(line.options().vrf, "red");
+    EXPECT_TRUE(line.options().json);
+    EXPECT_THAT(line.options().explained, ElementsAre("set", "ifAlias.1", "s", "-x"));
+
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
+        {{}, "say serve, list, explain or walk"},
+        {{"wlak"}, "unknown command 'wlak', did you mean 'walk'?"},
+        {{"--jsn"}, "--jsn: a command comes first"},
+        {{"list", "--jsn"}, "list has no option --jsn, did you mean '--json'?"},
+        {{"walk", "a", "b"}, "walk does not take the word 'b'"},
+        {{"serve", "--vlans", "4095"}, "--vlans"},
+        {{"serve", "--vlans", "many"}, "--vlans"},
+        {{"serve", "--listen"}, "--listen"},
+    };
+    for (const auto& [words, message] : cases) EXPECT_THAT(said(words), HasSubstr(message));
+    EXPECT_THAT(said({"--version"}), HasSubstr("mibhost "));
+    for (const std::string command : {"", "serve", "list", "explain", "walk"}) {
+        std::istringstream help(
+            said(command.empty() ? std::vector<std::string>{"-h"} : std::vector<std::string>{command, "--help"}));
+        for (std::string text; std::getline(help, text);) EXPECT_LE(text.size(), 100u) << text;
+    }
+}
+
+// Both are made from what --help shows.
+TEST(ToolOptions, ManualPageAndCompletion) {
+    const tool::CommandLine line;
+    EXPECT_THAT(line.manual_page(), AllOf(HasSubstr("\n.SH MIBHOST EXPLAIN\n"), HasSubstr("\\-\\-write\\-community"),
+                                          HasSubstr("\n.SH MIBHOST WALK\n"), HasSubstr("where to listen")));
+    EXPECT_THAT(line.bash_completion(),
+                AllOf(HasSubstr("\"serve list explain walk --help --version\""), HasSubstr("--log-json"),
+                      HasSubstr("--library|--config) _filedir"), Not(HasSubstr("manual"))));
 }
 
 TEST(ToolOptions, ConfigurationFile) {
-    const std::string path = ::testing::TempDir() + "/mibhost_options.json";
-    const auto read = [&](const std::string& content, tool::Options& options, const std::string& given = "") {
+    const std::string path = ::testing::TempDir() + "/mibhost_options.conf";
+    const auto read = [&](const std::string& content, tool::CommandLine& line) {
         std::ofstream(path) << content;
-        return complaint(
-            [&] { tool::read_config(path, options, [&](const std::string& name) { return name == given; }); });
+        return complaint([&] { line.parse({"serve", "--config", path, "--vrf", "blue"}); });
     };
-    tool::Options options;
-    options.vrf = "blue";
-    EXPECT_EQ(read(R"({"community": "c", "write-community": "w", "vrf": "red", "verbose": true})", options, "vrf"), "");
-    EXPECT_EQ(options.community, "c");
-    EXPECT_EQ(options.write_community, "w");
-    EXPECT_EQ(options.vrf, "blue") << "the command line wins";
-    EXPECT_TRUE(options.verbose);
-    EXPECT_EQ(options.listen, "127.0.0.1:1161");
+    tool::CommandLine line;
+    EXPECT_EQ(read("community = \"c\"\nwrite-community = w\nvrf = red  # no\nverbose = true\nvlans = 12\n", line), "");
+    EXPECT_EQ(line.options().community, "c");
+    EXPECT_EQ(line.options().write_community, "w");
+    EXPECT_EQ(line.options().vrf, "blue") << "the command line overrides it";
+    EXPECT_TRUE(line.options().verbose);
+    EXPECT_EQ(line.options().size.vlans, 12u);
+    EXPECT_EQ(line.options().listen, "127.0.0.1:1161");
 
     const std::pair<std::string, std::string> cases[] = {
-        {R"({"port": 1})", "unknown key 'port'"},
-        {R"({"listen": 1161})", "'listen' is a number, not a string"},
-        {R"({"verbose": "yes"})", "'verbose' is a string"},
-        {R"({"vrf": null})", "'vrf' is a null"},
-        {R"(["listen"])", "not a JSON object"},
-        {"{", "is not JSON"},
+        {"lissten = x\n", path + ": serve has no option --lissten, did you mean '--listen'?"},
+        {"[serve]\nlisten = x\n", "serve has no option --serve"},
+        {"config = x\n", "serve has no option --config"},
+        {"verbose = maybe\n", "maybe"},
+        {"vlans = 4095\n", "--vlans"},
     };
-    for (const auto& [content, message] : cases) EXPECT_THAT(read(content, options, "vrf"), HasSubstr(message));
+    for (const auto& [content, message] : cases) {
+        tool::CommandLine other;
+        EXPECT_THAT(read(content, other), HasSubstr(message)) << content;
+    }
     std::remove(path.c_str());
     for (const std::string& unreadable : {path, ::testing::TempDir()})
-        EXPECT_THAT(
-            complaint([&] { tool::read_config(unreadable, options, [](const std::string&) { return false; }); }),
-            HasSubstr("cannot read the configuration file " + unreadable));
+        EXPECT_THAT(said({"serve", "--config", unreadable}), HasSubstr(unreadable));
 }
 
 TEST(ToolOptions, ListenAddress) {

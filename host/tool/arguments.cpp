@@ -1,5 +1,7 @@
 #include "tool/arguments.h"
 
+#include "tool/format.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -72,31 +74,6 @@ std::size_t edit_distance(std::string_view a, std::string_view b) {
     return row.back();
 }
 
-// ", did you mean 'swPortSpeed' or ...?", or nothing when no name is near.
-std::string suggestion(const services::Registry& registry, std::string_view name) {
-    const std::string wanted = lower(name);
-    std::set<std::pair<std::size_t, std::string>> near;
-    const auto consider = [&](const std::string& candidate) {
-        if (candidate.empty()) return;
-        const std::string known = lower(candidate);
-        const std::size_t distance = edit_distance(wanted, known);
-        if (distance <= std::max<std::size_t>(2, wanted.size() / 4) ||
-            (wanted.size() >= 3 && known.find(wanted) != std::string::npos))
-            near.emplace(distance, candidate);
-    };
-    for (const services::Object& object : registry.objects()) {
-        consider(object.module);
-        consider(object.name);
-    }
-    std::string text;
-    std::size_t count = 0;
-    for (const auto& [distance, candidate] : near) {
-        if (count == 3) break;
-        text += fmt::format("{}'{}'", count++ == 0 ? ", did you mean " : " or ", candidate);
-    }
-    return text.empty() ? text : text + "?";
-}
-
 std::string type_letters() {
     return "i (INTEGER), u (Gauge32), c (Counter32), t (TimeTicks), s (text), x (hex octets), o (OID), a (IpAddress)";
 }
@@ -140,21 +117,48 @@ Answer parse_answer(std::string_view name, std::string_view text) {
     throw UsageError(fmt::format("{}={}: an answer is an integer, text:..., hex:... or refused", name, text));
 }
 
+// The letter of a type that a SET can have; 0 for every other.
+char letter_of(std::uint8_t tag) {
+    switch (tag) {
+        case agent::kInteger: return 'i';
+        case agent::kGauge32: return 'u';
+        case agent::kCounter32: return 'c';
+        case agent::kTimeTicks: return 't';
+        case agent::kOctetString: return 's';
+        case agent::kObjectId: return 'o';
+        case agent::kIpAddress: return 'a';
+        default: return 0;
+    }
+}
+
 }  // namespace
 
+std::string suggestion(const std::vector<std::string>& names, std::string_view name) {
+    const std::string wanted = lower(name);
+    std::set<std::pair<std::size_t, std::string>> near;
+    for (const std::string& candidate : names) {
+        const std::string known = lower(candidate);
+        const std::size_t distance = edit_distance(wanted, known);
+        if (distance <= std::max<std::size_t>(2, wanted.size() / 4) ||
+            (wanted.size() >= 3 && known.find(wanted) != std::string::npos))
+            near.emplace(distance, candidate);
+    }
+    std::string text;
+    std::size_t count = 0;
+    for (const auto& [distance, candidate] : near) {
+        if (count == 3) break;
+        text += fmt::format("{}'{}'", count++ == 0 ? ", did you mean " : " or ", candidate);
+    }
+    return text.empty() ? text : text + "?";
+}
+
 services::Oid parse_oid(const services::Registry& registry, std::string_view text) {
-    if (auto parsed = registry.parse(text)) return *parsed;
-    const std::string_view name = text.substr(0, text.find('.'));
-    const bool numeric = text.empty() || name.empty() || std::isdigit(static_cast<unsigned char>(name.front())) != 0;
-    if (!numeric && !registry.parse(name))
-        throw UsageError(fmt::format("unknown name '{}'{}", name, suggestion(registry, name)));
-    std::string_view numbers = numeric ? text : text.substr(name.size() + 1);
-    if (numbers.starts_with('.') && numeric) numbers.remove_prefix(1);
-    for (const std::string_view part : split(numbers, '.'))
-        if (!integer_in(part, 0, std::numeric_limits<std::uint32_t>::max()))
-            throw UsageError(
-                fmt::format("'{}': '{}' is not a sub-identifier (a number from 0 to 4294967295)", text, part));
-    throw UsageError(fmt::format("'{}' has more than {} sub-identifiers", text, services::kMaxSubIds));
+    std::string reason;
+    if (auto parsed = registry.parse(text, &reason)) return *parsed;
+    std::string_view name = text.substr(0, text.find_first_of(".["));
+    if (const std::size_t colons = name.find("::"); colons != std::string_view::npos) name.remove_prefix(colons + 2);
+    const bool numeric = name.empty() || std::isdigit(static_cast<unsigned char>(name.front())) != 0;
+    throw UsageError(numeric || registry.knows(name) ? reason : reason + suggestion(registry.names(), name));
 }
 
 agent::Value parse_value(const services::Registry& registry, std::string_view type, std::string_view text) {
@@ -182,6 +186,20 @@ agent::Value parse_value(const services::Registry& registry, std::string_view ty
         case 'a': return parse_ip_address(text);
         default: throw UsageError(fmt::format("unknown type '{}', it is one of {}", type, type_letters()));
     }
+}
+
+agent::Value parse_value(const services::Registry& registry, const services::Object& object, std::string_view text) {
+    char letter = letter_of(object.entry.type);
+    if (letter == 0)
+        throw UsageError(
+            fmt::format("no SET can have the type {}, say another one before the value", type_name(object.entry.type)));
+    if (letter == 's' && text.starts_with("hex:")) {
+        letter = 'x';
+        text.remove_prefix(4);
+    } else if (letter == 's' && text.starts_with("text:")) {
+        text.remove_prefix(5);
+    }
+    return parse_value(registry, {&letter, 1}, text);
 }
 
 void parse_script(std::string_view text, Script& script) {

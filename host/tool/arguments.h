@@ -1,4 +1,4 @@
-// What stands on the command line: OIDs, typed values and scripted answers.
+// The words of the command line: OIDs, values and scripted answers.
 #pragma once
 
 #include "agent/engine.h"
@@ -18,12 +18,17 @@ struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// An OID by number or name (`1.3.6.1.2.1.2`, `ifDescr.5121`, `interfaces`). Throws UsageError, with the names that the
-// writer may have meant when it is unknown.
+// ", did you mean 'swPortSpeed' or 'swPortSpeedX'?" with the nearest of some names; empty when none is near.
+std::string suggestion(const std::vector<std::string>& names, std::string_view wanted);
+
+// An OID as Registry::parse takes it. Throws UsageError, with the names that may have been meant when it is unknown.
 services::Oid parse_oid(const services::Registry& registry, std::string_view text);
 
 // A value by type letter: i INTEGER, u Gauge32, c Counter32, t TimeTicks, s text, x hex octets, o OID, a IpAddress.
 agent::Value parse_value(const services::Registry& registry, std::string_view type, std::string_view text);
+// A value of the type that the object is registered with; an octet string is a text, `text:...` or
+// `hex:...`. Throws UsageError.
+agent::Value parse_value(const services::Registry& registry, const services::Object& object, std::string_view text);
 
 // What a scripted backend answers to one request.
 struct Answer {

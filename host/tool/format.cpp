@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <nlohmann/json.hpp>
 
 namespace tool {
 namespace {
@@ -51,7 +52,7 @@ std::string content(const services::Registry& registry, const agent::Value& valu
         case agent::kIpAddress: return fmt::format("{}.{}.{}.{}", octets[0], octets[1], octets[2], octets[3]);
         case agent::kOctetString:
             if (printable(octets.data(), octets.size()))
-                return quoted({reinterpret_cast<const char*>(octets.data()), octets.size()});
+                return in_quotes({reinterpret_cast<const char*>(octets.data()), octets.size()});
             break;
         case agent::kObjectId:
             if (octets.size() % sizeof(oid) == 0) {
@@ -63,6 +64,42 @@ std::string content(const services::Registry& registry, const agent::Value& valu
         default: break;
     }
     return hex(octets.data(), octets.size());
+}
+
+bool has_wrong_size(const agent::Value& value) {
+    const std::size_t size = fixed_size(value.tag);
+    return size != 0 && value.octets.size() != size;
+}
+
+bool is_printable(const agent::Value& value) { return printable(value.octets.data(), value.octets.size()); }
+
+std::string hex(const agent::Value& value) { return tool::hex(value.octets.data(), value.octets.size()); }
+
+void add_value(Json& json, const services::Registry& registry, const agent::Value& value) {
+    if (value.tag == agent::kNull || value.is_exception()) return;
+    const bool known = !has_wrong_size(value);
+    switch (value.tag) {
+        case agent::kInteger:
+            if (known) json["value"] = number_in<std::int32_t>(value);
+            break;
+        case agent::kCounter32:
+        case agent::kGauge32:
+        case agent::kTimeTicks:
+            if (known) json["value"] = number_in<std::uint32_t>(value);
+            break;
+        case agent::kCounter64:
+            if (known) json["value"] = number_in<std::uint64_t>(value);
+            break;
+        case agent::kOctetString:
+            if (is_printable(value)) json["value"] = std::string(value.octets.begin(), value.octets.end());
+            break;
+        case agent::kObjectId:
+        case agent::kIpAddress:
+            if (known) json["value"] = content(registry, value);
+            break;
+        default: break;
+    }
+    if (!json.contains("value")) json["octets"] = hex(value);
 }
 
 }  // namespace
@@ -112,7 +149,7 @@ std::string status_name(int status) {
     return kNames[static_cast<std::size_t>(status)];
 }
 
-std::string quoted(std::string_view text) {
+std::string in_quotes(std::string_view text) {
     std::string result = "\"";
     for (const char c : text) {
         const auto octet = static_cast<unsigned char>(c);
@@ -136,16 +173,65 @@ bool printable(const std::uint8_t* octets, std::size_t count) {
 
 std::string format_value(const services::Registry& registry, const agent::Value& value) {
     if (value.is_exception() || value.tag == agent::kNull) return type_name(value.tag);
-    const std::size_t size = fixed_size(value.tag);
-    if (size != 0 && value.octets.size() != size)
-        return fmt::format("{}: wrong size, {} octets: {}", type_name(value.tag), value.octets.size(),
-                           hex(value.octets.data(), value.octets.size()));
-    const bool as_hex = value.tag == agent::kOctetString && !printable(value.octets.data(), value.octets.size());
+    if (has_wrong_size(value))
+        return fmt::format("{}: wrong size, {} octets: {}", type_name(value.tag), value.octets.size(), hex(value));
+    const bool as_hex = value.tag == agent::kOctetString && !is_printable(value);
     return fmt::format("{}{}: {}", as_hex ? "Hex-" : "", type_name(value.tag), content(registry, value));
 }
 
 std::string format_varbind(const services::Registry& registry, const agent::Varbind& varbind) {
     return fmt::format("{} = {}", registry.format(varbind.name), format_value(registry, varbind.value));
+}
+
+std::string json_line(const Json& object) { return object.dump(-1, ' ', false, Json::error_handler_t::replace); }
+
+Json json_index(const services::Group& group, const std::vector<std::string>& parts) {
+    constexpr std::uint8_t kIntegerKind = 2;
+    Json index = Json::array();
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        if (group.fields[i].kind == kIntegerKind)
+            index.push_back(std::stoul(parts[i]));
+        else
+            index.push_back(parts[i]);
+    }
+    return index;
+}
+
+Json json_object(const services::Object& object) {
+    Json json;
+    if (!object.name.empty()) json["name"] = object.name;
+    json["module"] = object.module;
+    if (const services::Group* const group = object.group) {
+        const services::Oid oid = object.oid();
+        if (group->is_table) {
+            json["table"] = group->name;
+            json["column"] = oid.back();
+            json["kinds"] = Json::array();
+            for (const services::IndexField& field : group->fields) json["kinds"].push_back(field.kind);
+        } else {
+            json["group"] = group->name;
+            json["scalar"] =
+                services::to_string({oid.begin() + static_cast<std::ptrdiff_t>(group->oid.size()), oid.end()});
+        }
+    }
+    json["magic"] = object.entry.magic;
+    return json;
+}
+
+Json json_varbind(const services::Registry& registry, const agent::Varbind& varbind) {
+    Json json{{"oid", services::to_string(varbind.name)}};
+    if (const services::Object* const object = registry.find(varbind.name)) {
+        json.update(json_object(*object));
+        const std::size_t length = object->entry.namelen;
+        const services::Group* const group = object->group;
+        if (group != nullptr && group->is_table && varbind.name.size() > length)
+            if (const auto parts =
+                    services::index_parts(group->fields, varbind.name.data() + length, varbind.name.size() - length))
+                json["index"] = json_index(*group, *parts);
+    }
+    if (varbind.value.tag != agent::kNull) json["type"] = type_name(varbind.value.tag);
+    add_value(json, registry, varbind.value);
+    return json;
 }
 
 }  // namespace tool

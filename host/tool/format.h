@@ -1,9 +1,10 @@
-// How the tool prints values, texts and numbers of the protocol.
+// How the tool prints values, texts and numbers of the protocol, as text and as JSON.
 #pragma once
 
 #include "agent/engine.h"
 
 #include <cstdint>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,7 +16,7 @@ std::string type_name(std::uint8_t tag);
 // "noError", "wrongValue"...; "error 99" outside the protocol's range.
 std::string status_name(int status);
 // The text in double quotes, with control characters, quotes and backslashes escaped, so that it stays on one line.
-std::string quoted(std::string_view text);
+std::string in_quotes(std::string_view text);
 // "00 1f a0"
 std::string hex(const std::uint8_t* octets, std::size_t count);
 // True for a text that can be shown as it is: no octet outside printable ASCII.
@@ -25,5 +26,17 @@ bool printable(const std::uint8_t* octets, std::size_t count);
 std::string format_value(const services::Registry& registry, const agent::Value& value);
 // `name = TYPE: value`
 std::string format_varbind(const services::Registry& registry, const agent::Varbind& varbind);
+
+using Json = nlohmann::ordered_json;
+
+// One line without its end. Octets that are no UTF-8 come out as the replacement character.
+std::string json_line(const Json& object);
+// An index or key in its parts: a number for an integer field, a text for every other.
+Json json_index(const services::Group& group, const std::vector<std::string>& parts);
+// An object's name, module, table and column or scalar group, index kinds and magic.
+Json json_object(const services::Object& object);
+// An instance's OID, its object as above, its index, type and value. An octet string that is not printable has "octets"
+// in hex in place of "value".
+Json json_varbind(const services::Registry& registry, const agent::Varbind& varbind);
 
 }  // namespace tool

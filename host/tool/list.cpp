@@ -1,13 +1,16 @@
 #include "tool/list.h"
 
 #include "services/services.h"
+#include "tool/arguments.h"
 #include "tool/format.h"
 
 #include <fmt/format.h>
+#include <fnmatch.h>
 
 #include <algorithm>
 #include <array>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <utility>
 
 namespace tool {
@@ -21,96 +24,221 @@ public:
     std::optional<std::string> interface_name(std::uint32_t) override { return "port1"; }
 };
 
-struct Row {
-    std::string oid, name, type, access;
-    bool writable;
+// --- Rows that may exist ---------------------------------------------------------------------------------------------
+
+// The first index field is the number where it is an integer; other integers are `others`.
+services::Oid sample_index(const services::Group& group, oid first, oid others) {
+    static constexpr std::array kSamples = {
+        "01:02:03:04:05:06:07:08", "00:00:00:00:00:01",       "01:02", "0.0", "192.0.2.1", "192.0.2.0/24",
+        "192.0.2.1 192.0.2.2",     "192.0.2.1 5121 192.0.2.2"};
+    services::Oid index;
+    for (std::size_t i = 0; i < group.fields.size(); ++i) {
+        auto ids = services::index_from_text(group.fields[i], std::to_string(i == 0 ? first : others));
+        for (const char* const sample : kSamples)
+            if (!ids) ids = services::index_from_text(group.fields[i], sample);
+        if (ids) index.insert(index.end(), ids->begin(), ids->end());
+    }
+    return index;
+}
+
+std::vector<services::Oid> sample_indexes(const services::Object& object) {
+    constexpr oid kFirstVlanInterface = 1025;
+    constexpr oid kFirstPort = 5121;
+    const services::Group* const group = object.group;
+    if (group != nullptr && !group->is_table) return {{0}};
+    std::vector<services::Oid> indexes{{}};  // no row named
+    if (group == nullptr) indexes.push_back({0});
+    for (const oid first : {oid{1}, kFirstVlanInterface, kFirstPort}) {
+        if (group == nullptr) {
+            indexes.push_back({first});
+            continue;
+        }
+        indexes.push_back(sample_index(*group, first, 1));
+        indexes.push_back(sample_index(*group, first, first));
+    }
+    return indexes;
+}
+
+// --- Selection -------------------------------------------------------------------------------------------------------
+
+bool same(const std::string& a, const std::string& b) { return fnmatch(a.c_str(), b.c_str(), FNM_CASEFOLD) == 0; }
+
+class Pattern {
+public:
+    Pattern(const services::Registry& registry, const std::string& text) : name_(text) {
+        if (const auto oid = services::oid_from_numbers(text)) {
+            oid_ = *oid;
+            return;
+        }
+        if (const std::size_t colons = text.find("::"); colons != std::string::npos) {
+            module_ = text.substr(0, colons);
+            name_ = text.substr(colons + 2);
+        }
+        const bool whole = std::ranges::any_of(registry.objects(), [&](const services::Object& object) {
+            return same(name_, object.module) || same(name_, services::published_module(object.module)) ||
+                   (object.group != nullptr && same(name_, object.group->name));
+        });
+        if (!whole && name_.find_first_of("*?[") == std::string::npos) name_ = '*' + name_ + '*';
+        by_module_ = whole;
+    }
+
+    bool selects(const services::Object& object) const {
+        if (!oid_.empty()) {
+            const services::Oid oid = object.oid();
+            return oid.size() >= oid_.size() && std::equal(oid_.begin(), oid_.end(), oid.begin());
+        }
+        const std::string published = services::published_module(object.module);
+        if (!module_.empty() && !same(module_, object.module) && !same(module_, published)) return false;
+        if (by_module_ && (same(name_, object.module) || same(name_, published))) return true;
+        return same(name_, object.name) || (object.group != nullptr && same(name_, object.group->name));
+    }
+
+private:
+    services::Oid oid_;
+    std::string module_, name_;
+    bool by_module_ = false;  // the pattern is a module or table as a whole
 };
+
+// --- Output ----------------------------------------------------------------------------------------------------------
 
 struct Module {
-    std::string name, oid;
-    std::vector<Row> rows;
+    struct Part {
+        const services::Group* group;
+        std::vector<const services::Object*> objects;
+    };
+    std::string name;
+    services::Oid oid;
+    std::vector<Part> parts;  // by group, in the order of their first objects
+    std::size_t objects = 0;
 };
 
-// In the order of their first objects.
-std::vector<Module> modules_of(const services::Registry& registry) {
+std::vector<Module> modules_of(const services::Registry& registry,
+                               const std::vector<const services::Object*>& objects) {
     std::vector<Module> modules;
-    for (const services::Object& object : registry.objects()) {
-        auto module = std::ranges::find(modules, object.module, &Module::name);
-        if (module == modules.end()) {
-            const auto root = registry.parse(object.module).value_or(services::Oid{});
-            module = modules.insert(module, {object.module, services::to_string(root), {}});
-        }
-        module->rows.push_back({services::to_string(object.oid()), object.name.empty() ? "-" : object.name,
-                                type_name(object.entry.type), object.entry.acl == 2 ? "read-write" : "read-only",
-                                writable(object)});
+    for (const services::Object* const object : objects) {
+        auto module = std::ranges::find(modules, object->module, &Module::name);
+        if (module == modules.end())
+            module =
+                modules.insert(module, {object->module, registry.parse(object->module).value_or(services::Oid{}), {}});
+        auto part = std::ranges::find(module->parts, object->group, &Module::Part::group);
+        if (part == module->parts.end()) part = module->parts.insert(part, {object->group, {}});
+        part->objects.push_back(object);
+        ++module->objects;
     }
     return modules;
 }
 
+std::string access(const services::Object& object) { return object.entry.acl == 2 ? "read-write" : "read-only"; }
+
+// The access that the object is registered with, and whether it is so.
+std::string true_access(const services::Object& object) {
+    const bool can_write = writable(object);
+    if (object.entry.acl == 2 && !can_write) return "read-write, but no write method";
+    if (object.entry.acl != 2 && can_write) return "read-only, but has a write method";
+    return access(object);
+}
+
+// "IF-MIB, " where the module is published under another name.
+std::string published(const std::string& module) {
+    const std::string name = services::published_module(module);
+    return name == module ? "" : name + ", ";
+}
+
+std::string heading(const services::Group& group) {
+    std::string text = group.name + (group.is_table ? "" : ", scalars");
+    for (std::size_t i = 0; i < group.fields.size(); ++i)
+        text += (i == 0 ? ", index: " : ", ") + services::kind_name(group.fields[i]);
+    if (!group.index_column.empty()) text += ' ' + group.index_column;
+    return text + (group.answers ? "" : ", never answers");
+}
+
+std::string relative(const Module& module, const services::Object& object) {
+    const services::Oid oid = object.oid();
+    return '.' + services::to_string({oid.begin() + static_cast<std::ptrdiff_t>(module.oid.size()), oid.end()});
+}
+
+std::string count_of(std::size_t objects) { return fmt::format("{} object{}", objects, objects == 1 ? "" : "s"); }
+
+std::string module_line(const Module& module) {
+    return fmt::format("{} {} ({}{})\n", module.name, services::to_string(module.oid), published(module.name),
+                       count_of(module.objects));
+}
+
+std::string name_of(const services::Object& object) { return object.name.empty() ? "-" : object.name; }
+
 std::string as_text(const std::vector<Module>& modules) {
     std::string text;
     for (const Module& module : modules) {
-        std::size_t oid_width = 0;
-        std::size_t name_width = 0;
-        for (const Row& row : module.rows) {
-            oid_width = std::max(oid_width, row.oid.size());
-            name_width = std::max(name_width, row.name.size());
+        text += (text.empty() ? "" : "\n") + module_line(module);
+        for (const Module::Part& part : module.parts) {
+            std::size_t oid_width = 0;
+            std::size_t name_width = 0;
+            for (const services::Object* const object : part.objects) {
+                oid_width = std::max(oid_width, relative(module, *object).size());
+                name_width = std::max(name_width, name_of(*object).size());
+            }
+            if (part.group != nullptr) text += fmt::format("  {}\n", heading(*part.group));
+            for (const services::Object* const object : part.objects)
+                text += fmt::format("    {:<{}}  {:<{}}  {:<9}  {}\n", relative(module, *object), oid_width,
+                                    name_of(*object), name_width, type_name(object->entry.type), true_access(*object));
         }
-        text += fmt::format("{}{} {} ({} objects)\n", text.empty() ? "" : "\n", module.name, module.oid,
-                            module.rows.size());
-        for (const Row& row : module.rows)
-            text += fmt::format("  {:<{}}  {:<{}}  {:<10}  {:<10}  {}\n", row.oid, oid_width, row.name, name_width,
-                                row.type, row.access, row.writable ? "writable" : "not writable");
     }
     return text;
 }
 
-std::string as_json(const std::vector<Module>& modules) {
-    auto document = nlohmann::ordered_json::array();
-    for (const Module& module : modules) {
-        auto objects = nlohmann::ordered_json::array();
-        for (const Row& row : module.rows)
-            objects.push_back({{"oid", row.oid},
-                               {"name", row.name},
-                               {"type", row.type},
-                               {"access", row.access},
-                               {"writable", row.writable}});
-        document.push_back({{"module", module.name}, {"oid", module.oid}, {"objects", std::move(objects)}});
+std::string as_json(const std::vector<const services::Object*>& objects) {
+    std::string text;
+    for (const services::Object* const object : objects) {
+        Json json{{"oid", services::to_string(object->oid())}};
+        json.update(json_object(*object));
+        json["type"] = type_name(object->entry.type);
+        json["access"] = access(*object);
+        json["writable"] = writable(*object);
+        if (object->group != nullptr) json["answers"] = object->group->answers;
+        text += json_line(json) + '\n';
     }
-    return document.dump(2) + "\n";
+    return text;
 }
 
 std::string as_markdown(const std::vector<Module>& modules) {
     std::string text;
     for (const Module& module : modules) {
-        text += fmt::format(
-            "{}## {}\n\n`{}`, {} objects\n\n| OID | Name | Type | Access | Writable |\n|---|---|---|---|---|\n",
-            text.empty() ? "" : "\n", module.name, module.oid, module.rows.size());
-        for (const Row& row : module.rows)
-            text += fmt::format("| {} | {} | {} | {} | {} |\n", row.oid, row.name, row.type, row.access,
-                                row.writable ? "yes" : "no");
+        text += fmt::format("{}## {}\n\n`{}`, {}{}\n", text.empty() ? "" : "\n", module.name,
+                            services::to_string(module.oid), published(module.name), count_of(module.objects));
+        for (const Module::Part& part : module.parts) {
+            if (part.group != nullptr) text += fmt::format("\n### {}\n", heading(*part.group));
+            text += "\n| OID | Name | Type | Access | Writable |\n|---|---|---|---|---|\n";
+            for (const services::Object* const object : part.objects)
+                text += fmt::format("| {} | {} | {} | {} | {} |\n", relative(module, *object), name_of(*object),
+                                    type_name(object->entry.type), access(*object), writable(*object) ? "yes" : "no");
+        }
     }
     return text;
+}
+
+std::string as_names(const std::vector<const services::Object*>& objects) {
+    std::set<std::string> names;
+    for (const services::Object* const object : objects) {
+        names.insert({object->module, services::published_module(object->module), name_of(*object)});
+        if (object->group != nullptr && object->group->is_table) names.insert(object->group->name);
+    }
+    names.erase("-");
+    return fmt::format("{}\n", fmt::join(names, "\n"));
 }
 
 }  // namespace
 
 bool writable(const services::Object& object) {
-    // Scalars answer to .0, tables to the bare column (no row named); the rest is for read methods that look at the
-    // index before they hand anything out: the first port, VLAN interface and port index.
-    static constexpr std::array<std::pair<std::size_t, oid>, 5> kIndexes = {
-        {{0, 0}, {1, 0}, {1, 1}, {1, 1025}, {1, 5121}}};
-
     RefusingBackend refusing;
     services::Services& host = services::services();
     services::Backend* const backend = std::exchange(host.backend, &refusing);
     auto log = std::exchange(host.log, nullptr);
     bool found = false;
-    for (const auto& [count, index] : kIndexes) {
+    for (const services::Oid& index : sample_indexes(object)) {
         std::array<oid, services::kNameRoom> name{};
         std::size_t length = object.entry.namelen;
         std::copy_n(object.entry.name, length, name.begin());
-        if (count != 0) name[length++] = index;
+        for (const oid id : index) name[length++] = id;
         std::size_t value_length = 0;
         WriteMethod* write_method = nullptr;
         object.entry.findVar(&object.entry, name.data(), &length, 1, &value_length, &write_method);
@@ -121,9 +249,34 @@ bool writable(const services::Object& object) {
     return found;
 }
 
-std::string list(const services::Registry& registry, const std::string& format) {
-    const std::vector<Module> modules = modules_of(registry);
-    return format == "json" ? as_json(modules) : format == "markdown" ? as_markdown(modules) : as_text(modules);
+std::vector<const services::Object*> select(const services::Registry& registry,
+                                            const std::vector<std::string>& patterns) {
+    std::vector<const services::Object*> selected;
+    std::vector<Pattern> selections;
+    for (const std::string& text : patterns) {
+        selections.emplace_back(registry, text);
+        if (std::ranges::none_of(registry.objects(),
+                                 [&](const auto& object) { return selections.back().selects(object); }))
+            throw UsageError(
+                fmt::format("no object, table or module is called '{}'{}", text, suggestion(registry.names(), text)));
+    }
+    for (const services::Object& object : registry.objects())
+        if (selections.empty() ||
+            std::ranges::any_of(selections, [&](const Pattern& pattern) { return pattern.selects(object); }))
+            selected.push_back(&object);
+    return selected;
+}
+
+std::string list(const services::Registry& registry, const std::vector<const services::Object*>& objects,
+                 ListForm form) {
+    if (form == ListForm::json) return as_json(objects);
+    if (form == ListForm::names) return as_names(objects);
+    const std::vector<Module> modules = modules_of(registry, objects);
+    if (form == ListForm::markdown) return as_markdown(modules);
+    if (form == ListForm::text) return as_text(modules);
+    std::string text;
+    for (const Module& module : modules) text += module_line(module);
+    return text;
 }
 
 }  // namespace tool

@@ -1,28 +1,41 @@
-// The tool's options, from the command line and, for `mibhost serve`, from a JSON file.
+// What the command line and a configuration file set.
 #pragma once
 
+#include "switch/simulated_switch.h"
+#include "tool/list.h"
+
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tool {
 
+enum class Command { serve, list, explain, walk, manual, completion };
+
 struct Options {
+    Command command = Command::serve;
     std::string library;
+    // requests: serve, explain and walk
+    std::optional<std::string> vrf;
+    std::optional<std::string> snmp_context;
+    sw::Size size;
+    bool freeze = false;  // the simulated switch's clock stands still
+    // serve
     std::string listen = "127.0.0.1:1161";
     std::string community = "public";
     std::optional<std::string> write_community;  // none: no write access
-    std::optional<std::string> vrf;
-    std::optional<std::string> snmp_context;
     bool verbose = false;
-    bool freeze = false;  // the simulated switch's clock stands
+    bool log_json = false;
+    // output of list, explain and walk
+    bool json = false;
+    bool lines = false;  // explain: the configuration lines alone
+    ListForm form = ListForm::text;
+    // words
+    std::vector<std::string> patterns;   // list
+    std::vector<std::string> explained;  // explain
+    std::optional<std::string> root;     // walk
 };
-
-// Reads a JSON object whose keys are the names of the long options ("write-community"). A key for which `given` holds
-// stood on the command line, which wins. Throws UsageError naming the file and the key for an unknown key or a wrong
-// type, and for a file that cannot be read or is no JSON object.
-void read_config(const std::string& path, Options& options, const std::function<bool(const std::string&)>& given);
 
 struct HostPort {
     std::string host;

@@ -14,39 +14,62 @@
 
 #include <chrono>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 
 namespace tool {
 namespace {
 
-std::string request_line(const services::Registry& registry, const agent::Message& request) {
-    std::string line = request.version == agent::kVersion1 ? "v1 " : "v2c ";
-    switch (request.pdu) {
-        case agent::kGetRequest: line += "GET"; break;
-        case agent::kGetNextRequest: line += "GETNEXT"; break;
-        case agent::kSetRequest: line += "SET"; break;
-        default:
-            line +=
-                fmt::format("GETBULK non-repeaters {} max-repetitions {}", request.error_status, request.error_index);
+const char* version_name(const agent::Message& message) { return message.version == agent::kVersion1 ? "v1" : "v2c"; }
+
+const char* pdu_name(const agent::Message& message) {
+    switch (message.pdu) {
+        case agent::kGetRequest: return "GET";
+        case agent::kGetNextRequest: return "GETNEXT";
+        case agent::kSetRequest: return "SET";
+        case agent::kGetBulkRequest: return "GETBULK";
+        default: return "RESPONSE";
     }
-    for (std::size_t i = 0; i < request.varbinds.size(); ++i) {
-        const agent::Varbind& varbind = request.varbinds[i];
-        line += i == 0 ? " " : ", ";
-        line += request.pdu == agent::kSetRequest ? format_varbind(registry, varbind) : registry.format(varbind.name);
-    }
-    return line;
 }
 
-void log_message(spdlog::logger& log, const services::Registry& registry, const agent::Message& message) {
+std::vector<std::string> message_lines(const services::Registry& registry, const agent::Message& message) {
+    std::vector<std::string> lines;
     if (message.pdu != agent::kResponse) {
-        log.info("{}", request_line(registry, message));
+        std::string line = fmt::format("{} {}", version_name(message), pdu_name(message));
+        if (message.pdu == agent::kGetBulkRequest)
+            line += fmt::format(" non-repeaters {} max-repetitions {}", message.error_status, message.error_index);
+        for (std::size_t i = 0; i < message.varbinds.size(); ++i) {
+            const agent::Varbind& varbind = message.varbinds[i];
+            line += i == 0 ? " " : ", ";
+            line +=
+                message.pdu == agent::kSetRequest ? format_varbind(registry, varbind) : registry.format(varbind.name);
+        }
+        lines.push_back(std::move(line));
     } else if (message.error_status != agent::kNoError) {
-        log.info("  answer {} ({}) index {}", status_name(message.error_status), message.error_status,
-                 message.error_index);
+        lines.push_back(fmt::format("  answer {} ({}) index {}", status_name(message.error_status),
+                                    message.error_status, message.error_index));
     } else {
         for (const agent::Varbind& varbind : message.varbinds)
-            log.info("  answer {}", format_varbind(registry, varbind));
+            lines.push_back("  answer " + format_varbind(registry, varbind));
     }
+    return lines;
+}
+
+Json request_json(const services::Registry& registry, const agent::Message& message) {
+    Json varbinds = Json::array();
+    for (const agent::Varbind& varbind : message.varbinds) varbinds.push_back(json_varbind(registry, varbind));
+    Json json{{"event", message.pdu == agent::kResponse ? "answer" : "request"},
+              {"version", version_name(message)},
+              {"pdu", pdu_name(message)}};
+    if (message.pdu == agent::kGetBulkRequest) {
+        json["non_repeaters"] = message.error_status;
+        json["max_repetitions"] = message.error_index;
+    } else if (message.pdu == agent::kResponse) {
+        json["error"] = status_name(message.error_status);
+        json["index"] = message.error_index;
+    }
+    json["varbinds"] = std::move(varbinds);
+    return json;
 }
 
 std::string describe(const agent::Counters& counters) {
@@ -59,25 +82,43 @@ std::string describe(const agent::Counters& counters) {
 
 }  // namespace
 
+sw::Options simulation(const Options& options) {
+    sw::Options simulation{.clock = {}, .log = log_refusal, .size = options.size};
+    if (options.freeze) simulation.clock = [] { return std::chrono::days(12); };
+    return simulation;
+}
+
 int serve(const Options& options) {
     const HostPort listen = parse_listen(options.listen);
     spdlog::logger log("mibhost", std::make_shared<spdlog::sinks::stdout_sink_st>());
-    log.set_pattern("%H:%M:%S.%e %v");
+    log.set_pattern(options.log_json ? "{\"time\":\"%Y-%m-%dT%H:%M:%S.%e%z\",%v" : "%H:%M:%S.%e %v");
     log.flush_on(spdlog::level::info);
+    // A line as people read it, or its object, whose brace the pattern has opened.
+    const auto say_json = [&](const Json& json) { log.info("{}", json_line(json).substr(1)); };
+    const auto say = [&](const char* event, const std::string& text) {
+        if (options.log_json)
+            say_json({{"event", event}, {"text", text}});
+        else
+            log.info("{}", text);
+    };
+    const auto say_event = [&](const Event& event) {
+        if (options.log_json)
+            say_json(event.json);
+        else
+            log.info("  {}", event.line());
+    };
 
     services::Services& host = services::services();
     host.context = {options.vrf, options.snmp_context, options.verbose};
     host.log = [&](const services::LogLine& line) {
         // What the switch refuses is always worth a line, what the library traces only on demand.
-        if (options.verbose || line.channel == kSwitchChannel) log.info("  {}", tool::describe(line));
+        if (options.verbose || line.channel == kSwitchChannel) say_event(tool::describe(line));
     };
     const Session session(options.library);
     const services::Registry& registry = session.registry();
 
-    sw::Options simulation{.clock = {}, .log = log_refusal};
-    if (options.freeze) simulation.clock = [] { return std::chrono::days(12); };
-    sw::SimulatedSwitch simulated(simulation);
-    TracingBackend tracing(simulated, [&](const std::string& line) { log.info("  {}", line); });
+    sw::SimulatedSwitch simulated(simulation(options));
+    TracingBackend tracing(simulated, registry, say_event);
     host.backend = options.verbose ? static_cast<services::Backend*>(&tracing) : &simulated;
 
     agent::Engine engine(registry);
@@ -86,21 +127,26 @@ int serve(const Options& options) {
     communities.write_community = options.write_community;
     agent::Responder responder(engine, communities);
     if (options.verbose) {
-        responder.on_message = [&](const agent::Message& message) { log_message(log, registry, message); };
-        responder.on_dropped = [&](const std::string& reason) { log.info("dropped: {}", reason); };
+        responder.on_message = [&](const agent::Message& message) {
+            if (options.log_json)
+                say_json(request_json(registry, message));
+            else
+                for (const std::string& line : message_lines(registry, message)) log.info("{}", line);
+        };
+        responder.on_dropped = [&](const std::string& reason) { say("dropped", "dropped: " + reason); };
     }
 
     agent::Server server(responder, listen.host, listen.port);
     server.stop_on_signals();
-    log.info("loaded {}: {}", session.library().path(), session.summary());
+    say("loaded", fmt::format("loaded {}: {}", session.library().path(), session.summary()));
     for (const services::Registration& registration : host.registrations)
-        log.info("  {} {} ({} objects)", registration.descr, services::to_string(registration.module_oid),
-                 registration.count);
-    log.info("listening on {}, {}", server.endpoint(),
-             options.write_community ? "reads and writes" : "read-only (no write community)");
+        say("module", fmt::format("  {} {} ({} objects)", registration.descr,
+                                  services::to_string(registration.module_oid), registration.count));
+    say("listening", fmt::format("listening on {}, {}", server.endpoint(),
+                                 options.write_community ? "reads and writes" : "read-only (no write community)"));
     server.run();
 
-    log.info("stopped: {}", describe(responder.counters()));
+    say("stopped", "stopped: " + describe(responder.counters()));
     host.backend = nullptr;
     host.log = nullptr;
     return 0;

@@ -5,6 +5,9 @@
 
 namespace tool {
 
+// The simulated switch that the options ask for.
+sw::Options simulation(const Options& options);
+
 // Serves until SIGINT or SIGTERM; the exit code. Throws UsageError and std::runtime_error for what cannot be started.
 int serve(const Options& options);
 

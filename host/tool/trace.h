@@ -1,24 +1,34 @@
-// Makes the traffic between the library and its backend visible, and lets scripted answers stand in for the backend's.
+// Shows the traffic between the library and its backend, and gives scripted answers in place of the backend's.
 #pragma once
 
 #include "services/services.h"
 #include "tool/arguments.h"
+#include "tool/format.h"
 
 #include <functional>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 namespace tool {
 
-// One line without its end: a request with its result, or a line that the library logged.
-using LineSink = std::function<void(const std::string&)>;
+// One request with its result, or one line that the library or the switch logged.
+struct Event {
+    enum class Kind { show, config, log } kind;
+    // Texts that make the line, in pieces that need not be broken further.
+    std::vector<std::string> text;
+    Json json;
 
-// Passes every request on to another backend and tells what was asked and answered, one line each.
+    std::string line() const;
+};
+using EventSink = std::function<void(const Event&)>;
+
+// Passes every request on to another backend and makes an event of it.
 class TracingBackend : public services::Backend {
 public:
-    TracingBackend(services::Backend& inner, LineSink sink, Script script = {})
-        : inner_(inner), sink_(std::move(sink)), script_(std::move(script)) {}
+    TracingBackend(services::Backend& inner, const services::Registry& registry, EventSink sink, Script script = {})
+        : inner_(inner), registry_(registry), sink_(std::move(sink)), script_(std::move(script)) {}
 
     bool show(services::ShowRequest& request) override;
     bool configure(const services::ConfigRequest& request) override;
@@ -34,7 +44,8 @@ private:
     const Answer* scripted(const services::ShowRequest& request);
 
     services::Backend& inner_;
-    LineSink sink_;
+    const services::Registry& registry_;
+    EventSink sink_;
     Script script_;
     std::map<std::string, std::size_t> used_;
 };
@@ -44,7 +55,7 @@ inline constexpr const char* kSwitchChannel = "switch";
 // Passes such a line on to services().log, so that the library's lines and the switch's come out in their order.
 void log_refusal(const std::string& text);
 
-// A logged line as the trace shows it.
-std::string describe(const services::LogLine& line);
+// A logged line as an event.
+Event describe(const services::LogLine& line);
 
 }  // namespace tool

@@ -3,14 +3,16 @@
 
 #include "agent/engine.h"
 
-#include <cstdio>
+#include <cstddef>
+#include <functional>
 #include <optional>
+#include <stdexcept>
 
 namespace tool {
 
-// Prints one line a varbind from `root` (everything without one), then the count. False, with a message on stderr, when
-// an OID does not increase.
-bool walk(agent::Engine& engine, const services::Registry& registry, const std::optional<services::Oid>& root,
-          std::FILE* out);
+// Hands out every instance from `root` (everything without one), in the order of a GETNEXT walk; the instance itself
+// when the root is one. Returns how many; throws std::runtime_error when an OID does not increase.
+std::size_t walk(agent::Engine& engine, const services::Registry& registry, const std::optional<services::Oid>& root,
+                 const std::function<void(const agent::Varbind&)>& found);
 
 }  // namespace tool

@@ -1,7 +1,6 @@
 #!/usr/bin/python3
 """Walks, gets and sets a running agent with an SNMP client that is not part of this project: pysnmp."""
 
-import json
 import signal
 import socket
 import sys
@@ -176,8 +175,8 @@ def check_garbage(agent):
 
 def check_read_only(mibhost, library):
     """No write community, options from a file; the command line's --listen wins over the file's."""
-    with tempfile.NamedTemporaryFile("w", suffix=".json") as config:
-        json.dump({"community": "reader", "listen": "127.0.0.1:1"}, config)
+    with tempfile.NamedTemporaryFile("w", suffix=".conf") as config:
+        config.write('community = "reader"\nlisten = "127.0.0.1:1"\n')
         config.flush()
         with Agent(mibhost, library, "--config", config.name) as agent:
             reader, writer = Client(agent.port, "reader"), Client(agent.port, "private")
