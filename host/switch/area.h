@@ -68,6 +68,7 @@ public:
     virtual void interface_made(std::uint32_t /*ifindex*/) {}
     virtual void interface_removed(std::uint32_t /*ifindex*/) {}
     virtual void interface_went(std::uint32_t /*ifindex*/, bool /*up*/) {}
+    virtual void port_changed(std::uint32_t /*ifindex*/) {}  // in what is set for it
     virtual void vlan_made(std::uint32_t /*vid*/) {}
     virtual void vlan_removed(std::uint32_t /*vid*/) {}
 
@@ -101,12 +102,15 @@ public:
         for (const std::unique_ptr<Area>& area : areas_) (*area.*event)(arguments...);
     }
 
-    Duration uptime() const { return uptime_(); }
+    // What the switch comes with was there from the start: until then this is 0.
+    Duration uptime() const { return started_ ? uptime_() : Duration(); }
+    void start() { started_ = true; }
     const Size& size() const { return size_; }
     const std::vector<std::unique_ptr<Area>>& areas() const { return areas_; }
 
 private:
     std::function<Duration()> uptime_;
+    bool started_ = false;
     Size size_;
     std::vector<std::unique_ptr<Area>> areas_;
     std::unordered_map<std::type_index, Area*> by_type_;

@@ -1,10 +1,14 @@
 // Every area, in alphabetical order. Each one's file defines `void add_AREA(Switch&)`, which makes it.
 // clang-format off
 #define SWITCH_AREAS(area) \
+    area(ethernet)         \
+    area(health)           \
     area(interfaces)       \
     area(ports)            \
+    area(power_saving)     \
     area(routes)           \
     area(snooping)         \
+    area(transceivers)     \
     area(vlan_interfaces)  \
     area(vlans)            \
     area(vrfs)

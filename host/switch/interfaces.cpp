@@ -11,16 +11,6 @@ namespace {
 
 constexpr std::size_t kLongestAlias = 64;
 
-// What has gone through an interface so far. The rates are steady and differ from interface to interface; they make
-// frames first, and octets of them.
-struct Direction {
-    std::uint64_t octets, unicast, multicast, broadcast, not_unicast, discards, errors;
-};
-
-struct Traffic {
-    Direction in, out;
-};
-
 Direction direction(Duration up, std::uint64_t unicast_rate, std::uint64_t frame_size, std::uint64_t n) {
     const auto count = [&](std::uint64_t rate) { return rate * static_cast<std::uint64_t>(up.count()) / 1000; };
     Direction d{};
@@ -34,11 +24,6 @@ Direction direction(Duration up, std::uint64_t unicast_rate, std::uint64_t frame
     return d;
 }
 
-Traffic traffic(std::uint32_t ifindex, Duration up) {
-    const std::uint64_t n = ifindex % kVlanIfIndexBase;  // port number or VLAN id
-    return {direction(up, 90 + 37 * n, 420 + 11 * (n % 60), n), direction(up, 80 + 29 * n, 560 + 7 * (n % 60), n + 1)};
-}
-
 // Capped where it does not fit.
 std::uint32_t bits_per_second(const Interface& i) {
     constexpr std::uint32_t kMost = std::numeric_limits<std::uint32_t>::max();
@@ -46,6 +31,11 @@ std::uint32_t bits_per_second(const Interface& i) {
 }
 
 }  // namespace
+
+Traffic traffic(std::uint32_t ifindex, Duration up) {
+    const std::uint64_t n = ifindex % kVlanIfIndexBase;  // port number or VLAN id
+    return {direction(up, 90 + 37 * n, 420 + 11 * (n % 60), n), direction(up, 80 + 29 * n, 560 + 7 * (n % 60), n + 1)};
+}
 
 void Interfaces::make(std::uint32_t ifindex, Interface interface) {
     interface.created = changed_ = uptime();
@@ -72,11 +62,8 @@ void Interfaces::link(std::uint32_t ifindex, bool carrier, std::uint32_t mbps) {
 void Interfaces::settle(std::uint32_t ifindex) {
     Interface& interface = interfaces_.at(ifindex);
     const bool up = interface.enabled && interface.carrier;
-    if (up == interface.up) return;
-    const Duration now = uptime();
-    interface.up_before = interface.up_time(now);
-    interface.last_change = now;
-    interface.up = up;
+    if (up == interface.up.runs) return;
+    interface.up.run(up, uptime());
     switch_.announce(&Area::interface_went, ifindex, up);
 }
 
@@ -93,7 +80,7 @@ std::uint32_t Interfaces::find(std::string_view name) const {
 
 bool Interfaces::is_up(std::uint32_t ifindex) const {
     const Interface* interface = find(ifindex);
-    return interface != nullptr && interface->up;
+    return interface != nullptr && interface->up.runs;
 }
 
 Lines<Interface> Interfaces::lines(Description& d) {
@@ -122,14 +109,11 @@ void Interfaces::describe(Description& d) {
 
     const auto counter = [this](Direction Traffic::*way, std::uint64_t Direction::*what) {
         return [this, way, what](const Interface& i, const Index& index) {
-            return traffic(index[0], i.up_time(uptime())).*way.*what;
+            return traffic(index[0], i.up.total(uptime())).*way.*what;
         };
     };
     const auto in = [&](auto what) { return counter(&Traffic::in, what); };
     const auto out = [&](auto what) { return counter(&Traffic::out, what); };
-    const auto wide = [](auto count) {
-        return [count](const Interface& i, const Index& index) { return counter64(count(i, index)); };
-    };
     d.table({.name = "ifTable",
              .show = "show interface_uib interfaces {int}",
              .rows = rows_of(interfaces_, {{1, "ifIndex", from_index()},
@@ -139,8 +123,8 @@ void Interfaces::describe(Description& d) {
                                            {5, "ifSpeed", bits_per_second},
                                            {6, "ifPhysAddress", &Interface::mac},
                                            {7, "ifAdminStatus", &Interface::enabled},
-                                           {8, "ifOperStatus", &Interface::up},
-                                           {9, "ifLastChange", &Interface::last_change},
+                                           {8, "ifOperStatus", [](const Interface& i) { return i.up.runs; }},
+                                           {9, "ifLastChange", [](const Interface& i) { return i.up.since; }},
                                            {10, "ifInOctets", in(&Direction::octets)},
                                            {11, "ifInUcastPkts", in(&Direction::unicast)},
                                            {12, "ifInNUcastPkts", in(&Direction::not_unicast)},

@@ -21,12 +21,18 @@ struct Interface {
     bool link_trap = true;
     std::string alias{};
     Duration created{};
-    bool up = false;
-    Duration last_change{};  // when it last went up or down
-    Duration up_before{};    // how long it was up before that
-
-    Duration up_time(Duration now) const { return up_before + (up ? now - last_change : Duration()); }
+    Stopwatch up{};
 };
+
+// What goes through an interface. The rates are steady and differ from interface to interface; they make frames first,
+// and octets of them.
+struct Direction {
+    std::uint64_t octets, unicast, multicast, broadcast, not_unicast, discards, errors;
+};
+struct Traffic {
+    Direction in, out;
+};
+Traffic traffic(std::uint32_t ifindex, Duration up);  // while it is up for so long
 
 class Interfaces : public Area {
 public:

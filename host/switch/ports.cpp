@@ -22,7 +22,8 @@ Port make_port(std::uint32_t n) {
         port.flags = Port::kSpeedFixed | (n == kPorts ? Port::kFlowControlFixed : Port::kCanBreakOut);
         port.max_mbps = 10000;
         port.media_type = 3;
-        port.fiber = {.cable = plugged, .speed = 4, .duplex = 1};
+        port.fiber = {
+            .cable = plugged, .speed = 4, .duplex = 1, .flow_control_send = true, .flow_control_receive = true};
         return port;
     }
     if (n >= kFirstCombo && n < kFirstFiber) {
@@ -119,6 +120,11 @@ Outcome set_flow_control(Port& port, Medium medium, std::string_view direction, 
     return accepted;
 }
 
+Outcome set_flow_control(Port& port, Medium medium, bool on) {
+    const Outcome outcome = set_flow_control(port, medium, "send", on);
+    return outcome.is_accepted() ? set_flow_control(port, medium, "receive", on) : outcome;
+}
+
 Outcome set_media_type(Port& port, std::string_view medium, bool failover) {
     if (!port.combo()) return refused("it has one medium");
     port.media_type = (medium == "fiber" ? 1 : 2) + (failover ? 0 : 2);
@@ -134,9 +140,7 @@ std::uint32_t speed_status(const Port& port) {
     }
 }
 
-std::uint32_t duplex_status(const Port& port) {
-    return port.link().duplex == kHalf && port.mbps() < 1000 ? kHalf : kFull;
-}
+std::uint32_t duplex_status(const Port& port) { return port.half_duplex() ? kHalf : kFull; }
 
 // 0 none, 1 send, 2 receive, 3 both
 std::uint32_t flow_control_status(const Port& port) {
@@ -167,6 +171,12 @@ std::uint32_t Port::mbps() const {
     return medium() == kCopper && number % 5 == 0 ? 100 : max_mbps;
 }
 
+bool Port::half_duplex() const {
+    if (mbps() >= 1000) return false;
+    // A hub is at the end of port 15.
+    return link().duplex == kHalf || (link().duplex == kAutoDuplex && number == 15);
+}
+
 Ports::Ports(Switch& its_switch) : Area(its_switch), interfaces_(its_switch.area<Interfaces>()) {
     const auto count = std::max(kPorts, static_cast<std::uint32_t>(its_switch.size().ports));
     for (std::uint32_t n = 1; n <= count; ++n) {
@@ -183,6 +193,7 @@ const Port* Ports::find(std::string_view name) const {
 void Ports::settle(std::uint32_t ifindex) {
     const Port& port = ports_.at(ifindex);
     interfaces_.link(ifindex, port.link().cable, port.mbps());
+    switch_.announce(&Area::port_changed, ifindex);
 }
 
 Lines<Port> Ports::lines(Description& d) {
@@ -242,6 +253,9 @@ void Ports::describe(Description& d) {
               });
     link_line("flowcontrol send|receive on|off [copper|fiber]", [](Port& p, Medium medium, const Arguments& arguments) {
         return set_flow_control(p, medium, arguments[0].text, arguments[1].text == "on");
+    });
+    link_line("flowcontrol on|off [copper|fiber]", [](Port& p, Medium medium, const Arguments& arguments) {
+        return set_flow_control(p, medium, arguments[0].text == "on");
     });
     port.line("media-type fiber|copper [auto-failover]", [](Port& p, const Arguments& arguments) {
         return set_media_type(p, arguments[0].text, arguments[1].present);

@@ -35,10 +35,12 @@ struct Port {
     std::uint32_t max_frame = 1536;  // octets
 
     bool combo() const { return flags & kCombo; }
+    bool has_copper() const { return combo() || media_type == 4; }
     Medium medium() const;  // the active one
     Link& link(Medium medium) { return medium == kFiber ? fiber : copper; }
     const Link& link() const { return medium() == kFiber ? fiber : copper; }
     std::uint32_t mbps() const;  // what the link runs at, or would
+    bool half_duplex() const;
 };
 
 class Ports : public Area {

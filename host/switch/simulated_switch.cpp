@@ -48,6 +48,7 @@ struct SimulatedSwitch::State {
         for (const auto add : kAreas) add(areas);
         Description description(store, lines);
         for (const auto& area : areas.areas()) area->describe(description);
+        areas.start();
     }
 
     Switch areas;

@@ -60,6 +60,12 @@ auto zero_or_one(Member flag) {
     return [flag](const auto& row) { return std::invoke(flag, row) ? 1 : 0; };
 }
 
+// A count of the row and its index as Counter64.
+template <class Count>
+auto wide(Count count) {
+    return [count](const auto& row, const Index& index) { return counter64(count(row, index)); };
+}
+
 struct Answer {
     Index index;
     Value value;

@@ -49,6 +49,19 @@ private:
     static unsigned mask(std::uint32_t port) { return 0x80u >> (port - 1) % 8; }
 };
 
+// Whether something is so, and for how long it has been altogether.
+struct Stopwatch {
+    bool runs = false;
+    Duration since{};  // when it last began or ended
+    Duration before{};
+
+    Duration total(Duration now) const { return before + (runs ? now - since : Duration()); }
+    void run(bool is_so, Duration now) {
+        if (is_so == runs) return;
+        *this = {is_so, now, total(now)};
+    }
+};
+
 // A fact as a value. bool: a TruthValue (1 or 2); a number or an enumerator: 4 octets, a longer one wrapped as
 // Counter32 is; Duration: TimeTicks; a text: its octets; an absent optional: no value.
 template <class Fact>

@@ -29,7 +29,7 @@ constexpr Scalars pellamsysmonitorMIBGlobals{
             {{1, 2, 2}, "systemMemoryUsed", Integer, ReadOnly, shows("show unit 5")},
             {{1, 3, 1}, "systemFlashTotal", Integer, ReadOnly, shows("show unit 6")},
             {{1, 3, 2}, "systemFlashUsed", Integer, ReadOnly, shows("show unit 7")},
-            {{1, 4, 1}, "systemFanStatus", Integer, ReadOnly, shows("show environment fan")},
+            {{1, 4, 1}, "systemFanSpeed", Integer, ReadOnly, shows("show environment fan")},
             {{1, 5, 1}, "systemTemperature", Integer, ReadOnly, shows("show environment temperature 9")},
             {{1, 5, 2},
              "systemTemperatureOverheat",

@@ -7,7 +7,7 @@ class SystemMonitor : public RecordingHost {};
 TEST_F(SystemMonitor, ShowsEachObjectByItsMagic) {
     answer("pellamsysmonitorMIBGlobals", integer(42));
     for (const char* object : {"systemCpuUtilization5Seconds", "systemCpuUtilization5Minutes", "systemMemoryTotal",
-                               "systemFlashUsed", "systemFanStatus", "systemTemperature", "systemTemperatureHeatdown"})
+                               "systemFlashUsed", "systemFanSpeed", "systemTemperature", "systemTemperatureHeatdown"})
         EXPECT_EQ(get(object, {0}).value, integer(42));
     EXPECT_THAT(commands(), ElementsAre("show cpu utilization 1", "show cpu utilization 3", "show unit 4",
                                         "show unit 7", "show environment fan", "show environment temperature 9",
