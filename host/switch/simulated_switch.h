@@ -1,5 +1,5 @@
-// A switch without hardware: 24 copper ports (the last four combo), 2 fiber ports, VLANs, VLAN interfaces, routes in
-// two VRFs, IGMP and MLD snooping, and counters that move with time. It answers show requests from its tables, and
+// A switch without hardware: 24 copper ports (the last four combo), 2 fiber ports, transceivers, VLANs, VLAN interfaces,
+// routes in two VRFs, IGMP and MLD snooping, and counters that move with time. It answers show requests from its tables, and
 // configuration lines change what they say.
 #pragma once
 

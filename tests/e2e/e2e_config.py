@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Configures a running agent with pysnmp in SETs of several varbinds, and reads all of it back: a VLAN with its ports,
-routes, snooping."""
+the hardware, routes, snooping."""
 
 import sys
 
@@ -73,6 +73,31 @@ def vlans(agent, client):
     print("VLAN 40: created with its ports in one SET, changed, deleted")
 
 
+def hardware(agent, client):
+    """Pause modes, power saving, transceivers and the system monitor: what a SET sends, and what a walk then shows."""
+    vendor = ENTERPRISE + (10, 1, 100)
+    high_alarm, temperature = vendor + (8, 1, 3, 1, 1, 1, 2), vendor + (8, 1, 2, 1, 1, 1, 2)
+    power, monitor = vendor + (1, 5), vendor + (1, 4, 1)
+    threshold = "transceiver-monitoring temperature high alarm"
+    for column, row, value, lines in (
+            ((1, 3, 6, 1, 2, 1, 10, 7, 10, 1, 1), (port(1),), Integer32(4), ["interface port1", "flowcontrol on"]),
+            (power + (1, 1), (0,), Integer32(0), ["disable ports leds"]),
+            (power + (2, 1, 1, 1, 3), (port(1),), Integer32(1), ["interface port1", "eee enable"]),
+            (monitor + (5, 2), (0,), Integer32(15), ["environment temperature threshold low 15"]),
+            (high_alarm, (port(25), 1), OctetString("20.5"), ["interface port25", f"{threshold} 20.5"])):
+        configure(agent, client, [(column + row, value)], lines)
+        expect(client, {(column, row): value})
+    alarm = client.value(temperature + (port(25),)).prettyPrint()
+    check(alarm.endswith(" ++"), f"the temperature over its threshold is {alarm!r}")
+    configure(agent, client, [(high_alarm + (port(25), 1), OctetString("NA"))], ["interface port25", f"no {threshold} "])
+    check(client.set((high_alarm + (port(25), 1), OctetString("x" * 16)))[0] == 5, "a threshold of 16 octets is accepted")
+    for root, count in (((1, 3, 6, 1, 2, 1, 10, 7), 26 * (18 + 6 + 6)), (power, 1 + 24 * 3), (monitor, 11),
+                        (vendor + (8, 1), 1 + 3 * (6 + 5 * 5 + 2))):
+        walked = client.walk(root, 25)
+        check(len(walked) == count, f"a walk of {dotted(root)} has {len(walked)} instances, not {count}")
+    print("pause mode, LEDs, EEE, temperature threshold and transceiver threshold set and read back")
+
+
 def routes(agent, client):
     route = (1, 4, 198, 51, 100, 0, 24, 2, 0, 0, 1, 4, 10, 0, 0, 254)
     configure(agent, client, [(ROUTE_METRIC + route, Integer32(7)), (ROUTE_STATUS + route, CREATE)],
@@ -134,6 +159,7 @@ def run(mibhost, library):
     with Agent(mibhost, library, "--write-community", "private", "-v") as agent:
         client = Client(agent.port, "private")
         vlans(agent, client)
+        hardware(agent, client)
         routes(agent, client)
         snooping(agent, client)
         check(agent.stop() == 0, "the agent does not end with exit code 0")
