@@ -460,6 +460,22 @@ TEST_F(Tool, ExplainShowsEveryPhaseWithItsRequests) {
         EXPECT_THAT(complaint([&] { tool::parse_explained(registry, words); }), HasSubstr(message));
 }
 
+TEST_F(Tool, WithoutNamesEverythingGoesByNumber) {
+    const services::Registry bare(loaded().registrations);
+    EXPECT_FALSE(bare.has_names());
+    EXPECT_THAT(complaint([&] { tool::parse_oid(bare, "ifAlias.1"); }), HasSubstr("was built without names"));
+    const services::Oid alias = oid_of("ifAlias", {5121});
+    const auto request = tool::parse_explained(bare, {"set", services::to_string(alias) + "=x", "ifXTable.18=1"});
+    ASSERT_EQ(request.varbinds.size(), 1u);
+    EXPECT_EQ(request.varbinds.front(), (agent::Varbind{alias, Value::octet_string({'x'})}));
+    EXPECT_TRUE(request.script.contains("ifXTable.18"));
+    agent::Engine engine(bare);
+    const auto told = as_text(tool::explain(request, engine, bare, *this), bare);
+    EXPECT_THAT(told, Contains(HasSubstr("name ifXTable magic 18 exact 1 key 5121")));
+    EXPECT_THAT(tool::list(bare, tool::select(bare, {"1.3.6.1.2.1.2.1"}), tool::ListForm::text),
+                "interfaces 1.3.6.1.2.1.2 (IF-MIB, 1 object)\n    .1  -  INTEGER    read-only\n");
+}
+
 TEST_F(Tool, WalkFindsWhatIsUnderTheRoot) {
     // Two rows; the row after the last is refused.
     answers["nVlanInterfaceTable"] = [](const services::ShowRequest& request) {

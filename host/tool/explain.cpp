@@ -19,6 +19,7 @@ std::string phase_name(int phase) {
 
 // Whether a word of a SET scripts answers: its name is one that requests have.
 bool names_requests(const services::Registry& registry, std::string_view name) {
+    if (!registry.has_names()) return services::oid_from_numbers(name) == std::nullopt;
     return name == "config" || name.starts_with('_') || name.starts_with("write_") ||
            registry.group(name.substr(0, name.find('.'))) != nullptr;
 }

@@ -33,7 +33,9 @@ std::string Session::summary() const {
     const auto count = [](std::size_t number, const char* noun) {
         return fmt::format("{} {}{}", number, noun, number == 1 ? "" : "s");
     };
-    return count(registry_.modules(), "module") + ", " + count(registry_.objects().size(), "object");
+    const auto* const version = static_cast<const char*>(library_.symbol("switchmib_version"));
+    return (version != nullptr ? fmt::format("version {}, ", version) : "") + count(registry_.modules(), "module") +
+           ", " + count(registry_.objects().size(), "object");
 }
 
 }  // namespace tool

@@ -28,6 +28,11 @@ std::string key_text(const services::Group* group, const services::ShowRequest& 
     if (const auto parts = parts_of(group, request)) return services::bracketed(*group, *parts);
     const auto* octets = static_cast<const std::uint8_t*>(request.key);
     const auto size = static_cast<std::size_t>(request.key_size);
+    if (group == nullptr && size == sizeof(std::uint32_t)) {  // a library without names: most such keys are a number
+        std::uint32_t number;
+        std::memcpy(&number, octets, sizeof number);
+        return std::to_string(number);
+    }
     if (std::all_of(octets, octets + size, [](std::uint8_t octet) { return octet == 0; }))
         return fmt::format("{} zero octets", size);
     return fmt::format("{} octets {}", size, shortened(octets, size));
