@@ -82,6 +82,7 @@ TEST_F(Framework, HostileLengthsAreRefusedOrCut) {
     }
     // A counted string of another length than the key's has no row, in either direction.
     EXPECT_EQ(get_command("ProtocolValue", {1, 3, 8, 6, 0}), "");
+    EXPECT_EQ(get_command("ProtocolValue", {1}), "");
     EXPECT_EQ(next_command("ProtocolValue", {1, 3, 8}), "");
     EXPECT_EQ(next_command("ProtocolValue", {1, 2, 8}), "protocol 1 0800");
     EXPECT_EQ(next_command("ProtocolValue", {1}), "protocol 1 0000");

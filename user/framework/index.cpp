@@ -51,13 +51,14 @@ int parse_index(const oid* prefix, std::size_t prefix_length, const oid* name, s
     }
 
     at = name + prefix_length;
-    for (int i = 0; i < shape.count && at < end; ++i) {
+    int i = 0;
+    for (; i < shape.count && at < end; ++i) {
         const KeyShape::Field& field = shape.fields[i];
         if (field.kind == kCountedString && *at != field.octets) return -1;
         to_field(field, at, std::min(static_cast<int>(end - at), sizes[i]), key);
         at += sizes[i];
     }
-    return 0;
+    return exact && i < shape.count && shape.fields[i].kind == kCountedString ? -1 : 0;
 }
 
 void build_name(const oid* prefix, std::size_t prefix_length, oid* name, std::size_t* name_length,

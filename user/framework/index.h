@@ -211,7 +211,8 @@ struct VlanKey {
 
 // Fills `key`, which comes clear, from what the request has after `prefix`; a field that the request does not reach stays
 // clear. A GETNEXT that sorts before the prefix fills nothing and gets `*name_length` cut to the prefix. -1: an exact
-// request with too many or too few index sub-identifiers, or a counted string of another length than its field's.
+// request with too many or too few index sub-identifiers, or one that ends before a counted string; a counted string of
+// another length than its field's.
 int parse_index(const oid* prefix, std::size_t prefix_length, const oid* name, std::size_t* name_length,
                 const KeyShape& shape, void* key, int exact);
 
