@@ -27,6 +27,7 @@ using namespace switchmib;  // the enums of framework/snmp.h: Integer, wrongValu
 
 Bytes integer(std::int64_t number);  // 4 octets in machine order
 Bytes text(const std::string& octets);
+Bytes port_list(std::initializer_list<int> members);  // 12 octets
 
 // The value of a varbind: a number of 4 octets, a text, or octets.
 struct Value {

@@ -22,6 +22,13 @@ Bytes integer(std::int64_t number) {
 
 Bytes text(const std::string& octets) { return Bytes(octets.begin(), octets.end()); }
 
+Bytes port_list(std::initializer_list<int> members) {
+    Bytes list(12);
+    for (const int port : members)
+        list[static_cast<std::size_t>(port - 1) / 8] |= static_cast<std::uint8_t>(0x80 >> (port - 1) % 8);
+    return list;
+}
+
 Loaded::Loaded(const char* path)
     : library(path),
       registrations([this] {

@@ -24,6 +24,53 @@ typedef struct VlanStatic {  // the row of dot1qVlanStaticTable that a request i
 extern VlanStatic vlan_static;
 
 // ---------------------------------------------------------------------------------------------------------------------
+// Protocol VLANs of all VLAN modules
+
+typedef struct ProtoGroup {  // the row of a protocol group table that a request is creating
+    uint32_t frame_type;
+    unsigned char protocol[2];
+    unsigned char zero[2];
+    uint32_t group;
+    uint32_t pending;  // 1: the request has a row status, the other columns leave ACTION to it
+} ProtoGroup;
+extern ProtoGroup proto_group;
+
+typedef struct ProtoPort {  // the same for a group's VLAN on a port
+    uint32_t ifindex;
+    uint32_t group;
+    uint32_t vid;
+    uint32_t priority;
+    uint32_t pending;
+} ProtoPort;
+extern ProtoPort proto_port;
+
+// ---------------------------------------------------------------------------------------------------------------------
+// corvinVlanMIB
+
+typedef struct MacVlan {  // the row of nVlanMacVlanTable that a request is creating
+    unsigned char mac[6];
+    uint32_t vid;
+    uint32_t priority;
+    uint32_t pending;
+} MacVlan;
+extern MacVlan mac_vlan;
+
+typedef struct SubnetVlan {  // the row of nVlanSubnetVlanTable
+    uint32_t type;           // of the address: 1 IPv4, 2 IPv6
+    char text[64];
+    uint32_t prefix_length;
+    uint32_t vid;
+    uint32_t priority;
+    uint32_t pending;
+} SubnetVlan;
+extern SubnetVlan subnet_vlan;
+
+// ---------------------------------------------------------------------------------------------------------------------
+// ieee8021QBridgeMib
+
+extern int mvrp_mib_dbg;  // not 0: configuration lines of MVRP are traced, with the token "mvrp"
+
+// ---------------------------------------------------------------------------------------------------------------------
 // ip: the kernel's statistics
 
 typedef struct IpStatistics {

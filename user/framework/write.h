@@ -90,6 +90,8 @@ public:
     static Error range(std::int32_t number, std::int32_t low, std::int32_t high) {
         return number >= low && number <= high ? noError : wrongValue;
     }
+    // The line of a number whose length was checked.
+    Error choose(Lines lines, const char*& text) const;
     static Error row_status(std::int32_t number) { return range(number, active, destroy); }
     static Error interface_name(std::uint32_t ifindex, InterfaceName& name, Error missing = genErr);
 
@@ -140,7 +142,6 @@ private:
         std::int32_t number;
         return integer(number);
     }
-    Error choose(Lines lines, const char*& text) const;
     Error row(const KeyShape& shape, void* key) const;
     Error text(char* buffer, std::size_t size) const;
 };
