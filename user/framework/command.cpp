@@ -9,7 +9,7 @@ namespace {
 
 // Texts up to these are copied octet by octet: most are shorter than what a call costs.
 constexpr int kShortRun = 2;
-constexpr int kShortString = 10;
+constexpr int kShortString = 6;
 
 // A text being written: the room that is left, with one octet kept for the NUL.
 struct Writing {
@@ -22,9 +22,9 @@ struct Writing {
         at += count;
     }
     void put_string(const char* string) {
-        for (int i = 0; i < kShortString; ++i) {
-            if (*string == '\0' || at == end) return;
-            *at++ = *string++;
+        if (end - at > kShortString) {
+            for (char* const stop = at + kShortString; at < stop; *at++ = *string++)
+                if (*string == '\0') return;
         }
         put(string, std::strlen(string));
     }
@@ -86,7 +86,11 @@ void put_number(Writing& out, const Digits& digits, bool negative, const Spec& s
     out.put(digits.first, static_cast<std::size_t>(digits.count()));
 }
 
-// A number without a width or a precision, which most are: two digits at a time.
+[[gnu::noinline]] void put_signed(Writing& out, std::int32_t number, const Spec& spec) {
+    const auto bits = static_cast<std::uint32_t>(number);
+    put_number(out, Digits(number < 0 ? 0 - bits : bits, kDecimal), number < 0, spec);
+}
+
 constexpr auto kPairs = [] {
     std::array<char, 200> pairs{};
     for (std::size_t i = 0; i < 100; ++i) {
@@ -96,21 +100,29 @@ constexpr auto kPairs = [] {
     return pairs;
 }();
 
+int count_digits(std::uint32_t number) {
+    if (number < 10000) return number < 100 ? (number < 10 ? 1 : 2) : (number < 1000 ? 3 : 4);
+    int count = 5;
+    for (std::uint64_t power = 100000; count < Digits::kMost && number >= power; power *= 10) ++count;
+    return count;
+}
+
+// A number without a width or a precision, which most are: two digits at a time.
 void put_decimal(Writing& out, std::int32_t number) {
     const auto bits = static_cast<std::uint32_t>(number);
+    if (out.end - out.at < Digits::kMost + 1) return put_signed(out, number, {});
+    if (number < 0) *out.at++ = '-';
     std::uint32_t magnitude = number < 0 ? 0 - bits : bits;
-    char digits[Digits::kMost + 1];
-    char* const end = digits + sizeof digits;
-    char* at = end;
-    while (magnitude >= 10) {
+    out.at += count_digits(magnitude);
+    char* at = out.at;
+    for (; magnitude >= 100; magnitude /= 100) {
         at -= 2;
         std::memcpy(at, &kPairs[2 * (magnitude % 100)], 2);
-        magnitude /= 100;
     }
-    // What is left is the first digit, or 0 after a pair.
-    if (magnitude != 0 || at == end) *--at = static_cast<char>('0' + magnitude);
-    if (number < 0) *--at = '-';
-    for (; at < end && out.at < out.end; ++at) *out.at++ = *at;
+    if (magnitude >= 10)
+        std::memcpy(at - 2, &kPairs[2 * magnitude], 2);
+    else
+        at[-1] = static_cast<char>('0' + magnitude);
 }
 
 int take_count(const char*& format) {
@@ -133,6 +145,30 @@ Spec take_spec(const char*& format, std::va_list& arguments) {
     return spec;
 }
 
+// Puts what the conversion at `format` stands for; returns what follows it. Apart, so that the common conversions stay
+// fast.
+[[gnu::noinline]] const char* put_other(Writing& out, const char* format, std::va_list& arguments) {
+    const char* const percent = format++;
+    const Spec spec = take_spec(format, arguments);
+    switch (*format++) {
+        case 'd': put_signed(out, va_arg(arguments, int), spec); break;
+        case 'u': put_number(out, Digits(va_arg(arguments, unsigned), kDecimal), false, spec); break;
+        case 'x': put_number(out, Digits(va_arg(arguments, unsigned), kLowerHex), false, spec); break;
+        case 'X': put_number(out, Digits(va_arg(arguments, unsigned), kUpperHex), false, spec); break;
+        case 's': {
+            const char* string = va_arg(arguments, const char*);
+            const std::size_t length =
+                spec.precision < 0 ? std::strlen(string) : strnlen(string, static_cast<std::size_t>(spec.precision));
+            out.fill(' ', spec.width - static_cast<int>(length));
+            out.put(string, length);
+            break;
+        }
+        case '%': out.fill('%', 1); break;
+        default: out.put(percent, static_cast<std::size_t>(--format - percent)); break;
+    }
+    return format;
+}
+
 }  // namespace
 
 void format_text(char* text, std::size_t capacity, const char* format, std::va_list given) {
@@ -140,41 +176,16 @@ void format_text(char* text, std::size_t capacity, const char* format, std::va_l
     va_copy(arguments, given);
     Writing out{text, text + capacity - 1};
     for (;;) {
-        const char* percent = out.put_run(format);
-        if (*percent == '\0') break;
-        format = percent + 1;
-        if (*format == 's') {
+        format = out.put_run(format);
+        if (*format == '\0') break;
+        if (format[1] == 's') {
             out.put_string(va_arg(arguments, const char*));
-            ++format;
-            continue;
-        }
-        if (*format == 'd') {
+            format += 2;
+        } else if (format[1] == 'd') {
             put_decimal(out, va_arg(arguments, int));
-            ++format;
-            continue;
-        }
-        const Spec spec = take_spec(format, arguments);
-        switch (*format++) {
-            case 'd': {
-                const int number = va_arg(arguments, int);
-                const auto bits = static_cast<std::uint32_t>(number);
-                put_number(out, Digits(number < 0 ? 0 - bits : bits, kDecimal), number < 0, spec);
-                break;
-            }
-            case 'u': put_number(out, Digits(va_arg(arguments, unsigned), kDecimal), false, spec); break;
-            case 'x': put_number(out, Digits(va_arg(arguments, unsigned), kLowerHex), false, spec); break;
-            case 'X': put_number(out, Digits(va_arg(arguments, unsigned), kUpperHex), false, spec); break;
-            case 's': {
-                const char* string = va_arg(arguments, const char*);
-                const std::size_t length = spec.precision < 0
-                                               ? std::strlen(string)
-                                               : strnlen(string, static_cast<std::size_t>(spec.precision));
-                out.fill(' ', spec.width - static_cast<int>(length));
-                out.put(string, length);
-                break;
-            }
-            case '%': out.fill('%', 1); break;
-            default: out.put(percent, static_cast<std::size_t>(--format - percent)); break;
+            format += 2;
+        } else {
+            format = put_other(out, format, arguments);
         }
     }
     va_end(arguments);
