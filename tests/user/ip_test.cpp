@@ -405,8 +405,12 @@ TEST_F(KernelStatistics, Ipv6LinesAreReadByKey) {
     EXPECT_EQ(values[9], 2u);
     EXPECT_EQ(values[10], 5u) << "a key stands for all that begin with it";
     EXPECT_EQ(values[23], 4u);
-    proc.files[kSnmp6] = "Ip6OutMcastPkts\nIp6InReceives none\nIcmp6InAdminProhibs 6\nIcmp6OutGroupMembReductions 7\n";
+    proc.files[kSnmp6] =
+        "Ip6OutMcastPkts\nIp6InReceives none\nIcmp6InAdminProhibs 6\nIcmp6OutGroupMembReductions 7\n"
+        "Ip6InTooBigErrors 8\nIp6ReasmTimeout 9\n";
     values = read_ip6().values;
+    EXPECT_EQ(values[4], 8u);
+    EXPECT_EQ(values[15], 9u);
     EXPECT_EQ(values[2], 4294967295u) << "a line without a number tells nothing";
     EXPECT_EQ(values[23], 4u);
     EXPECT_EQ(read_icmp6().values[3], 6u);
