@@ -23,6 +23,7 @@ constexpr std::uint32_t kTunnelIfIndexBase = 896;
 constexpr std::uint32_t kVlanIfIndexBase = 1024;
 constexpr std::uint32_t kPortIfIndexBase = 5120;
 constexpr std::uint32_t kLastVlan = 4094;
+constexpr std::uint32_t kComponent = 1;  // of the bridge, where an index names it
 
 // What an area declares.
 class Description {
@@ -30,8 +31,10 @@ public:
     Description(TableStore& store, CommandLine& lines) : store_(store), lines_(lines) {}
 
     void table(Table table) { store_.add(std::move(table)); }
-    // What writers ask for without a key: the numbers of the command are the row's index.
-    void lookup(std::string show, Rows rows) { store_.add_lookup(std::move(show), std::move(rows)); }
+    // What writers ask for without a key: the numbers of the command are the row's index, or what `row` makes of it.
+    void lookup(std::string show, Rows rows, LookedUp row = {}) {
+        store_.add_lookup(std::move(show), std::move(rows), std::move(row));
+    }
     // Scalars of a group, shown by one command except where a scalar has its own.
     void scalars(const std::string& group, const std::string& show, std::vector<Scalar> scalars) {
         store_.add(group, show, std::move(scalars));

@@ -1,6 +1,7 @@
 // Every area, in alphabetical order. Each one's file defines `void add_AREA(Switch&)`, which makes it.
 // clang-format off
 #define SWITCH_AREAS(area) \
+    area(classification)   \
     area(ethernet)         \
     area(health)           \
     area(interfaces)       \

@@ -136,10 +136,11 @@ void TableStore::add(Table table) {
     if (!added) throw std::invalid_argument(fmt::format("there are two tables {}", name));
 }
 
-void TableStore::add_lookup(std::string show, Rows rows) {
+void TableStore::add_lookup(std::string show, Rows rows, LookedUp row) {
     Pattern pattern(show);
-    lookups_.push_back(
-        {{.name = {}, .show = std::move(show), .key = {}, .rows = std::move(rows)}, std::move(pattern), {}});
+    Table table{.name = {}, .show = std::move(show), .key = {}, .rows = std::move(rows)};
+    if (row) table.record = Record{std::move(row), {}};
+    lookups_.push_back({std::move(table), std::move(pattern), {}});
 }
 
 void TableStore::add(const std::string& group, const std::string& show, std::vector<Scalar> scalars) {

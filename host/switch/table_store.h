@@ -176,9 +176,10 @@ Rows rows_from(FindRow<Row> from, Columns<Row> columns) {
 
 // Where a request's key record is not its row's index: the command alone says which row is meant, and an answer to a
 // GETNEXT fills the record.
+using LookedUp = std::function<std::optional<Index>(const Arguments&)>;
 struct Record {
-    std::function<std::optional<Index>(const Arguments&)> row;  // none: the command's words contradict each other
-    std::function<void(const Index&, void* record)> fill;       // the record is all zeros before
+    LookedUp row;                                          // none: the command's words contradict each other
+    std::function<void(const Index&, void* record)> fill;  // the record is all zeros before
 };
 
 // A table as show requests name it.
@@ -230,9 +231,9 @@ public:
 
     // Throws std::invalid_argument for a table whose pattern does not fit its key.
     void add(Table table);
-    // What writers ask for without a key: the numbers of the command are the row's index. It is known by its command,
-    // whatever the name that asks for it.
-    void add_lookup(std::string show, Rows rows);
+    // What writers ask for without a key: the numbers of the command are the row's index, or what `row` makes of it. It is
+    // known by its command, whatever the name that asks for it.
+    void add_lookup(std::string show, Rows rows, LookedUp row = {});
     // Adds objects to a group. `show` is the command of those that have none of their own.
     void add(const std::string& group, const std::string& show, std::vector<Scalar> scalars);
 

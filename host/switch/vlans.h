@@ -17,14 +17,19 @@ struct Vlan {
     PortList untagged{};
 };
 
-enum class PortMode : std::uint32_t { access = 1, hybrid, trunk, untagged_hybrid };
+// A tunnel takes the lines of a hybrid port, and sends no tags.
+enum class PortMode : std::uint32_t { access = 1, hybrid, trunk, tunnel, private_host, private_promiscuous };
 
 // What a port has to do with VLANs.
 struct PortVlans {
     PortMode mode = PortMode::access;
     std::uint32_t pvid = kDefaultVlan;
+    bool tags_native = false;       // of a trunk
     std::uint32_t frame_types = 1;  // accepted ones: 1 all, 2 tagged, 3 untagged
     bool ingress_checking = true;
+    std::uint32_t precedence = 1;  // of VLANs by: 1 MAC address, 2 subnet
+    bool mvrp = false;
+    bool mvrp_forbidden = false;  // registers no VLANs
 };
 
 class Vlans : public Area {
@@ -49,12 +54,18 @@ private:
     void leave(std::uint32_t ifindex, std::uint32_t vid);
     // From then on untagged frames of the port belong to this VLAN.
     void set_native(std::uint32_t ifindex, std::uint32_t vid);
+    void set_mode(std::uint32_t ifindex, PortMode mode);
+    // The VLANs that the port sends with tags, or those without, as a list of 512 octets.
+    Value allowed(std::uint32_t ifindex, bool tagged) const;
+    void add_vlan_tables(Description&);
+    void add_port_tables(Description&);
     void add_port_lines(Description&);
 
     Ports& ports_;
     std::map<std::uint32_t, Vlan> vlans_;
     std::map<std::uint32_t, PortVlans> by_port_;
     std::uint32_t removed_ = 0;  // so many VLANs
+    bool mvrp_ = false;
 };
 
 }  // namespace sw
