@@ -250,7 +250,7 @@ void for_each_phase(Write write) {
 
 template <Phases phases>
 void library_set(Target& target, const void* value, unsigned char type, std::size_t length) {
-    unsigned char octets[64];
+    unsigned char octets[sizeof instant::vlan_list];
     std::memcpy(octets, value, length);
     target.ask();
     for_each_phase<phases>([&](int phase) {
@@ -391,6 +391,55 @@ void floor_port_list() {
     });
 }
 
+// A VLAN list, nVlanPortIfTagAllowVlanLstFirst2K: so many VLANs come into an empty one, or none into the full one.
+Target& vlan_list() {
+    static Target target({1, 3, 6, 1, 4, 1, kArc, 10, 1, 100, 2, 9, 1, 3, 1, 6}, {kPort1});
+    return target;
+}
+template <std::uint32_t added>
+const unsigned char* wanted_vlans() {
+    static unsigned char list[sizeof instant::vlan_list];
+    std::memset(list, added == 0 ? 0xff : 0, sizeof list);
+    for (std::uint32_t vid = 0; vid < added; ++vid)
+        list[vid / 8] = static_cast<unsigned char>(list[vid / 8] | 0x80 >> vid % 8);
+    return list;
+}
+template <std::uint32_t added>
+void library_vlan_list() {
+    static const unsigned char* const list = wanted_vlans<added>();
+    std::memset(instant::vlan_list, added == 0 ? 0xff : 0, sizeof instant::vlan_list);
+    library_set<Phases::acting>(vlan_list(), list, kOctetString, sizeof instant::vlan_list);
+}
+template <std::uint32_t added, Made made>
+void floor_vlan_list() {
+    static const unsigned char* const list = wanted_vlans<added>();
+    std::memset(instant::vlan_list, added == 0 ? 0xff : 0, sizeof instant::vlan_list);
+    floor_set<Phases::acting>(vlan_list(), [](std::uint32_t ifindex) {
+        char line[kLine];
+        unsigned char wanted[sizeof instant::vlan_list], current[sizeof wanted], common[sizeof wanted],
+            more[sizeof wanted], less[sizeof wanted], mode[sizeof instant::port_mode];
+        std::size_t length;
+        std::memcpy(wanted, list, sizeof wanted);
+        if constexpr (made == Made::printed)
+            std::snprintf(line, sizeof line, "show snmp vlan-port %u", ifindex);
+        else
+            join(line, "show snmp vlan-port ", ifindex);
+        uib_sh_show_request(2, line, current, sizeof current, &length, nullptr, 0, 6, 1, 0, "", 1);
+        VLANLIST_and(current, wanted, common);
+        VLANLIST_xor(common, wanted, more);
+        VLANLIST_xor(common, current, less);
+        uib_sh_show_request(2, line, mode, sizeof mode, &length, nullptr, 0, 2, 1, 0, "", 1);
+        enter<made>(ifindex);
+        for (std::uint32_t vid = 1; vid <= added; ++vid) {
+            if constexpr (made == Made::printed)
+                std::snprintf(line, sizeof line, "switchport hybrid allowed vlan add tagged %u", vid);
+            else
+                join(line, "switchport hybrid allowed vlan add tagged ", vid);
+            uib_sh_config_request(-1, line, "", 1);
+        }
+    });
+}
+
 // --- walks -----------------------------------------------------------------------------------------------------------
 
 // Over tables of any size: a row costs the same. `rows` is what the backend has.
@@ -471,9 +520,11 @@ const Request kRequests[] = {
      floor_port_list<Change::none, Made::joined>},
     {"action 90 ports", library_port_list<Change::all>, floor_port_list<Change::all, Made::printed>,
      floor_port_list<Change::all, Made::joined>},
+    {"action same VLANs", library_vlan_list<0>, floor_vlan_list<0, Made::printed>, floor_vlan_list<0, Made::joined>},
+    {"action one VLAN", library_vlan_list<1>, floor_vlan_list<1, Made::printed>, floor_vlan_list<1, Made::joined>},
 };
 
-// The same walk over few rows and over many.
+// The same walk over few rows and over many, or the same list with few new members and with many.
 struct Walk {
     const char* name;
     void (*few)();
@@ -484,6 +535,7 @@ struct Walk {
 const Walk kWalks[] = {
     {"walk VLANs", walk_vlans<100>, 100, walk_vlans<4094>, 4094},
     {"walk routes", walk_routes<100>, 100, walk_routes<10000>, 10000},
+    {"list of VLANs", library_vlan_list<100>, 100, library_vlan_list<4094>, 4094},
 };
 
 struct Case {
@@ -512,6 +564,7 @@ const char* const kInits[] = {"interfaces_snmp_init",
                               "SwitchPortMIB_snmp_init",
                               "pellamVlanInterfaceMIB_snmp_init",
                               "qBridgeMIB_snmp_init",
+                              "corvinVlanMIB_snmp_init",
                               "ipForward_snmp_init",
                               "ip_snmp_init",
                               "harrowMgmdSnoopingMIB_snmp_init"};

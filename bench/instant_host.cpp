@@ -116,6 +116,8 @@ int uib_sh_show_request(std::uint64_t, const char*, void* result, int result_siz
         const bool ports = result_size == static_cast<int>(sizeof instant::port_list);
         if (ports || result_size == static_cast<int>(sizeof instant::port_mode))
             std::memcpy(result, ports ? instant::port_list : instant::port_mode, static_cast<std::size_t>(result_size));
+        else if (result_size == static_cast<int>(sizeof instant::vlan_list))
+            std::memcpy(result, instant::vlan_list, sizeof instant::vlan_list);
         return 0;
     }
     return exact || instant::advance(static_cast<unsigned char*>(key)) ? 0 : -1;

@@ -24,9 +24,10 @@ inline Advance* advance = same_row;
 // Moves a number in a key on, up to `last`.
 bool count_up(unsigned char* number, std::uint32_t last);
 
-// What lookups are answered with, as far as it reaches: every port's VLAN mode (4 octets) and a VLAN's ports (12).
+// What lookups are answered with, by their size: every port's VLAN mode, a VLAN's ports, a port's VLANs.
 inline unsigned char port_mode[4] = {2};
 inline unsigned char port_list[12];
+inline unsigned char vlan_list[512];
 
 // The files in /proc are the same on every machine; these are the settings among them.
 inline constexpr const char* kForwarding = "/proc/sys/net/ipv6/conf/all/forwarding";
