@@ -1,6 +1,6 @@
-// The simulated switch: its table store over keys of every sort, its command line, and the two over the model.
+// The simulated switch's table store over keys of every sort, its patterns, and its command line.
 #include "support/simulated_switch.h"
-
+#include "switch/command_line.h"
 #include "switch/table_store.h"
 
 #include <cstring>
@@ -10,6 +10,28 @@
 
 namespace sw {
 namespace {
+
+using Key = std::vector<unsigned char>;
+using Log = std::vector<std::string>;
+
+// One show request over memory of its own. `key` is moved by a GETNEXT; an empty one is sent as null.
+std::optional<Value> show(const TableStore& store, const std::string& name, const std::string& command, int magic,
+                          Key& key, bool exact, int result_size = 512) {
+    unsigned char result[512];
+    std::size_t length = 0;
+    services::ShowRequest request{
+        2,     command, result, result_size, &length, key.empty() ? nullptr : key.data(), static_cast<int>(key.size()),
+        magic, exact,   0,      name,        1};
+    if (!store.show(request)) return {};
+    return Value(reinterpret_cast<const char*>(result), length);
+}
+
+std::uint32_t as_number(const std::optional<Value>& value) {
+    std::uint32_t number = 0;
+    EXPECT_TRUE(value && value->size() == sizeof number);
+    if (value && value->size() == sizeof number) std::memcpy(&number, value->data(), sizeof number);
+    return number;
+}
 
 // --- The table store -------------------------------------------------------------------------------------------------
 
@@ -23,28 +45,39 @@ struct KeySample {
 std::vector<KeySample> key_samples() {
     const Index v4_low{1, 4, 9, 0, 0, 255}, v4_high{1, 4, 10, 0, 0, 1};
     const Index v6{2, 16, 0xfe, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
-    const auto join = [](std::vector<Index> parts) {
-        Index joined;
-        for (const Index& part : parts) joined.insert(joined.end(), part.begin(), part.end());
-        return joined;
-    };
     return {
-        {"integer", {{2}}, 4, {{1}, {2}, {255}, {256}, {0x80000000}, {0xffffffff}}},
-        {"integer, MAC", {{2}, {6}}, 12, {{1, 0, 255, 0, 0, 0, 0}, {1, 2, 0, 0, 0, 0, 1}, {256, 0, 0, 0, 0, 0, 1}}},
-        {"integer, address", {{2}, {10}}, 32, {{7, 0, 0}, join({{7}, v4_low}), join({{7}, v4_high}), join({{7}, v6})}},
+        {"integer", {kInteger}, 4, {{1}, {2}, {255}, {256}, {0x80000000}, {0xffffffff}}},
+        {"integer, MAC",
+         {kInteger, kMac},
+         12,
+         {{1, 0, 255, 0, 0, 0, 0}, {1, 2, 0, 0, 0, 0, 1}, {256, 0, 0, 0, 0, 0, 1}}},
+        {"integer, address",
+         {kInteger, kAddress},
+         32,
+         {{7, 0, 0}, join({{7}, v4_low}), join({{7}, v4_high}), join({{7}, v6})}},
         {"prefix, policy, address",
-         {{11}, {8}, {10}},
+         {kPrefix, kPolicy, kAddress},
          64,
          {join({v4_low, {24, 2, 0, 0}, v4_low}), join({v4_low, {24, 2, 0, 0}, v4_high}),
           join({v4_low, {32, 2, 0, 0}, v4_low}), join({v6, {64, 2, 0, 0}, v6})}},
         {"address pair",
-         {{2}, {13}},
+         {kInteger, kAddressPair},
          60,
          {join({{1}, v4_low, v4_high}), join({{1}, v4_high, v4_low}), join({{1}, v6, v6})}},
-        {"addresses, interface", {{12}}, 60, {join({v4_low, {5121, 0}}), join({v4_low, {5121, 4, 1, 2, 3, 4}})}},
-        {"counted string", {{2}, {14, 2}, {2}}, 12, {{1, 2, 8, 0, 3}, {1, 2, 8, 6, 2}, {3, 2, 0, 1, 1}}},
-        {"fixed string", {{2}, {0, 8}}, 12, {{1, 0, 0, 0, 0, 0, 0, 0, 255}, {1, 1, 2, 3, 4, 5, 6, 7, 8}}},
-        {"record longer than its index", {{{2}}, 8}, 8, {{1}, {2}}},
+        {"addresses, interface",
+         {kAddressesOnInterface},
+         60,
+         {join({v4_low, {5121, 0}}), join({v4_low, {5121, 4, 1, 2, 3, 4}})}},
+        {"counted string",
+         {kInteger, counted_string(2), kInteger},
+         12,
+         {{1, 2, 8, 0, 3}, {1, 2, 8, 6, 2}, {3, 2, 0, 1, 1}}},
+        {"fixed string", {kInteger, fixed_string(8)}, 12, {{1, 0, 0, 0, 0, 0, 0, 0, 255}, {1, 1, 2, 3, 4, 5, 6, 7, 8}}},
+        {"record longer than its index", {{kInteger}, 8}, 8, {{1}, {2}}},
+        {"integer, address in a record",
+         {kInteger, kSplitAddress},
+         28,
+         {{7, 0, 0}, join({{7}, v4_low}), join({{7}, v6})}},
     };
 }
 
@@ -163,6 +196,104 @@ TEST_F(SmallStore, RefusesWhatDoesNotFitAndSaysWhy) {
     }
 }
 
+// --- The comparison of keys and commands -------------------------------------------------------------------------------
+
+// A command that says something else than the key is refused, whatever its words are.
+TEST(TableStore, ComparesEveryPartOfAKeyThatACommandNames) {
+    const Index v4{1, 4, 192, 0, 2, 1}, v6{2, 16, 0xfe, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
+    const struct {
+        KeyLayout key;
+        const char* pattern;
+        Index index;
+        std::vector<const char*> fitting, others;
+    } cases[] = {
+        {{kInteger}, "row [{int}]", {0}, {"row"}, {"row 0", "row 1"}},
+        {{kInteger}, "row [{int}]", {7}, {"row 7"}, {"row", "row 8"}},
+        {{kInteger}, "row {int+1024}", {7}, {"row 1031"}, {"row 7"}},
+        {{kInteger, kInteger}, "row {int:2} {int:1}", {7, 8}, {"row 8 7"}, {"row 7 8"}},
+        {{kInteger, kInteger}, "row [vlan {int:2}]", {7, 0}, {"row"}, {"row vlan 0"}},
+        // The first part decides; a module may look at all of them.
+        {{kInteger, kInteger}, "row [{int} {int}]", {0, 7}, {"row", "row 0 7"}, {"row 0 8"}},
+        {{kInteger, kInteger}, "row [{int} {int}]", {7, 0}, {"row 7 0"}, {"row"}},
+        {{kInteger, kMac},
+         "row {mac} vlan {int:1}",
+         {7, 0, 0x1b, 0xff, 3, 4, 5},
+         {"row 00-1b-ff-03-04-05 vlan 7", "row 00-1B-FF-03-04-05 vlan 7", "row 00:1b:ff:03:04:05 vlan 7"},
+         {"row 00-1b-ff-03-04-06 vlan 7", "row 00-1b-ff-03-04-05 vlan 8", "row 00-1b-ff-03-04 vlan 7",
+          "row 00-1b:ff-03-04-05 vlan 7", "row 0-1b-ff-03-04-05 vlan 7", "row 001bff030405 vlan 7"}},
+        {{fixed_string(8)},
+         "row {octets}",
+         {1, 2, 3, 4, 5, 6, 7, 8},
+         {"row 01:02:03:04:05:06:07:08"},
+         {"row 01:02:03:04:05:06:07:09", "row 01:02:03:04:05:06:07"}},
+        {{kInteger, counted_string(2)}, "row {int} {octets}", {1, 2, 8, 6}, {"row 1 08-06"}, {"row 1 08-07"}},
+        {{kAddress}, "row {int} [{address}]", v4, {"row 1 192.0.2.1"}, {"row 1 192.0.2.2", "row 1", "row 2 192.0.2.1"}},
+        {{kAddress}, "row [{address}]", v6, {"row fe80::1", "row FE80:0::1"}, {"row fe80::2", "row 0.0.0.1", "row"}},
+        {{kAddress}, "row [{address}]", {0, 0}, {"row", "row 0.0.0.0", "row ::"}, {"row 0.0.0.1"}},
+        {{kSplitAddress}, "row {int} {address}", v4, {"row 1 192.0.2.1"}, {"row 1 192.0.2.2"}},
+        {{kPrefix}, "row {address/bits}", join({v4, {24}}), {"row 192.0.2.1/24"}, {"row 192.0.2.1/25", "row 0/0"}},
+        {{kTextPrefix}, "row {int} {address/bits}", {0, 0, 0}, {"row 0 0/0"}, {"row 1 0/0", "row 0 0.0.0.1/0"}},
+        {{kAddressPair},
+         "row {address} {address}",
+         join({v4, {1, 4, 10, 0, 0, 1}}),
+         {"row 192.0.2.1 10.0.0.1"},
+         {"row 192.0.2.1 192.0.2.1"}},
+        {{kAddressesOnInterface},
+         "row {int} {address} {int} {address}",
+         join({v4, {7, 4, 10, 0, 0, 1}}),
+         {"row 1 192.0.2.1 7 10.0.0.1"},
+         {"row 1 192.0.2.1 8 10.0.0.1", "row 1 192.0.2.1 7 10.0.0.2"}},
+    };
+    for (const auto& item : cases) {
+        Log log;
+        TableStore store([&](const std::string& line) { log.push_back(line); });
+        const std::map<Index, int> rows;
+        store.add({.name = "t", .show = item.pattern, .key = item.key, .rows = rows_of(rows, {{1, "value", 1}})});
+        const auto refused_when = [&](const char* command) {
+            Key key(item.key.size());
+            item.key.decode(item.index, key.data());
+            log.clear();
+            EXPECT_FALSE(show(store, "t", command, 1, key, false));
+            return !log.empty();
+        };
+        for (const char* command : item.fitting) EXPECT_FALSE(refused_when(command)) << command << ": " << log[0];
+        for (const char* command : item.others) EXPECT_TRUE(refused_when(command)) << command;
+    }
+    const std::map<Index, int> rows;
+    TableStore store({});
+    EXPECT_THROW(store.add({.name = "t", .show = "row {mac}", .rows = rows_of(rows, {{1, "value", 1}})}),
+                 std::invalid_argument);
+}
+
+// The same rows under other indexes, met from every place between them.
+TEST(Rows, AreShownUnderOtherIndexes) {
+    std::map<std::uint32_t, int> map;
+    for (const std::uint32_t n : {1u, 5u, 6u, 9u}) map[n] = 1;
+    const Rows rows = rows_of(map, {{1, "value", 1}});
+    const struct {
+        Rows rows;
+        std::vector<Index> indexes;
+    } cases[] = {
+        {rows.under({3}), {{3, 1}, {3, 5}, {3, 6}, {3, 9}}},
+        {rows.ending({2}), {{1, 2}, {5, 2}, {6, 2}, {9, 2}}},
+        {rows.within(5, 8), {{5}, {6}}},
+        {rows.within(5, 9, 4), {{1}, {2}, {5}}},
+    };
+    for (const auto& item : cases) {
+        std::vector<Index> met;
+        for (auto row = item.rows.from(0, {}); row; row = item.rows.after(0, row->index)) met.push_back(row->index);
+        EXPECT_EQ(met, item.indexes);
+        for (oid first = 0; first < 11; ++first)
+            for (oid second = 0; second < 4; ++second)
+                for (const Index& index : {Index{first}, Index{first, second}, Index{first, second, 0}}) {
+                    const auto at_or_after = std::lower_bound(met.begin(), met.end(), index);
+                    const auto found = item.rows.from(0, index);
+                    ASSERT_EQ(found ? found->index : Index(), at_or_after == met.end() ? Index() : *at_or_after);
+                    ASSERT_EQ(item.rows.at(0, index).has_value(), std::binary_search(met.begin(), met.end(), index));
+                }
+    }
+}
+
 // --- Patterns --------------------------------------------------------------------------------------------------------
 
 TEST(Pattern, FitsLinesFromEndToEnd) {
@@ -222,204 +353,63 @@ TEST(Pattern, FitsLinesFromEndToEnd) {
         EXPECT_THROW(Pattern{malformed}, std::invalid_argument) << malformed;
 }
 
-// --- The switch ------------------------------------------------------------------------------------------------------
+// --- The command line ------------------------------------------------------------------------------------------------
 
-struct ShownTable {
-    const char *name, *first, *keyed;
-    std::uint32_t argument_base;
-    std::size_t rows;
-    std::string columns;  // the octets of each: 4, 8, or s for a text
+struct Thing {
+    bool on = false;
+    std::uint32_t size = 0, kind = 0;
+    std::string name{};
 };
 
-const ShownTable kIfTable{"ifTable", "show interface_uib interfaces 0", "show interface_uib interfaces ", 0,
-                          28,        "4s444s4444444444444448"};
-const ShownTable kIfXTable{"ifXTable", "show interface_uib ifMIB 0", "show interface_uib ifMIB ", 0,
-                           28,         "s4444888888884444s4"};
-const ShownTable kPortTable{"swPortTable", "show swport swport_table", "show swport swport_table ", 0, 26,
-                            "44444444444"};
-const ShownTable kVlanTable{"nVlanInterfaceTable", "show vlan-interface", "show vlan-interface ", 1024, 2, "44s4"};
+TEST(Lines, SetMembersOfTheirObject) {
+    std::map<std::uint32_t, Thing> things{{1, {}}, {2, {}}};
+    Log log;
+    CommandLine line([&](const std::string& text) { log.push_back(text); });
+    const auto run = [&](int mode, const char* text) { return line.run({mode, text, "test", 1}); };
+    constexpr Mode kThing{"thing"};
+    const Lines<Thing> thing(line, {kThing}, [&](const Entered& entered, std::string& refusal) -> Thing* {
+        if (things.contains(entered.object)) return &things[entered.object];
+        refusal = "it is gone";
+        return nullptr;
+    });
+    thing.flag("on", &Thing::on);
+    thing.number("size {1..9}", &Thing::size);
+    thing.choice("kind small|large", &Thing::kind);
+    thing.text("name {text}", &Thing::name, 4);
+    line.add(kGlobal, "thing {word}", [](const Entered&, const Arguments&) { return refused("it has no number"); });
+    line.add(kGlobal, "thing {int}", [](const Entered&, const Arguments& a) { return enter(kThing, a[0].number); });
+    line.add(kAny, "anywhere", [](const Entered&, const Arguments&) { return accepted; });
 
-class Simulated : public SimulatedSwitchTest {
-protected:
-    std::optional<Value> cell(const ShownTable& table, int magic, std::uint32_t& index, bool exact) {
-        Key key(sizeof index);
-        std::memcpy(key.data(), &index, sizeof index);
-        const std::string command =
-            index == 0 ? table.first
-                       : table.keyed + std::to_string(static_cast<std::int32_t>(index + table.argument_base));
-        auto value = show(switch_, table.name, command, magic, key, exact);
-        std::memcpy(&index, key.data(), sizeof index);
-        return value;
-    }
-    std::optional<Value> get(const ShownTable& table, int magic, std::uint32_t index) {
-        return cell(table, magic, index, true);
-    }
-    std::int32_t integer(const ShownTable& table, int magic, std::uint32_t index) {
-        return static_cast<std::int32_t>(as_number(get(table, magic, index)));
-    }
-    std::optional<Value> lookup(const char* name, const std::string& command, int magic) {
-        Key none;
-        return show(switch_, name, command, magic, none, true, 4);
-    }
-    // Everything that the tables say.
-    std::map<std::string, Value> snapshot() {
-        std::map<std::string, Value> cells;
-        for (const ShownTable* table : {&kIfTable, &kIfXTable, &kPortTable, &kVlanTable})
-            for (int magic = 1; magic <= static_cast<int>(table->columns.size()); ++magic) {
-                std::uint32_t index = 0;
-                while (const auto value = cell(*table, magic, index, false))
-                    cells[table->name + ("." + std::to_string(magic)) + "." + std::to_string(index)] = *value;
-            }
-        return cells;
-    }
-};
-
-TEST_F(Simulated, TablesAreWalkedOnceInOrderAndAgreeWithGet) {
-    for (const ShownTable* table : {&kIfTable, &kIfXTable, &kPortTable, &kVlanTable})
-        for (std::size_t column = 0; column < table->columns.size(); ++column) {
-            SCOPED_TRACE(table->name + (" " + std::to_string(column + 1)));
-            const int magic = static_cast<int>(column) + 1;
-            std::uint32_t index = 0, before = 0;
-            std::size_t rows = 0;
-            for (std::optional<Value> value; (value = cell(*table, magic, index, false)); before = index, ++rows) {
-                ASSERT_GT(index, before);
-                ASSERT_EQ(get(*table, magic, index), value);
-                if (table->columns[column] != 's') {
-                    ASSERT_EQ(value->size(), std::size_t(table->columns[column] - '0'));
-                }
-            }
-            EXPECT_EQ(rows, table->rows);
-        }
-    EXPECT_EQ(log_, Log());
-    // Index 0 is the first row of a GETNEXT, and none of a GET.
-    EXPECT_FALSE(get(kIfTable, 1, 0));
-    EXPECT_FALSE(get(kIfXTable, 1, 0));
-    EXPECT_FALSE(get(kPortTable, 1, 0));
-    EXPECT_FALSE(get(kVlanTable, 1, 0));
-    EXPECT_FALSE(get(kVlanTable, 1, 5121 - 1024));
+    EXPECT_TRUE(run(5, "thing 2"));  // the more exact pattern takes it
+    for (const char* text : {"on", "size 9", "kind large", "name a b", "anywhere"}) EXPECT_TRUE(run(-1, text)) << text;
+    const Thing& second = things[2];
+    EXPECT_EQ(std::tie(second.on, second.size, second.kind, second.name), std::tuple(true, 9u, 2u, "a b"));
+    EXPECT_FALSE(things[1].on);
+    EXPECT_TRUE(run(-1, "no on"));
+    EXPECT_FALSE(second.on);
+    EXPECT_TRUE(log.empty());
+    EXPECT_FALSE(run(-1, "name abcde"));
+    things.erase(2);
+    EXPECT_FALSE(run(-1, "on"));
+    EXPECT_TRUE(contains(log.back(), "it is gone")) << log.back();
+    EXPECT_FALSE(run(5, "thing one"));
+    EXPECT_FALSE(run(-1, "on"));  // nothing is entered
+    EXPECT_TRUE(run(-1, "anywhere"));
+    EXPECT_FALSE(run(4, "anywhere"));
 }
 
-TEST_F(Simulated, ScalarsAndPortInformation) {
-    EXPECT_EQ(as_number(lookup("interfacesGlobals", "show interface_uib interfaces_g", 1)), 28u);
-    EXPECT_EQ(as_number(lookup("switchPortMIBGlobals", "show swport table_number", 1)), 26u);
-    EXPECT_FALSE(lookup("switchPortMIBGlobals", "show swport number", 1));
-    const auto information = [&](std::uint32_t port, int item) {
-        return as_number(lookup("_get_port_info", "show swport type-medium " + std::to_string(5120 + port), item));
-    };
-    EXPECT_EQ(information(1, 1), 0u);
-    EXPECT_EQ(information(1, 2), 1u);
-    EXPECT_EQ(information(21, 1), 2u);
-    EXPECT_EQ(information(21, 2), 1u);
-    EXPECT_EQ(information(22, 2), 2u);
-    EXPECT_EQ(information(25, 1), 64u | 1u << 28);
-    EXPECT_EQ(information(26, 1), 64u | 128u);
-    EXPECT_FALSE(lookup("_get_port_info", "show swport type-medium 5147", 1));
-    EXPECT_EQ(switch_.interface_name(5146), "port26");
-    EXPECT_EQ(switch_.interface_name(1034), "vlan10");
-    EXPECT_FALSE(switch_.interface_name(1035));
-}
-
-TEST_F(Simulated, WhatIsSetReadsBack) {
-    const struct {
-        std::uint32_t port;
-        const char* line;
-        const ShownTable& table;
-        int magic;
-        std::int32_t value;
-    } cases[] = {
-        {1, "shutdown", kIfTable, 7, 2},
-        {1, "no shutdown", kIfTable, 7, 1},
-        {1, "linktrap 0", kIfXTable, 14, 2},
-        {1, "linktrap 1", kIfXTable, 14, 1},
-        {1, "duplex full", kPortTable, 2, 1},
-        {1, "duplex half", kPortTable, 2, 2},
-        {1, "duplex auto", kPortTable, 2, 3},
-        {21, "duplex half copper", kPortTable, 2, 2},
-        {1, "speed 1000 slave", kPortTable, 4, -2},
-        {1, "speed 1000 master", kPortTable, 4, -1},
-        {1, "speed 10", kPortTable, 4, 1},
-        {1, "speed 10", kPortTable, 5, 1},
-        {1, "speed 100", kPortTable, 4, 2},
-        {1, "speed 1000", kPortTable, 4, 3},
-        {1, "speed auto", kPortTable, 4, 6},
-        {1, "speed auto 10", kPortTable, 4, 7},
-        {1, "speed auto 100", kPortTable, 4, 8},
-        {1, "speed auto 100", kIfXTable, 15, 100},
-        {1, "speed auto 1000", kPortTable, 4, 9},
-        {1, "speed auto 10,100", kPortTable, 4, 10},
-        {1, "speed auto 10,1000", kPortTable, 4, 11},
-        {1, "speed auto 100,1000", kPortTable, 4, 12},
-        {21, "speed 10 copper", kPortTable, 4, 1},
-        {21, "speed 1000 slave copper", kPortTable, 4, -2},
-        {21, "speed auto 10,100 copper", kPortTable, 4, 10},
-        {22, "speed 1000 fiber", kPortTable, 4, -3},
-        {22, "speed auto fiber", kPortTable, 4, 6},
-        {1, "flowcontrol send on", kPortTable, 6, 1},
-        {1, "flowcontrol receive on", kPortTable, 7, 1},
-        {1, "flowcontrol receive on", kPortTable, 8, 3},
-        {1, "flowcontrol send off", kPortTable, 6, 0},
-        {21, "flowcontrol send on copper", kPortTable, 6, 1},
-        {22, "flowcontrol receive on fiber", kPortTable, 7, 1},
-        {21, "media-type fiber auto-failover", kPortTable, 9, 1},
-        {21, "media-type copper auto-failover", kPortTable, 9, 2},
-        {21, "media-type fiber", kPortTable, 9, 3},
-        {21, "media-type fiber", kIfTable, 8, 2},  // its cable is copper
-        {21, "media-type copper", kPortTable, 9, 4},
-        {21, "media-type copper", kIfTable, 8, 1},
-        {26, "max-rcv-frame-size 12288", kPortTable, 11, 12288},
-    };
-    for (const auto& item : cases) {
-        const std::uint32_t ifindex = 5120 + item.port;
-        ASSERT_TRUE(configure(5, "interface port" + std::to_string(item.port)));
-        EXPECT_TRUE(configure(-1, item.line)) << item.line;
-        EXPECT_EQ(integer(item.table, item.magic, ifindex), item.value) << item.line;
-    }
-    EXPECT_TRUE(configure(5, "interface breakout port port25"));
-    EXPECT_EQ(integer(kPortTable, 10, 5145), 1);
-    EXPECT_TRUE(configure(5, "no interface breakout port port25"));
-    EXPECT_EQ(integer(kPortTable, 10, 5145), 2);
-
-    EXPECT_TRUE(configure(5, "interface vlan10"));
-    EXPECT_TRUE(configure(-1, "desc uplink to the core"));
-    EXPECT_EQ(*get(kIfXTable, 18, 1034), "uplink to the core");
-    EXPECT_TRUE(configure(-1, "no desc"));
-    EXPECT_EQ(*get(kIfXTable, 18, 1034), "");
-    EXPECT_EQ(log_, Log());
-}
-
-TEST_F(Simulated, SettingsOfOneMediumLeaveTheOtherAlone) {
-    EXPECT_TRUE(configure(5, "interface port21"));
+// Settings that the library does not send, or not so.
+TEST_F(OnSwitch, TakesLinesOfEitherMedium) {
+    ASSERT_TRUE(configure(5, "interface port21"));
     EXPECT_TRUE(configure(-1, "flowcontrol send on fiber"));
     EXPECT_TRUE(configure(-1, "speed 10 copper"));
-    EXPECT_EQ(integer(kPortTable, 6, 5141), 0);
+    EXPECT_EQ(get("swPortFlowControlSend", {5141}), 0);
     EXPECT_TRUE(configure(-1, "media-type fiber"));
-    EXPECT_EQ(integer(kPortTable, 6, 5141), 1);
-    EXPECT_EQ(integer(kPortTable, 4, 5141), 6);
+    EXPECT_EQ(get("swPortFlowControlSend", {5141}), 1);
+    EXPECT_EQ(get("swPortSpeed", {5141}), 6);
 }
 
-TEST_F(Simulated, VlanInterfacesComeAndGo) {
-    const auto changed = [&] { return as_number(lookup("ifMIBGlobals", "show interface_uib ifMIB_g", 1)); };
-    EXPECT_EQ(changed(), 0u);
-    now_ = std::chrono::seconds(5);
-    EXPECT_TRUE(configure(5, "interface vlan20"));
-    EXPECT_TRUE(configure(-1, "shutdown"));
-    EXPECT_EQ(changed(), 500u);
-    EXPECT_EQ(integer(kVlanTable, 2, 20), 1044);
-    EXPECT_EQ(integer(kIfTable, 7, 1044), 2);
-    EXPECT_EQ(integer(kIfXTable, 19, 1044), 500);
-    std::uint32_t index = 10;
-    EXPECT_EQ(*cell(kVlanTable, 3, index, false), "vlan20");
-    now_ = std::chrono::seconds(6);
-    EXPECT_TRUE(configure(5, "interface vlan20"));  // just entered
-    EXPECT_EQ(changed(), 500u);
-    EXPECT_TRUE(configure(5, "no interface vlan20"));
-    EXPECT_EQ(changed(), 600u);
-    EXPECT_FALSE(get(kVlanTable, 1, 20));
-    EXPECT_EQ(as_number(lookup("interfacesGlobals", "show interface_uib interfaces_g", 1)), 28u);
-    EXPECT_FALSE(configure(-1, "no shutdown"));
-}
-
-TEST_F(Simulated, RefusedLinesSayWhyAndChangeNothing) {
+TEST_F(OnSwitch, RefusesLinesWithAReasonAndChangesNothing) {
     const struct {
         const char* enter;  // null: nothing is entered before
         int mode;
@@ -461,8 +451,55 @@ TEST_F(Simulated, RefusedLinesSayWhyAndChangeNothing) {
         {"interface port1", -1, "desc \x7f", "control character"},
         // What does not come to stand in a mode, or in another than meant, is not applied to the last one.
         {"no interface breakout port port25", -1, "shutdown", "no mode was entered"},
+        {nullptr, 5, "vlan 0", "'0' does not fit"},
+        {nullptr, 5, "vlan 4095", "'4095' does not fit"},
+        {nullptr, 5, "no vlan 1", "default VLAN"},
+        {nullptr, 5, "no vlan 99", "no such VLAN"},
+        {"vlan 10", -1, "name 123456789012345678901234567890123", "at most 32"},
+        {"vlan 10", -1, "shutdown", "unknown in VLAN mode"},
+        {"interface vlan10", -1, "switchport access vlan 20", "vlan10 is no switch port"},
+        {"interface port1", -1, "switchport access vlan 99", "no such VLAN"},
+        {"interface port1", -1, "switchport hybrid allowed vlan add tagged 10", "another mode"},
+        {"interface port13", -1, "switchport access vlan 10", "another mode"},
+        {"interface port13", -1, "no switchport access vlan", "another mode"},
+        {"interface port13", -1, "switchport trunk allowed vlan add 10", "another mode"},
+        {"interface port13", -1, "switchport hybrid allowed vlan remove 30", "not in that VLAN"},
+        {"interface port17", -1, "switchport hybrid allowed vlan add tagged 10", "sends no tags"},
+        {"interface port17", -1, "switchport hybrid native vlan 5137", "'5137' does not fit"},
+        {"interface port25", -1, "switchport trunk native vlan 99", "no such VLAN"},
+        {"interface port25", -1, "switchport hybrid native vlan 10", "another mode"},
+        {"interface port1", -1, "acceptable-frame none", "'none' does not fit"},
+        {nullptr, 5, "vrf context blue", "no such VRF"},
+        {"vrf context red", -1, "ip route 10.0.0.0/8 0.0.0.0", "no host"},
+        {"vrf context red", -1, "no ip route 0.0.0.0/0 192.0.2.254", "no such static route"},
+        {nullptr, 5, "ip route 10.0.0.1/8 192.0.2.9", "after its prefix"},
+        {nullptr, 5, "ip route 10.0.0.0/8 fe80::1", "'fe80::1' does not fit"},
+        {nullptr, 5, "ip route 10.0.0.0/8 192.0.2.9 256", "'256' does not fit"},
+        {nullptr, 5, "ip route 198.51.100.0/24 10.0.10.2", "no static one"},
+        {nullptr, 5, "no ip route 198.51.100.0/24 10.0.10.2", "no such static route"},
+        {nullptr, 5, "no ip route 10.0.0.0/8 192.0.2.9", "no such static route"},
+        {nullptr, 5, "ipv6 route 2001:db8::/32  vlan 99 fe80::1", "no such VLAN"},
+        {nullptr, 5, "ipv6 route 2001:db8::/32  tunnel 128 fe80::1", "no such tunnel"},
+        {nullptr, 5, "ipv6 route 2001:db8::/32 ::", "no host"},
+        {"interface port1", -1, "ip igmp snooping", "port1 is no VLAN interface"},
+        {"interface vlan10", -1, "ip igmp snooping fast-leave", "'fast-leave' does not fit"},
+        {"interface vlan10", -1, "debugging igmp snooping snmp designate mrouter 1025  1 0 0", "another interface"},
+        {"interface vlan10", -1, "debugging mld snooping snmp mrouter 1034  1 0", "ends too early"},
+        {"interface vlan10", -1, "ip igmp snooping static-group 240.0.0.1 interface port1", "no multicast address"},
+        {"interface vlan10", -1, "ip igmp snooping static-group ff0e::1 interface port1", "'ff0e::1' does not fit"},
+        {"interface vlan10", -1, "ipv6 mld snooping static-group fe80::1 interface port1", "no multicast address"},
+        {"interface vlan10", -1, "ip igmp snooping static-group 239.0.0.1 interface vlan1", "no such port"},
+        {"interface vlan10", -1, "ip igmp snooping static-group 239.0.0.1 interface ", "ends too early"},
+        {"interface vlan10", -1, "no ip igmp snooping static-group 239.1.0.2 interface port5", "no such static group"},
+        {"interface port1", -1, "ip igmp snooping limit 2049 vlan 10", "'2049' does not fit"},
+        {"interface port1", -1, "ip igmp snooping limit 0 vlan 10", "'0' does not fit"},
+        {"interface port1", -1, "ip igmp snooping limit 1 vlan 99", "no such VLAN"},
+        {"interface port1", -1, "no limit filter vlan 99", "no such VLAN"},
+        {"interface port1", -1, "ipv6 mld snooping access-group 123456789012345678901234567890123 vlan 10",
+         "at most 32"},
+        {"interface port6", -1, "no ip igmp snooping access-group others vlan 10", "no such access group"},
     };
-    const auto before = snapshot();
+    const auto before = everything();
     for (const auto& item : cases) {
         SCOPED_TRACE(item.line);
         if (item.enter != nullptr) {
@@ -478,36 +515,7 @@ TEST_F(Simulated, RefusedLinesSayWhyAndChangeNothing) {
     ASSERT_TRUE(configure(5, "interface port1"));
     EXPECT_FALSE(configure(5, "interface port99"));
     EXPECT_FALSE(configure(-1, "max-rcv-frame-size 9000"));
-    EXPECT_EQ(snapshot(), before);
-}
-
-TEST_F(Simulated, CountersMoveWithTheClockWhileThePortIsUp) {
-    constexpr int kInOctets = 10, kOutOctets = 16, kHighIn = 6;
-    const auto high_in = [&](std::uint32_t ifindex) {
-        std::uint64_t count = 0;
-        std::memcpy(&count, get(kIfXTable, kHighIn, ifindex)->data(), sizeof count);
-        return count;
-    };
-    EXPECT_EQ(integer(kIfTable, kInOctets, 5121), 0);
-    now_ = std::chrono::hours(100);
-    const std::uint64_t after = high_in(5121);
-    EXPECT_GT(after, 0xffffffffu);
-    EXPECT_EQ(as_number(get(kIfTable, kInOctets, 5121)), static_cast<std::uint32_t>(after));
-    EXPECT_NE(high_in(5122), after);
-    EXPECT_EQ(high_in(5124), 0u);  // no cable
-    EXPECT_EQ(integer(kIfTable, kOutOctets, 5140), 0);
-
-    // A port that goes down keeps its counts, and goes on from them when it comes back.
-    ASSERT_TRUE(configure(5, "interface port1"));
-    ASSERT_TRUE(configure(-1, "shutdown"));
-    EXPECT_EQ(integer(kIfTable, 8, 5121), 2);
-    EXPECT_EQ(integer(kIfTable, 9, 5121), 36'000'000);
-    now_ += std::chrono::hours(1);
-    EXPECT_EQ(high_in(5121), after);
-    ASSERT_TRUE(configure(-1, "no shutdown"));
-    EXPECT_EQ(high_in(5121), after);
-    now_ += std::chrono::hours(100);
-    EXPECT_EQ(high_in(5121), 2 * after);
+    EXPECT_EQ(everything(), before);
 }
 
 }  // namespace

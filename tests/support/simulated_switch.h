@@ -1,54 +1,91 @@
-// Show requests and configuration lines as the library sends them, for tests of the simulated switch.
+// The library on the simulated switch: objects are read and set by name, as a manager does.
 #pragma once
 
+#include "agent/engine.h"
+#include "services/registry.h"
 #include "switch/simulated_switch.h"
-#include "switch/table_store.h"
+#include "switch/values.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <cstdint>
-#include <cstring>
-#include <optional>
+#include <map>
+#include <ostream>
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace sw {
 
-using services::ShowRequest;
-using Key = std::vector<unsigned char>;
-using Log = std::vector<std::string>;
+// A value: a number, octets, or none where there is no such instance.
+struct Fact {
+    std::variant<std::monostate, std::int64_t, std::string> is{};
 
-// One show request over memory of its own. `key` is moved by a GETNEXT; an empty one is sent as null.
-template <class Shown>
-std::optional<Value> show(Shown& shown, const std::string& name, const std::string& command, int magic, Key& key,
-                          bool exact, int result_size = 512) {
-    unsigned char result[512];
-    std::size_t length = 0;
-    ShowRequest request{
-        2,     command, result, result_size, &length, key.empty() ? nullptr : key.data(), static_cast<int>(key.size()),
-        magic, exact,   0,      name,        1};
-    if (!shown.show(request)) return {};
-    return Value(reinterpret_cast<const char*>(result), length);
-}
+    Fact() = default;
+    template <std::integral Number>
+    Fact(Number number) : is(static_cast<std::int64_t>(number)) {}
+    Fact(std::string octets) : is(std::move(octets)) {}
+    Fact(const char* text) : is(std::string(text)) {}
 
-inline std::uint32_t as_number(const std::optional<Value>& value) {
-    std::uint32_t number = 0;
-    EXPECT_TRUE(value && value->size() == sizeof number);
-    if (value && value->size() == sizeof number) std::memcpy(&number, value->data(), sizeof number);
-    return number;
-}
+    std::int64_t number() const { return std::get<std::int64_t>(is); }
+    bool operator==(const Fact&) const = default;
+};
+std::ostream& operator<<(std::ostream&, const Fact&);
+inline const Fact kNone{};
 
-inline bool contains(const std::string& text, const std::string& part) { return text.find(part) != text.npos; }
+// A SET of one object. Without a reason it is accepted and reads back; with one it changes nothing, and the switch's
+// refusal names the reason.
+struct Setting {
+    const char* object;
+    Index index;
+    Fact value;
+    const char* reason = nullptr;
+};
 
-// A switch with a clock that stands until it is moved.
-class SimulatedSwitchTest : public testing::Test {
+struct Assigned {
+    std::string object;
+    Index index;
+    Fact value;
+};
+
+// A clock that stands until it is moved, and a log of what the switch refuses.
+class OnSwitch : public testing::Test {
 protected:
+    explicit OnSwitch(const Size& size = {});
+    ~OnSwitch() override;
+
+    // A scalar has the index 0. Numbers are signed as their type is.
+    Fact get(const std::string& object, const Index& index = {0});
+    // The indexes under which a column, or a scalar, is met by GETNEXT.
+    std::vector<Index> rows(const std::string& object);
+    // The index of the row after one; empty at the column's end.
+    Index next(const std::string& object, const Index& index);
+    // One request; its error number.
+    int set(const std::vector<Assigned>& varbinds);
+    void expect(const std::vector<Setting>& settings);
+    // Everything that the switch serves, by name and index.
+    std::map<std::string, agent::Value> everything();
+
+    // Lines of modes 5 and -1, as commands make them.
     bool configure(int mode, const std::string& line) { return switch_.configure({mode, line, "test", 1}); }
 
+    // Fails the test when there is none of that name.
+    const services::Object& object(const std::string& name) const;
+
     std::chrono::milliseconds now_{0};
-    Log log_;
-    SimulatedSwitch switch_{{[this] { return now_; }, [this](const std::string& line) { log_.push_back(line); }}};
+    std::vector<std::string> log_;
+    SimulatedSwitch switch_;
+    const services::Registry& registry_;
+    agent::Engine engine_;
+
+private:
+    services::Oid name_of(const std::string& object, const Index& index) const;
 };
+
+// A port list of 12 octets.
+std::string ports(std::initializer_list<std::uint32_t> members);
+
+inline bool contains(const std::string& text, const std::string& part) { return text.find(part) != text.npos; }
 
 }  // namespace sw
