@@ -90,6 +90,10 @@ Pattern::Pattern(std::string text) : text_(std::move(text)) {
         opened = kNowhere;
     }
     if (opened != kNowhere) throw malformed("unbalanced brackets");
+    for (const Place& place : places_) {
+        if (place.type != PlaceType::literal || place.optional != 0) break;
+        beginning_ += (begins_with_++ == 0 ? "" : " ") + place.words.front();
+    }
 }
 
 Pattern::Place Pattern::parse(std::string_view word) {
@@ -180,8 +184,25 @@ bool Pattern::accept(const Place& place, std::string_view word, Argument& argume
 }
 
 Pattern::Match Pattern::match(std::string_view line) const {
-    Match match;
-    for (auto place = places_.begin(); place != places_.end();) {
+    Match result;
+    match(line, result);
+    return result;
+}
+
+void Pattern::match(std::string_view line, Match& match) const {
+    match.whole = false;
+    match.fitted = 0;
+    match.misfit = {};
+    match.arguments.clear();
+    auto place = places_.begin();
+    // Most lines begin as commands are written.
+    const std::size_t end_of_beginning = beginning_.size();
+    if (line.starts_with(beginning_) && (line.size() == end_of_beginning || line[end_of_beginning] == ' ')) {
+        line.remove_prefix(end_of_beginning);
+        place += static_cast<std::ptrdiff_t>(begins_with_);
+        match.fitted = begins_with_;
+    }
+    while (place != places_.end()) {
         // One place, or those of a pair of brackets.
         const auto end = place + static_cast<std::ptrdiff_t>(std::max<std::size_t>(place->optional, 1));
         const std::size_t before = match.arguments.size();
@@ -211,13 +232,12 @@ Pattern::Match Pattern::match(std::string_view line) const {
                 if (at->type != PlaceType::literal) match.arguments.push_back({.type = at->type});
         } else {
             match.misfit = next_word(line);
-            return match;
+            return;
         }
         place = end;
     }
     match.misfit = next_word(line);
     match.whole = match.misfit.empty();
-    return match;
 }
 
 bool Pattern::is_loose() const {

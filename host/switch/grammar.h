@@ -71,6 +71,8 @@ public:
         Arguments arguments{};
     };
     Match match(std::string_view line) const;
+    // The same into a result that is used again, whose arguments keep their room.
+    void match(std::string_view line, Match& match) const;
 
     const std::string& text() const { return text_; }
     const std::vector<Place>& places() const { return places_; }
@@ -83,6 +85,8 @@ private:
 
     std::string text_;
     std::vector<Place> places_;
+    std::string beginning_;        // the literal words that it begins with, one blank between
+    std::size_t begins_with_ = 0;  // so many
 };
 
 // The text with control characters and backslashes as "\x0a" and "\\", so that it stays on one line of a log.

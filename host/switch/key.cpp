@@ -102,7 +102,10 @@ Index KeyLayout::encode(const void* key) const {
         converter<uib_to_oid>(3 * field.kind + 1)(ids.data() + count, source, needed);
         count += static_cast<std::size_t>(needed);
     }
-    return {ids.begin(), ids.begin() + static_cast<std::ptrdiff_t>(count)};
+    Index index;
+    index.reserve(count + 1);  // for the index after it
+    index.assign(ids.begin(), ids.begin() + static_cast<std::ptrdiff_t>(count));
+    return index;
 }
 
 void KeyLayout::decode(const Index& index, void* key) const {
@@ -113,6 +116,11 @@ void KeyLayout::decode(const Index& index, void* key) const {
     std::size_t at = 0;
     for (const auto& [field, offset] : fields_) {
         auto* octets = static_cast<unsigned char*>(key) + offset;
+        if (field.kind == kInteger.kind) {
+            if (at == count) return;
+            std::memcpy(octets, &ids[at++], sizeof(oid));
+            continue;
+        }
         if (field.kind == fixed_string(0).kind) {
             if (at + field.octets > count) return;
             for (std::size_t i = 0; i < field.octets; ++i) octets[i] = static_cast<unsigned char>(ids[at + i]);

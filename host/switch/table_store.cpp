@@ -250,7 +250,8 @@ std::optional<Answer> TableStore::find(const Entry& entry, const services::ShowR
         refusal = fmt::format("its class is {} instead of {}", request.request_class, table.request_class);
         return {};
     }
-    const Pattern::Match match = entry.pattern.match(request.command);
+    thread_local Pattern::Match match;  // keeps the room for its arguments
+    entry.pattern.match(request.command, match);
     if (!match.whole) {
         refusal = fmt::format("expected '{}'", entry.pattern.text());
         return {};

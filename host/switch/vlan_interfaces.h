@@ -15,11 +15,6 @@ public:
     static bool is_one(std::uint32_t ifindex) {
         return ifindex > kVlanIfIndexBase && ifindex <= kVlanIfIndexBase + kLastVlan;
     }
-    // Those among the interfaces that are VLAN interfaces.
-    Rows rows(Columns<Interface> columns) const {
-        return rows_of(interfaces_.all(), std::move(columns))
-            .within(kVlanIfIndexBase + 1, kVlanIfIndexBase + kLastVlan);
-    }
     // Lines of interface mode that VLAN interfaces alone take.
     Lines<Interface> lines(Description& d) {
         return interfaces_.lines(d, kVlanIfIndexBase + 1, kVlanIfIndexBase + kLastVlan, "VLAN interface");
