@@ -1,5 +1,6 @@
-// Any datagram to an agent without objects: it is dropped, or answered with a response to exactly that request.
+// Any datagram to an agent with its own groups: it is dropped, or answered with a response to exactly that request.
 #include "agent/responder.h"
+#include "agent/standard_groups.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -18,9 +19,11 @@ void require(bool holds, const char* what) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const services::Registry registry{std::vector<services::Registration>{}};
+    static agent::StandardGroups groups({}, [] { return std::chrono::milliseconds(0); });
+    static const services::Registry registry{agent::StandardGroups::registrations()};
     static agent::Engine engine(registry);
     static agent::Responder responder(engine, {"public", "private", kMaxResponse});
+    groups.counters = &responder.counters();
 
     const auto octets = responder.respond({data, size});
     if (!octets) return 0;

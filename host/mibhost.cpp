@@ -70,7 +70,7 @@ int run(const std::vector<std::string>& words) {
         default: break;
     }
 
-    const tool::Session session(options.library);
+    tool::Session session(options.library);
     const services::Registry& registry = session.registry();
     if (!registry.has_names())
         fmt::print(stderr, "mibhost: {} was built without names: objects and indexes go by number\n",
@@ -81,6 +81,7 @@ int run(const std::vector<std::string>& words) {
     }
     services::services().context = {options.vrf, options.snmp_context, false};
     sw::SimulatedSwitch simulated(tool::simulation(options));
+    session.groups().up_time = [&] { return simulated.up_time(); };
     return options.command == tool::Command::explain ? explain(options, registry, simulated)
                                                      : walk(options, registry, simulated);
 }

@@ -2,8 +2,10 @@
 #include "agent/ber.h"
 #include "agent/engine.h"
 #include "agent/message.h"
+#include "agent/output.h"
 #include "agent/responder.h"
 #include "agent/server.h"
+#include "agent/standard_groups.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,8 +15,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstring>
 #include <iterator>
 #include <map>
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <utility>
@@ -101,8 +107,13 @@ TEST(Ber, LongerFormsOfTheSameValueAreRead) {
     const std::vector<std::pair<std::string, Value>> cases{
         {"02040000007f", Value::integer(127)},
         {"0284000000017f", Value::integer(127)},
+        {"028a000000000000000000017f", Value::integer(127)},
+        {"0205ff80000000", Value::integer(-2147483647 - 1)},
+        {"020a0000000000000000007f", Value::integer(127)},
         {"4205000000007f", Value::unsigned32(kGauge32, 127)},
+        {"420700000000000001", Value::unsigned32(kGauge32, 1)},
         {"4609000000000000000001", Value::counter64(1)},
+        {"460b000000ffffffffffffff00", Value::counter64(0xffffffffffffff00)},
     };
     for (const auto& [hex, value] : cases) EXPECT_EQ(ber::Reader(from_hex(hex)).value(), value) << hex;
 }
@@ -115,18 +126,18 @@ TEST(Ber, WhatIsNoValueIsRefused) {
                                                            "0202",
                                                            "020201",
                                                            "0280010000",
-                                                           "0285000000000100",
+                                                           "0285000000000200",
+                                                           "02890000000100000000017f",
                                                            "0284ffffffff00",
                                                            "0281",
                                                            "02ff01",
-                                                           "02050000000001",  // INTEGER of 5 octets
+                                                           "02050080000000",  // INTEGER: too large, too small
+                                                           "0205ff7fffffff",
                                                            "4201ff",
                                                            "42050100000000",
-                                                           "4206000000000001",
-                                                           "4200",  // Gauge32: negative, too large, too long, empty
+                                                           "4200",  // Gauge32: negative, too large, empty
                                                            "46090100000000000000"
                                                            "00",
-                                                           "460a00000000000000000001",
                                                            "0600",
                                                            "060181",
                                                            "06028001",
@@ -149,7 +160,7 @@ TEST(Ber, WhatIsNoValueIsRefused) {
 namespace {
 
 // Objects 1 to 6 below kRoot, with rows as a test says. 1 and 2 are INTEGERs, 3 a Counter64, 4 an OCTET STRING,
-// 5 an OBJECT IDENTIFIER and 6 an INTEGER; object n has magic n.
+// 5 an OBJECT IDENTIFIER, the one that is registered read-only, and 6 an INTEGER; object n has magic n.
 struct Script {
     std::map<Oid, Octets> rows;
     std::map<Oid, Oid> misplaced;               // a row's name in the answer to a GETNEXT
@@ -275,7 +286,8 @@ protected:
         std::vector<VariableEntry> entries;
         for (const std::uint8_t type : {kInteger, kInteger, kCounter64, kOctetString, kObjectId, kInteger}) {
             const auto magic = static_cast<std::uint8_t>(entries.size() + 1);
-            entries.push_back({magic, type, 2, read_row, 1, {magic}});
+            const std::uint16_t access = type == kObjectId ? 1 : 2;
+            entries.push_back({magic, type, access, read_row, 1, {magic}});
         }
         return entries;
     }
@@ -324,6 +336,9 @@ TEST_F(AgentTest, GetNextFollowsTheOrderOfOids) {
         EXPECT_THAT(after(name, kVersion2c), ElementsAre(v2c));
         EXPECT_THAT(after(name, kVersion1), ElementsAre(v1));
     }
+    script.reads = 0;
+    after(below({2, 3}), kVersion1);
+    EXPECT_EQ(script.reads, 2);  // objects 2 and 4; no row of object 3 is looked at
     Oid longest = below({1, 1});
     longest.resize(128, 9);
     EXPECT_THAT(after(longest, kVersion2c), ElementsAre("1.2"));
@@ -378,6 +393,29 @@ TEST_F(AgentTest, GetBulkIsBoundedByTheResponsesSize) {
     EXPECT_LT(script.reads, 200);
 }
 
+TEST_F(AgentTest, TheCostOfARequestIsBoundedByItsVarbinds) {
+    script.writable = {1};
+    ResponderOptions options{"public", "private"};
+    options.max_varbinds = 3;
+    options.max_bulk_varbinds = 5;
+    Responder bounded(engine, options);
+    const auto answer = [&](std::uint8_t pdu, std::size_t varbinds, std::int32_t repetitions = 0) {
+        script.reads = 0;
+        const auto bound = std::vector<Varbind>(varbinds, {below({1, 1}), Value::integer(1)});
+        return decode(bounded.respond(request(pdu, bound, kVersion2c, "private", 0, repetitions)).value());
+    };
+    for (const std::uint8_t pdu : {kGetRequest, kGetNextRequest, kSetRequest, kGetBulkRequest}) {
+        EXPECT_EQ(error(answer(pdu, 3)), Error());
+        EXPECT_EQ(error(answer(pdu, 4)), Error(kTooBig, 0));
+        EXPECT_EQ(script.reads, 0);
+    }
+    EXPECT_THAT(shown(answer(kGetBulkRequest, 2, 2147483647)), ElementsAre("1.2", "1.2", "1.3", "1.3", "2.1"));
+    EXPECT_EQ(script.reads, 6);  // one more at the end of object 1
+
+    EXPECT_EQ(error(ask(kGetRequest, std::vector<Oid>(128, below({1, 1})))), Error());
+    EXPECT_EQ(error(ask(kGetRequest, std::vector<Oid>(129, below({1, 1})))), Error(kTooBig, 0));
+}
+
 TEST_F(AgentTest, WhatDoesNotFitIsTooBig) {
     script.rows[below({4, 0})] = Octets(1000, 'x');
     for (const std::uint8_t pdu : {kGetRequest, kGetNextRequest}) {
@@ -413,6 +451,18 @@ TEST_F(AgentTest, CommunitiesReadAndWrite) {
         EXPECT_FALSE(responder.respond(request(kGetRequest, value, kVersion2c, community)));
     EXPECT_EQ(responder.counters().wrong_community, 4u);
     EXPECT_FALSE(Responder(engine, {}).respond(request(kSetRequest, value, kVersion2c, "private")));
+
+    for (const auto& [read, write, reason] :
+         std::vector<std::tuple<std::string, std::string, std::string>>{{"", "private", "the community is empty"},
+                                                                        {"public", "", "the write community is empty"},
+                                                                        {"public", "public", "another"}}) {
+        try {
+            const Responder refused(engine, {read, write});
+            ADD_FAILURE() << "'" << read << "' and '" << write << "' are taken";
+        } catch (const std::invalid_argument& error) {
+            EXPECT_THAT(error.what(), HasSubstr(reason));
+        }
+    }
 }
 
 TEST_F(AgentTest, WhatIsNoRequestIsDroppedAndCounted) {
@@ -430,6 +480,10 @@ TEST_F(AgentTest, WhatIsNoRequestIsDroppedAndCounted) {
     ASSERT_TRUE(responder.respond(by_hand({{"0101", "0500"}})));
     for (const Level level : {Level::varbind, Level::varbinds, Level::pdu, Level::message})
         malformed.push_back(by_hand({{"0101", "0500"}}, level));
+    for (const Value& value : {Value::counter64(1), Value{kNoSuchInstance, {}}, Value{kEndOfMibView, {}}}) {
+        ASSERT_TRUE(responder.respond(request(kGetRequest, {{below({1, 1}), value}})));
+        malformed.push_back(request(kGetRequest, {{below({1, 1}), value}}, kVersion1));
+    }
     for (const char* hex : {"3003020101", "300b02010104067075626c6963", "3080020101", "05000500"})
         malformed.push_back(from_hex(hex));
     for (const Octets& datagram : malformed) EXPECT_FALSE(responder.respond(datagram)) << to_hex(datagram);
@@ -443,9 +497,9 @@ TEST_F(AgentTest, WhatIsNoRequestIsDroppedAndCounted) {
     EXPECT_EQ(responder.counters().unsupported_pdu, 7u);
     EXPECT_EQ(dropped.size(), malformed.size() + 10);
     EXPECT_THAT(dropped.back(), HasSubstr("PDU"));
-    EXPECT_EQ(messages, 2);  // the well-formed request and its response
-    EXPECT_EQ(responder.counters().answered, 1u);
-    EXPECT_EQ(responder.counters().received, dropped.size() + 1);
+    EXPECT_EQ(messages, 2 * 4);  // the well-formed requests and their responses
+    EXPECT_EQ(responder.counters().answered, 4u);
+    EXPECT_EQ(responder.counters().received, dropped.size() + 4);
 }
 
 // --- SET -------------------------------------------------------------------------------------------------------------
@@ -502,11 +556,16 @@ TEST_F(SetTest, TheFirstErrorEndsTheRequest) {
     }
 }
 
-TEST_F(SetTest, WhatHasNoWriteMethodIsNotWritableBeforeAnyPhase) {
-    for (const std::vector<int>& magics : {std::vector{1, 6}, std::vector{1, 9}}) {
-        const SetResult result = set(magics);
-        EXPECT_EQ(result.status, kNotWritable);
-        EXPECT_EQ(result.index, 2u);
+TEST_F(SetTest, WhatHasNoWriteMethodIsRefusedBeforeAnyPhase) {
+    script.rows[below({5, 1})] = Value::object_id({1, 3}).octets;
+    for (const auto& [name, status] : std::vector<std::pair<Oid, int>>{{below({6, 1}), kNotWritable},
+                                                                       {below({6, 99}), kNoCreation},
+                                                                       {below({5, 1}), kNotWritable},
+                                                                       {below({5, 99}), kNotWritable},
+                                                                       {below({9, 1}), kNotWritable}}) {
+        const std::vector<Varbind> varbinds{{below({1, 1}), Value::integer(1)}, {name, Value::integer(1)}};
+        EXPECT_EQ(error(ask(request(kSetRequest, varbinds, kVersion2c, "private"))), Error(status, 2));
+        EXPECT_EQ(error(ask(request(kSetRequest, varbinds, kVersion1, "private"))), Error(kNoSuchName, 2));
     }
     EXPECT_THAT(script.calls, IsEmpty());
     EXPECT_EQ(engine.set({}).status, kNoError);
@@ -542,7 +601,9 @@ TEST_F(SetTest, Version1HasFewerErrors) {
     const std::vector<Varbind> varbinds{{below({1, 1}), Value::integer(1)}, {below({2, 1}), Value::integer(1)}};
     for (const auto& [v2c, v1] : statuses) {
         script.errors = {{{0, 2}, v2c}};
-        EXPECT_EQ(error(ask(request(kSetRequest, varbinds, kVersion2c, "private"))), Error(v2c, 2));
+        // SNMPv2c has noCreation where a write method says noSuchName.
+        EXPECT_EQ(error(ask(request(kSetRequest, varbinds, kVersion2c, "private"))),
+                  Error(v2c == kNoSuchName ? kNoCreation : v2c, 2));
         EXPECT_EQ(error(ask(request(kSetRequest, varbinds, kVersion1, "private"))), Error(v1, 2));
     }
 }
@@ -556,37 +617,189 @@ TEST_F(SetTest, ValuesArriveInMachineOrder) {
     EXPECT_EQ(script.values[2], text("ab"));
 }
 
-// --- the socket ------------------------------------------------------------------------------------------------------
+// --- the agent's own groups ------------------------------------------------------------------------------------------
+
+namespace {
+
+const Oid kSystem{1, 3, 6, 1, 2, 1, 1};
+const Oid kSnmp{1, 3, 6, 1, 2, 1, 11};
+const Oid kContact{1, 3, 6, 1, 2, 1, 1, 4, 0};
+const Oid kName{1, 3, 6, 1, 2, 1, 1, 5, 0};
+
+class StandardGroupsTest : public AgentTest {
+protected:
+    StandardGroupsTest() {
+        groups.counters = &own_responder.counters();
+        script.writable = {1};
+    }
+    Message answer(const Octets& datagram) { return decode(own_responder.respond(datagram).value()); }
+    Error set(const std::vector<Varbind>& varbinds) {
+        return error(answer(request(kSetRequest, varbinds, kVersion2c, "private")));
+    }
+    Value get(const Oid& name) { return own_engine.get(name).value; }
+
+    static std::vector<services::Registration> with(services::Registration module) {
+        auto all = StandardGroups::registrations();
+        all.push_back(std::move(module));
+        return all;
+    }
+
+    const services::Registration module{"scripted", kRoot, entries.data(), entries.size()};
+    StandardGroups groups{{module}, [] { return std::chrono::milliseconds(123456); }};
+    const services::Registry own_registry{with(module)};
+    Engine own_engine{own_registry};
+    Responder own_responder{own_engine, {"public", "private"}};
+};
+
+}  // namespace
+
+TEST_F(StandardGroupsTest, AreWalkedBeforeTheModules) {
+    const auto value_of = [&](const VarbindView& varbind) { return services::to_string(varbind.copy().name); };
+    std::vector<std::string> names;
+    Engine::Walk walk(own_engine, Oid{0, 0});
+    for (auto found = walk.next(); !found.value.is_exception(); found = walk.next()) names.push_back(value_of(found));
+    std::vector<std::string> expected;
+    for (const char* object : {"1.0", "2.0", "3.0", "4.0", "5.0", "6.0", "7.0", "8.0", "9.1.2.1", "9.1.3.1", "9.1.4.1"})
+        expected.push_back(services::to_string(kSystem) + '.' + object);
+    for (const char* object : {"1.0", "3.0", "4.0", "5.0", "6.0", "30.0", "31.0", "32.0"})
+        expected.push_back(services::to_string(kSnmp) + '.' + object);
+    ASSERT_GT(names.size(), expected.size());
+    names.resize(expected.size());
+    EXPECT_EQ(names, expected);
+
+    EXPECT_EQ(get({1, 3, 6, 1, 2, 1, 1, 3, 0}), Value::unsigned32(kTimeTicks, 12345));
+    EXPECT_EQ(get({1, 3, 6, 1, 2, 1, 1, 9, 1, 2, 1}), Value::object_id(kRoot));
+    EXPECT_EQ(get({1, 3, 6, 1, 2, 1, 1, 9, 1, 3, 1}), Value::octet_string(text("scripted")));
+    for (const Oid& index : {Oid{0}, Oid{2}, Oid{1, 0}, Oid{4294967295}, Oid{}}) {
+        Oid name{1, 3, 6, 1, 2, 1, 1, 9, 1, 2};
+        name.insert(name.end(), index.begin(), index.end());
+        EXPECT_EQ(get(name).tag, kNoSuchInstance) << services::to_string(name);
+        EXPECT_GT(own_engine.next(name).name, name);
+    }
+}
+
+TEST_F(StandardGroupsTest, TextsAreSetAsAWholeRequestOrNotAtAll) {
+    const auto value = [](const std::string& octets) { return Value::octet_string(text(octets)); };
+    const Value before = get(kName);
+    EXPECT_EQ(set({{kName, value("lab")}, {kContact, value(std::string(255, 'x'))}}), Error());
+    EXPECT_EQ(get(kName), value("lab"));
+    EXPECT_EQ(get(kContact), value(std::string(255, 'x')));
+    EXPECT_EQ(set({{kContact, value("")}}), Error());
+    EXPECT_EQ(get(kContact), value(""));
+
+    EXPECT_EQ(set({{kName, Value::integer(1)}}), Error(kWrongType, 1));
+    EXPECT_EQ(set({{kName, value(std::string(256, 'x'))}}), Error(kWrongLength, 1));
+    EXPECT_EQ(set({{kName, value("caf\xc3\xa9")}}), Error(kWrongValue, 1));
+    EXPECT_EQ(set({{{1, 3, 6, 1, 2, 1, 1, 5, 1}, value("x")}}), Error(kNoCreation, 1));
+    EXPECT_EQ(set({{{1, 3, 6, 1, 2, 1, 1, 1, 0}, value("x")}}), Error(kNotWritable, 1));
+
+    // Undone with the rest of the request, also where the request sets it twice.
+    script.errors = {{{kAction, 1}, kGenErr}};
+    EXPECT_EQ(set({{kName, value("a")}, {kName, value("b")}, {below({1, 1}), Value::integer(1)}}), Error(kGenErr, 3));
+    EXPECT_EQ(get(kName), value("lab"));
+    EXPECT_NE(before, value("lab"));
+}
+
+TEST_F(StandardGroupsTest, SnmpCountsWhatCameIn) {
+    const auto count = [&](oid object) {
+        const Value value = get({1, 3, 6, 1, 2, 1, 11, object, 0});
+        EXPECT_EQ(value.tag, kCounter32);
+        std::uint32_t number = 0;
+        std::memcpy(&number, value.octets.data(), sizeof number);
+        return number;
+    };
+    own_responder.respond(text("garbage"));
+    own_responder.respond(request(kGetRequest, {{below({1, 1}), Value::counter64(1)}}, kVersion1));
+    for (int i = 0; i < 3; ++i) own_responder.respond(request(kGetRequest, {}, 7));
+    for (int i = 0; i < 4; ++i) own_responder.respond(request(kGetRequest, {}, kVersion2c, "stranger"));
+    for (int i = 0; i < 5; ++i) own_responder.respond(request(kSetRequest, {}));
+    EXPECT_EQ(count(1), 14u);
+    EXPECT_EQ(count(3), 3u);
+    EXPECT_EQ(count(4), 4u);
+    EXPECT_EQ(count(5), 5u);
+    EXPECT_EQ(count(6), 2u);
+}
+
+// --- the socket and the log ------------------------------------------------------------------------------------------
+
+namespace {
+
+// A connected client: it takes answers from the address that it asked alone.
+class Client {
+public:
+    Client(const std::string& address, std::uint16_t port)
+        : socket_(::socket(address.find(':') == std::string::npos ? AF_INET : AF_INET6, SOCK_DGRAM, 0)) {
+        const timeval limit{5, 0};
+        ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+        sockaddr_in to{};
+        to.sin_family = AF_INET;
+        to.sin_port = htons(port);
+        sockaddr_in6 to6{};
+        to6.sin6_family = AF_INET6;
+        to6.sin6_port = htons(port);
+        const bool is_v4 = ::inet_pton(AF_INET, address.c_str(), &to.sin_addr) == 1;
+        ::inet_pton(AF_INET6, address.c_str(), &to6.sin6_addr);
+        const auto* const target = is_v4 ? reinterpret_cast<const sockaddr*>(&to) : reinterpret_cast<sockaddr*>(&to6);
+        EXPECT_EQ(::connect(socket_, target, is_v4 ? sizeof to : sizeof to6), 0) << address;
+    }
+    ~Client() { ::close(socket_); }
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
+
+    void send(const Octets& datagram) { ::send(socket_, datagram.data(), datagram.size(), 0); }
+    std::optional<Octets> receive() {
+        Octets datagram(1500);
+        const ssize_t size = ::recv(socket_, datagram.data(), datagram.size(), 0);
+        if (size <= 0) return std::nullopt;
+        datagram.resize(static_cast<std::size_t>(size));
+        return datagram;
+    }
+
+private:
+    int socket_;
+};
+
+}  // namespace
 
 TEST_F(AgentTest, TheServerAnswersDatagramsUntilItIsStopped) {
     Server server(responder, "127.0.0.1", 0);
     EXPECT_EQ(server.endpoint(), "127.0.0.1:" + std::to_string(server.port()));
     std::thread thread([&] { server.run(); });
 
-    const int client = ::socket(AF_INET, SOCK_DGRAM, 0);
-    const timeval limit{5, 0};
-    ::setsockopt(client, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-    sockaddr_in to{};
-    to.sin_family = AF_INET;
-    to.sin_port = htons(server.port());
-    to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    ASSERT_EQ(::connect(client, reinterpret_cast<const sockaddr*>(&to), sizeof to), 0);
-    const Octets datagram = request(kGetRequest, unbound({below({1, 1})}));
+    Client client("127.0.0.1", server.port());
     for (int round = 0; round < 3; ++round) {
-        ::send(client, "garbage", 7, 0);
-        ::send(client, nullptr, 0, 0);
-        ::send(client, datagram.data(), datagram.size(), 0);
-        Octets response(1500);
-        const ssize_t size = ::recv(client, response.data(), response.size(), 0);
-        EXPECT_GT(size, 0);
-        if (size <= 0) break;
-        response.resize(static_cast<std::size_t>(size));
-        EXPECT_THAT(shown(decode(response)), ElementsAre("1.1"));
+        client.send(text("garbage"));
+        client.send({});
+        client.send(request(kGetRequest, unbound({below({1, 1})})));
+        const auto response = client.receive();
+        EXPECT_TRUE(response);
+        if (!response) break;
+        EXPECT_THAT(shown(decode(*response)), ElementsAre("1.1"));
     }
-    ::close(client);
     server.stop();
     thread.join();
     EXPECT_EQ(responder.counters().malformed, 6u);
+}
+
+TEST_F(AgentTest, AnswersLeaveFromTheAddressThatWasAsked) {
+    for (const auto& [listen, asked] : std::vector<std::pair<std::string, std::vector<std::string>>>{
+             {"0.0.0.0", {"127.0.0.1", "127.0.0.2"}}, {"::", {"::1", "127.0.0.2"}}}) {
+        std::optional<Server> server;
+        try {
+            server.emplace(responder, listen, std::uint16_t{0});
+        } catch (const std::runtime_error&) {
+            if (listen == "0.0.0.0") throw;
+            continue;  // a machine without IPv6
+        }
+        std::thread thread([&] { server->run(); });
+        for (const std::string& address : asked) {
+            Client client(address, server->port());
+            client.send(request(kGetRequest, unbound({below({1, 1})})));
+            EXPECT_TRUE(client.receive()) << listen << " asked at " << address;
+        }
+        server->stop();
+        thread.join();
+    }
 }
 
 TEST_F(AgentTest, AnAddressThatCannotBeListenedOnIsNamed) {
@@ -600,6 +813,25 @@ TEST_F(AgentTest, AnAddressThatCannotBeListenedOnIsNamed) {
             EXPECT_THAT(error.what(), HasSubstr(address));
         }
     }
+}
+
+TEST(LineLimit, CountsWhatItLeavesOut) {
+    std::vector<std::string> lines;
+    std::chrono::steady_clock::time_point now{};
+    LineLimit limit(
+        2, [&](const std::string& line) { lines.push_back(line); }, [&] { return now; });
+    const auto limited = [&](const char* line) {
+        if (limit.pass()) lines.push_back(line);
+    };
+    for (const char* line : {"a", "b", "c"}) limited(line);
+    now += std::chrono::milliseconds(999);
+    limited("d");
+    now += std::chrono::milliseconds(1);
+    for (const char* line : {"e", "f", "g"}) limited(line);
+    limit.flush();
+    limit.flush();
+    EXPECT_THAT(lines, ElementsAre("a", "b", "2 lines left out: more than 2 a second", "e", "f",
+                                   "1 line left out: more than 2 a second"));
 }
 
 }  // namespace tests

@@ -455,7 +455,7 @@ TEST_F(HostTest, RegisteredObjectsStandInOidOrderUnderTheirFullNames) {
     EXPECT_EQ(registry.modules(), 2u);
     EXPECT_EQ(registry.find({1, 3, 2, 2, 1, 7}), &registry.objects()[1]);
     EXPECT_EQ(registry.find({1, 3, 2, 2, 2}), nullptr);
-    EXPECT_EQ(registry.behind({1, 3, 2, 2, 1}), 2u);
+    EXPECT_EQ(registry.locate(Oid{1, 3, 2, 2, 1}).after, 2u);
     EXPECT_EQ(registry.format({1, 3, 2, 10, 4}), "1.3.2.10.4");  // no library, no names
     EXPECT_EQ(registry.parse("late.3"), (Oid{1, 3, 2, 3}));
 }

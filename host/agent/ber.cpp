@@ -1,55 +1,136 @@
 #include "agent/ber.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
+#include <iterator>
 
 namespace agent::ber {
 namespace {
 
-void append_length(Octets& out, std::size_t length) {
-    if (length < 0x80) {
-        out.push_back(static_cast<std::uint8_t>(length));
-        return;
-    }
-    int count = 1;
+// --- sizes of contents -----------------------------------------------------------------------------------------------
+
+std::size_t length_octets(std::size_t length) {
+    if (length < 0x80) return 1;
+    std::size_t count = 1;
     while (count < 4 && length >> (8 * count) != 0) ++count;
-    out.push_back(static_cast<std::uint8_t>(0x80 | count));
-    while (count-- > 0) out.push_back(static_cast<std::uint8_t>(length >> (8 * count)));
+    return 1 + count;
 }
 
-void append_unsigned(Octets& out, std::uint8_t tag, std::uint64_t number) {
-    std::uint8_t contents[9] = {};
-    for (int i = 0; i < 8; ++i) contents[8 - i] = static_cast<std::uint8_t>(number >> (8 * i));
-    // As few octets as keep the sign bit clear.
-    const std::uint8_t* first = contents;
-    while (first < contents + 8 && first[0] == 0 && first[1] < 0x80) ++first;
-    append(out, tag, {first, contents + 9});
+std::size_t sub_id_octets(std::uint64_t id) {
+    std::size_t count = 1;
+    while (id >>= 7) ++count;
+    return count;
 }
 
-void append_sub_id(Octets& out, std::uint64_t id) {
-    int shift = 0;
-    while (id >> (shift + 7) != 0) shift += 7;
-    for (; shift > 0; shift -= 7) out.push_back(static_cast<std::uint8_t>(0x80 | (id >> shift & 0x7f)));
-    out.push_back(static_cast<std::uint8_t>(id & 0x7f));
+// As few octets as keep the sign.
+std::size_t signed_octets(std::int32_t number) {
+    const auto magnitude = static_cast<std::uint32_t>(number < 0 ? ~number : number);
+    return static_cast<std::size_t>(std::bit_width(magnitude)) / 8 + 1;
+}
+
+// As few octets as keep the sign bit clear.
+std::size_t unsigned_octets(std::uint64_t number) { return static_cast<std::size_t>(std::bit_width(number)) / 8 + 1; }
+
+// The first two sub-identifiers share one on the wire.
+std::uint64_t first_sub_id(std::span<const oid> ids) {
+    return (ids.empty() ? 0 : std::uint64_t{ids[0]} * 40) + (ids.size() < 2 ? 0 : ids[1]);
+}
+
+std::size_t object_id_octets(std::span<const oid> ids) {
+    std::size_t octets = sub_id_octets(first_sub_id(ids));
+    for (std::size_t i = 2; i < ids.size(); ++i) octets += ids[i] < 0x80 ? 1 : sub_id_octets(ids[i]);
+    return octets;
 }
 
 template <class Number>
-Number machine_order(const Value& value) {
+Number machine_order(const ValueView& value) {
     Number number;
     std::memcpy(&number, value.octets.data(), sizeof number);
     return number;
 }
 
-Oid object_id_in(const Value& value) {
-    Oid oid(value.octets.size() / sizeof(::oid));
-    if (!oid.empty()) std::memcpy(oid.data(), value.octets.data(), oid.size() * sizeof(::oid));
-    return oid;
+// The OBJECT IDENTIFIER in a value, which need not lie aligned; of a longer one than there may be its beginning.
+class ObjectIdIn {
+public:
+    explicit ObjectIdIn(const ValueView& value) : count_(std::min(value.octets.size() / sizeof(oid), std::size(ids_))) {
+        if (count_ > 0) std::memcpy(ids_, value.octets.data(), count_ * sizeof(oid));
+    }
+    std::span<const oid> ids() const { return {ids_, count_}; }
+
+private:
+    oid ids_[services::kMaxSubIds + 1];
+    std::size_t count_;
+};
+
+bool well_formed(std::span<const oid> ids) {
+    if (ids.size() < 2 || ids.size() > services::kMaxSubIds || ids[0] > 2) return false;
+    return ids[0] == 2 ? ids[1] <= UINT32_MAX - 80 : ids[1] < 40;
 }
 
-// The first two sub-identifiers share one on the wire.
-bool well_formed(const Oid& oid) {
-    if (oid.size() < 2 || oid.size() > services::kMaxSubIds || oid[0] > 2) return false;
-    return oid[0] == 2 ? oid[1] <= UINT32_MAX - 80 : oid[1] < 40;
+// --- writing into room that is large enough; what follows is returned -------------------------------------------------
+
+// The lowest octets of a number, the highest one first.
+std::uint8_t* put_number(std::uint8_t* at, std::uint64_t number, std::size_t octets) {
+    while (octets-- > 0) *at++ = octets < sizeof number ? static_cast<std::uint8_t>(number >> (8 * octets)) : 0;
+    return at;
+}
+
+std::uint8_t* put_head(std::uint8_t* at, std::uint8_t tag, std::size_t length) {
+    *at++ = tag;
+    const std::size_t more = length_octets(length) - 1;
+    if (more == 0) return put_number(at, length, 1);
+    *at++ = static_cast<std::uint8_t>(0x80 | more);
+    return put_number(at, length, more);
+}
+
+std::uint8_t* put_sub_id(std::uint8_t* at, std::uint64_t id) {
+    for (std::size_t more = sub_id_octets(id) - 1; more > 0; --more)
+        *at++ = static_cast<std::uint8_t>(0x80 | (id >> (7 * more) & 0x7f));
+    *at++ = static_cast<std::uint8_t>(id & 0x7f);
+    return at;
+}
+
+std::uint8_t* put_object_id(std::uint8_t* at, std::span<const oid> ids) {
+    at = put_sub_id(at, first_sub_id(ids));
+    for (std::size_t i = 2; i < ids.size(); ++i) {
+        if (ids[i] < 0x80)
+            *at++ = static_cast<std::uint8_t>(ids[i]);
+        else
+            at = put_sub_id(at, ids[i]);
+    }
+    return at;
+}
+
+std::size_t contents_octets(const ValueView& value) {
+    switch (value.tag) {
+        case kInteger: return signed_octets(machine_order<std::int32_t>(value));
+        case kCounter32:
+        case kGauge32:
+        case kTimeTicks: return unsigned_octets(machine_order<std::uint32_t>(value));
+        case kCounter64: return unsigned_octets(machine_order<std::uint64_t>(value));
+        case kObjectId: return object_id_octets(ObjectIdIn(value).ids());
+        default: return value.octets.size();
+    }
+}
+
+std::uint8_t* put_value(std::uint8_t* at, const ValueView& value, std::size_t octets) {
+    at = put_head(at, value.tag, octets);
+    switch (value.tag) {
+        case kInteger:
+        case kCounter32:
+        case kGauge32:
+        case kTimeTicks: return put_number(at, machine_order<std::uint32_t>(value), octets);
+        case kCounter64: return put_number(at, machine_order<std::uint64_t>(value), octets);
+        case kObjectId: return put_object_id(at, ObjectIdIn(value).ids());
+        default: return std::ranges::copy(value.octets, at).out;
+    }
+}
+
+std::uint8_t* grow(Octets& out, std::size_t octets) {
+    const std::size_t before = out.size();
+    out.resize(before + octets);
+    return out.data() + before;
 }
 
 }  // namespace
@@ -57,7 +138,7 @@ bool well_formed(const Oid& oid) {
 // --- Reader ----------------------------------------------------------------------------------------------------------
 
 void Reader::expect_end() const {
-    if (!at_end()) throw Error("octets behind the end of an element");
+    if (!at_end()) throw Error("octets after the end of an element");
 }
 
 std::uint8_t Reader::next_tag() const {
@@ -72,10 +153,13 @@ std::span<const std::uint8_t> Reader::contents(std::uint8_t tag) {
     std::size_t head = 2;
     if (length >= 0x80) {
         const std::size_t count = length & 0x7f;
-        if (count == 0 || count > 4) throw Error("a length of indefinite form or of more than 4 octets");
+        if (count == 0) throw Error("a length of indefinite form");
         if (left_.size() < head + count) throw Error("an element that is cut short");
         length = 0;
-        for (; head < 2 + count; ++head) length = length << 8 | left_[head];
+        for (; head < 2 + count; ++head) {
+            if (length > left_.size()) throw Error("an element that is cut short");
+            length = length << 8 | left_[head];
+        }
     }
     if (length > left_.size() - head) throw Error("an element that is cut short");
     const auto found = left_.subspan(head, length);
@@ -84,8 +168,9 @@ std::span<const std::uint8_t> Reader::contents(std::uint8_t tag) {
 }
 
 std::int32_t Reader::integer(std::uint8_t tag) {
-    const auto octets = contents(tag);
-    if (octets.empty() || octets.size() > 4) throw Error("an INTEGER of no or of more than 4 octets");
+    auto octets = contents(tag);
+    while (octets.size() > 4 && octets[0] == (octets[1] & 0x80 ? 0xff : 0)) octets = octets.subspan(1);
+    if (octets.empty() || octets.size() > 4) throw Error("an INTEGER that is empty or beyond 32 bits");
     std::uint32_t number = octets[0] & 0x80 ? UINT32_MAX : 0;
     for (const std::uint8_t octet : octets) number = number << 8 | octet;
     return static_cast<std::int32_t>(number);
@@ -94,7 +179,7 @@ std::int32_t Reader::integer(std::uint8_t tag) {
 std::uint64_t Reader::unsigned_integer(std::uint8_t tag, std::size_t size) {
     auto octets = contents(tag);
     if (octets.empty() || octets[0] & 0x80) throw Error("an unsigned number that is empty or negative");
-    if (octets.size() == size + 1 && octets[0] == 0) octets = octets.subspan(1);
+    while (octets.size() > size && octets[0] == 0) octets = octets.subspan(1);
     if (octets.size() > size) throw Error("an unsigned number that is too large for its type");
     std::uint64_t number = 0;
     for (const std::uint8_t octet : octets) number = number << 8 | octet;
@@ -104,6 +189,7 @@ std::uint64_t Reader::unsigned_integer(std::uint8_t tag, std::size_t size) {
 Oid Reader::object_id() {
     const auto octets = contents(kObjectId);
     Oid oid;
+    oid.reserve(std::min(octets.size() + 1, services::kMaxSubIds));
     std::uint32_t id = 0;
     bool within = false;
     for (const std::uint8_t octet : octets) {
@@ -151,49 +237,42 @@ Value Reader::value() {
 
 // --- writing ---------------------------------------------------------------------------------------------------------
 
+void append_head(Octets& out, std::uint8_t tag, std::size_t contents) {
+    put_head(grow(out, element_size(contents) - contents), tag, contents);
+}
+
 void append(Octets& out, std::uint8_t tag, std::span<const std::uint8_t> contents) {
-    out.push_back(tag);
-    append_length(out, contents.size());
+    append_head(out, tag, contents.size());
     out.insert(out.end(), contents.begin(), contents.end());
 }
 
 void append_integer(Octets& out, std::int32_t number) {
-    const auto bits = static_cast<std::uint32_t>(number);
-    std::uint8_t contents[4];
-    for (int i = 0; i < 4; ++i) contents[3 - i] = static_cast<std::uint8_t>(bits >> (8 * i));
-    // As few octets as keep the sign.
-    const std::uint8_t* first = contents;
-    while (first < contents + 3 && first[0] == (first[1] & 0x80 ? 0xff : 0)) ++first;
-    append(out, kInteger, {first, contents + 4});
+    const std::size_t octets = signed_octets(number);
+    std::uint8_t* const at = put_head(grow(out, element_size(octets)), kInteger, octets);
+    put_number(at, static_cast<std::uint32_t>(number), octets);
 }
 
-void append_object_id(Octets& out, const Oid& oid) {
-    const auto at = [&](std::size_t i) { return std::uint64_t{i < oid.size() ? oid[i] : 0}; };
-    Octets contents;
-    append_sub_id(contents, at(0) * 40 + at(1));
-    for (std::size_t i = 2; i < oid.size(); ++i) append_sub_id(contents, oid[i]);
-    append(out, kObjectId, contents);
+void append_value(Octets& out, const ValueView& value) {
+    const std::size_t octets = contents_octets(value);
+    put_value(grow(out, element_size(octets)), value, octets);
 }
 
-void append_value(Octets& out, const Value& value) {
-    switch (value.tag) {
-        case kInteger: return append_integer(out, machine_order<std::int32_t>(value));
-        case kCounter32:
-        case kGauge32:
-        case kTimeTicks: return append_unsigned(out, value.tag, machine_order<std::uint32_t>(value));
-        case kCounter64: return append_unsigned(out, value.tag, machine_order<std::uint64_t>(value));
-        case kObjectId: return append_object_id(out, object_id_in(value));
-        default: return append(out, value.tag, value.octets);
-    }
+void append_varbind(Octets& out, const VarbindView& varbind) {
+    const std::size_t name_octets = object_id_octets(varbind.name);
+    const std::size_t value_octets = contents_octets(varbind.value);
+    const std::size_t octets = element_size(name_octets) + element_size(value_octets);
+    std::uint8_t* at = grow(out, element_size(octets));
+    at = put_head(at, kSequence, octets);
+    at = put_head(at, kObjectId, name_octets);
+    at = put_object_id(at, varbind.name);
+    put_value(at, varbind.value, value_octets);
 }
 
-std::size_t element_size(std::size_t contents) {
-    Octets length;
-    append_length(length, contents);
-    return 1 + length.size() + contents;
-}
+std::size_t element_size(std::size_t contents) { return 1 + length_octets(contents) + contents; }
 
-bool well_formed(const Value& value) {
+std::size_t integer_size(std::int32_t number) { return element_size(signed_octets(number)); }
+
+bool well_formed(const ValueView& value) {
     switch (value.tag) {
         case kInteger:
         case kCounter32:
@@ -201,7 +280,7 @@ bool well_formed(const Value& value) {
         case kTimeTicks:
         case kIpAddress: return value.octets.size() == 4;
         case kCounter64: return value.octets.size() == 8;
-        case kObjectId: return value.octets.size() % sizeof(oid) == 0 && well_formed(object_id_in(value));
+        case kObjectId: return value.octets.size() % sizeof(oid) == 0 && well_formed(ObjectIdIn(value).ids());
         case kOctetString:
         case kOpaque: return true;
         case kNull:

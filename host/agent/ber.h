@@ -21,7 +21,7 @@ struct Error : std::runtime_error {
 };
 
 // Takes one element after the other from an encoding, which must outlive it. Throws Error for what is cut short, has
-// another tag than asked for, or does not fit its type.
+// another tag than asked for, or does not fit its type. Lengths may have leading zeros and numbers spare sign octets.
 class Reader {
 public:
     explicit Reader(std::span<const std::uint8_t> octets) : left_(octets) {}
@@ -44,13 +44,16 @@ private:
 // Appends one element. Values must be well-formed.
 void append(Octets& out, std::uint8_t tag, std::span<const std::uint8_t> contents);
 void append_integer(Octets& out, std::int32_t number);
-void append_object_id(Octets& out, const Oid& oid);
-void append_value(Octets& out, const Value& value);
+void append_value(Octets& out, const ValueView& value);
+void append_varbind(Octets& out, const VarbindView& varbind);
+// Appends the tag and length of an element whose contents follow.
+void append_head(Octets& out, std::uint8_t tag, std::size_t contents);
 
-// Octets of an element with that much content.
+// Octets of an element with that much content, and of an INTEGER.
 std::size_t element_size(std::size_t contents);
+std::size_t integer_size(std::int32_t number);
 
 // Whether the octets are a value of the tag's type and can be encoded.
-bool well_formed(const Value& value);
+bool well_formed(const ValueView& value);
 
 }  // namespace agent::ber

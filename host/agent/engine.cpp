@@ -11,12 +11,12 @@ namespace {
 
 constexpr std::size_t kMaxValueLength = sizeof ret_value;
 
-enum Phase : int { kRead = -1, kReserve1, kReserve2, kAction, kCommit, kFree, kUndo };
+constexpr std::uint16_t kReadWrite = 2;  // a variable's acl
 
 // One call of a read method, with the memory that it works on.
 class Read {
 public:
-    Read(const services::Object& object, const Oid& name, int exact)
+    Read(const services::Object& object, std::span<const oid> name, int exact)
         : object_(object), length_(std::min(name.size(), services::kMaxSubIds)) {
         std::copy_n(name.begin(), length_, name_);
         state_ = object.entry.findVar(&object.entry, name_, &length_, exact, &value_length_, &writer_);
@@ -26,23 +26,22 @@ public:
     unsigned char* state() const { return state_; }
     WriteMethod* writer() const { return writer_; }
 
-    // Whether the answered name lies in the object and behind `name`, as a GETNEXT's must.
-    bool goes_on_from(const Oid& name) const {
-        const VariableEntry& entry = object_.entry;
-        if (length_ <= services::kMaxSubIds && length_ >= entry.namelen &&
-            std::equal(entry.name, entry.name + entry.namelen, name_) &&
+    // Whether the answered name lies in the object and after `name`, as a GETNEXT's must.
+    bool goes_on_from(std::span<const oid> name) const {
+        if (length_ <= services::kMaxSubIds && services::is_under(this->name(), object_.entry) &&
             snmp_oid_compare(name_, length_, name.data(), name.size()) > 0)
             return true;
         complain("an answer that does not follow its request");
         return false;
     }
-    Oid name() const { return Oid(name_, name_ + length_); }
+    std::span<const oid> name() const { return {name_, length_}; }
 
     // The value, none when there is none or its octets are no value of the object's type.
-    std::optional<Value> value() const {
+    std::optional<ValueView> value() const {
         if (state_ == nullptr) return std::nullopt;
-        Value value{object_.entry.type, {state_, state_ + std::min(value_length_, kMaxValueLength)}};
-        if (value_length_ <= kMaxValueLength && ber::well_formed(value)) return value;
+        if (value_length_ <= kMaxValueLength)
+            if (const ValueView value{object_.entry.type, {state_, value_length_}}; ber::well_formed(value))
+                return value;
         complain("a value that is none of its type");
         return std::nullopt;
     }
@@ -99,27 +98,39 @@ Value Value::object_id(const Oid& oid) {
     return value;
 }
 
-Varbind Engine::get(const Oid& name) {
-    const services::Object* object = name.size() <= services::kMaxSubIds ? registry_.find(name) : nullptr;
+VarbindView Engine::look_up(std::span<const oid> name) const {
+    const services::Object* object = name.size() <= services::kMaxSubIds ? registry_.locate(name).within : nullptr;
     if (object == nullptr) return {name, {kNoSuchObject, {}}};
-    if (auto value = Read(*object, name, 1).value()) return {name, std::move(*value)};
-    return {name, {kNoSuchInstance, {}}};
+    const auto value = Read(*object, name, 1).value();
+    return {name, value ? *value : ValueView{kNoSuchInstance, {}}};
 }
 
-Varbind Engine::next(const Oid& name) {
-    const auto& objects = registry_.objects();
+Engine::Walk::Walk(const Engine& engine, std::span<const oid> from)
+    : registry_(&engine.registry_), length_(std::min(from.size(), services::kMaxSubIds)) {
+    std::copy_n(from.begin(), length_, name_);
+    const services::Registry::Place place = registry_->locate({name_, length_});
+    within_ = place.within != nullptr;
+    object_ = within_ ? place.after - 1 : place.after;
+}
+
+VarbindView Engine::Walk::next(std::uint8_t without) {
+    const auto& objects = registry_->objects();
     // The object that the name lies in comes first; every other one is asked for its first instance.
-    const services::Object* const within = registry_.find(name);
-    std::size_t at = registry_.behind(name);
-    if (within != nullptr) --at;
-    for (; at < objects.size(); ++at) {
-        const services::Object& object = objects[at];
-        const Oid from = &object == within ? name : object.oid();
+    for (; object_ < objects.size(); ++object_, within_ = false) {
+        const services::Object& object = objects[object_];
+        if (object.entry.type == without) continue;
+        const std::span<const oid> from =
+            within_ ? std::span<const oid>(name_, length_) : std::span(object.entry.name, object.entry.namelen);
         const Read read(object, from, 0);
         if (!read.answered() || !read.goes_on_from(from)) continue;
-        if (auto value = read.value()) return {read.name(), std::move(*value)};
+        const auto value = read.value();
+        if (!value) continue;
+        within_ = true;
+        length_ = read.name().size();
+        std::ranges::copy(read.name(), name_);
+        return {{name_, length_}, *value};
     }
-    return {name, {kEndOfMibView, {}}};
+    return {{name_, length_}, {kEndOfMibView, {}}};
 }
 
 SetResult Engine::set(const std::vector<Varbind>& varbinds) {
@@ -130,14 +141,18 @@ SetResult Engine::set(const std::vector<Varbind>& varbinds) {
     std::vector<Assignment> assignments;
     for (std::size_t i = 0; i < varbinds.size(); ++i) {
         const Oid& name = varbinds[i].name;
-        const services::Object* object = name.size() <= services::kMaxSubIds ? registry_.find(name) : nullptr;
+        const services::Object* object = name.size() <= services::kMaxSubIds ? registry_.locate(name).within : nullptr;
         Assignment assignment{varbinds[i], nullptr, nullptr};
+        int error = kNotWritable;
         if (object != nullptr) {
             const Read read(*object, name, 1);
             assignment.writer = read.writer();
             assignment.state = read.state();
+            if (read.writer() != nullptr)
+                error = kNoError;
+            else if (!read.answered() && object->entry.acl == kReadWrite)
+                error = kNoCreation;
         }
-        const int error = assignment.writer != nullptr ? kNoError : kNotWritable;
         tell(kRead, i, error);
         if (error != kNoError) return {error, i + 1};
         assignments.push_back(assignment);

@@ -3,29 +3,15 @@
 namespace agent {
 namespace {
 
-ber::Octets encoded(const Varbind& varbind) {
-    ber::Octets contents;
-    ber::append_object_id(contents, varbind.name);
-    ber::append_value(contents, varbind.value);
-    ber::Octets octets;
-    ber::append(octets, ber::kSequence, contents);
-    return octets;
+// Octets of a PDU's contents and of a message's contents, where that many octets of varbinds go in.
+std::size_t pdu_octets(const Message& head, std::size_t varbind_octets) {
+    return ber::integer_size(head.request_id) + ber::integer_size(head.error_status) +
+           ber::integer_size(head.error_index) + ber::element_size(varbind_octets);
 }
 
-ber::Octets encoded_pdu_head(const Message& message) {
-    ber::Octets octets;
-    ber::append_integer(octets, message.request_id);
-    ber::append_integer(octets, message.error_status);
-    ber::append_integer(octets, message.error_index);
-    return octets;
-}
-
-ber::Octets encoded_head(const Message& message) {
-    ber::Octets octets;
-    ber::append_integer(octets, message.version);
-    ber::append(octets, kOctetString,
-                {reinterpret_cast<const std::uint8_t*>(message.community.data()), message.community.size()});
-    return octets;
+std::size_t message_octets(const Message& head, std::size_t varbind_octets) {
+    return ber::integer_size(head.version) + ber::element_size(head.community.size()) +
+           ber::element_size(pdu_octets(head, varbind_octets));
 }
 
 void check_pdu(const Message& message) {
@@ -67,7 +53,10 @@ Message decode(std::span<const std::uint8_t> datagram) {
     while (!varbinds.at_end()) {
         ber::Reader varbind = varbinds.enter(ber::kSequence);
         Oid name = varbind.object_id();
-        message.varbinds.push_back({std::move(name), varbind.value()});
+        Value value = varbind.value();
+        if (message.version == kVersion1 && (value.is_exception() || value.tag == kCounter64))
+            throw ber::Error("a value that SNMPv1 does not have");
+        message.varbinds.push_back({std::move(name), std::move(value)});
         varbind.expect_end();
     }
     return message;
@@ -75,24 +64,27 @@ Message decode(std::span<const std::uint8_t> datagram) {
 
 ber::Octets encode(const Message& message) {
     ber::Octets varbinds;
-    for (const Varbind& varbind : message.varbinds) {
-        const ber::Octets octets = encoded(varbind);
-        varbinds.insert(varbinds.end(), octets.begin(), octets.end());
-    }
-    ber::Octets pdu = encoded_pdu_head(message);
-    ber::append(pdu, ber::kSequence, varbinds);
-    ber::Octets contents = encoded_head(message);
-    ber::append(contents, message.pdu, pdu);
+    for (const Varbind& varbind : message.varbinds) ber::append_varbind(varbinds, varbind);
+    return encode(message, varbinds);
+}
+
+ber::Octets encode(const Message& head, std::span<const std::uint8_t> varbinds) {
     ber::Octets datagram;
-    ber::append(datagram, ber::kSequence, contents);
+    datagram.reserve(encoded_size(head, varbinds.size()));
+    ber::append_head(datagram, ber::kSequence, message_octets(head, varbinds.size()));
+    ber::append_integer(datagram, head.version);
+    ber::append(datagram, kOctetString,
+                {reinterpret_cast<const std::uint8_t*>(head.community.data()), head.community.size()});
+    ber::append_head(datagram, head.pdu, pdu_octets(head, varbinds.size()));
+    ber::append_integer(datagram, head.request_id);
+    ber::append_integer(datagram, head.error_status);
+    ber::append_integer(datagram, head.error_index);
+    ber::append(datagram, ber::kSequence, varbinds);
     return datagram;
 }
 
 std::size_t encoded_size(const Message& head, std::size_t varbind_octets) {
-    const std::size_t pdu = encoded_pdu_head(head).size() + ber::element_size(varbind_octets);
-    return ber::element_size(encoded_head(head).size() + ber::element_size(pdu));
+    return ber::element_size(message_octets(head, varbind_octets));
 }
-
-std::size_t encoded_size(const Varbind& varbind) { return encoded(varbind).size(); }
 
 }  // namespace agent

@@ -42,9 +42,10 @@ struct UnsupportedPdu : ber::Error {
 // Throws ber::Error, or one of the above, with what is wrong.
 Message decode(std::span<const std::uint8_t> datagram);
 ber::Octets encode(const Message& message);
+// The same with varbinds that are encoded already, in place of the message's own.
+ber::Octets encode(const Message& head, std::span<const std::uint8_t> varbinds);
 
 // Octets of a message that has this head and that many octets of encoded varbinds.
 std::size_t encoded_size(const Message& head, std::size_t varbind_octets);
-std::size_t encoded_size(const Varbind& varbind);
 
 }  // namespace agent

@@ -18,6 +18,11 @@ struct ResponderOptions {
     std::string community = "public";            // reads
     std::optional<std::string> write_community;  // reads and writes; none: nobody writes
     std::size_t max_response = 65507;            // octets of a response
+    std::size_t max_varbinds = 128;              // of a request; more are tooBig
+    std::size_t max_bulk_varbinds = 512;         // of the response to a GETBULK, which ends there
+
+    // Throws std::invalid_argument with what is wrong: an empty community, the same one twice.
+    void check() const;
 };
 
 // Datagrams since the start. Every received one is counted once more: as answered or under what it was dropped for.
@@ -28,12 +33,16 @@ struct Counters {
     std::uint64_t unsupported_version = 0;
     std::uint64_t unsupported_pdu = 0;
     std::uint64_t wrong_community = 0;
-    std::uint64_t unanswerable = 0;  // not even an error fits a response
+    std::uint64_t unanswerable = 0;        // not even an error fits a response
+    std::uint64_t bad_community_uses = 0;  // of the answered ones: SETs with a community that only reads
 };
 
 class Responder {
 public:
-    Responder(Engine& engine, ResponderOptions options) : engine_(engine), options_(std::move(options)) {}
+    // Throws as ResponderOptions::check() does.
+    Responder(Engine& engine, ResponderOptions options) : engine_(engine), options_(std::move(options)) {
+        options_.check();
+    }
 
     // The response, none when the datagram is dropped. Never throws for what a datagram holds.
     std::optional<ber::Octets> respond(std::span<const std::uint8_t> datagram);
@@ -48,15 +57,16 @@ public:
 private:
     class Response;
 
-    Message answer(const Message& request, bool may_write);
-    Message get(const Message& request);
-    Message get_next(const Message& request);
-    Message get_bulk(const Message& request);
-    Message set(const Message& request, bool may_write);
+    SetResult carry_out(const Message& request, bool may_write, Response& response);
+    SetResult get(const Message& request, Response& response);
+    SetResult get_next(const Message& request, Response& response);
+    void get_bulk(const Message& request, Response& response);
+    SetResult set(const Message& request, bool may_write, Response& response);
 
     Engine& engine_;
     ResponderOptions options_;
     Counters counters_;
+    ber::Octets varbinds_;  // of the response that is being made
 };
 
 }  // namespace agent

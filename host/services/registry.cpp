@@ -14,16 +14,12 @@
 namespace services {
 namespace {
 
-bool is_under(const Oid& oid, const VariableEntry& entry) {
-    return oid.size() >= entry.namelen && std::equal(entry.name, entry.name + entry.namelen, oid.begin());
-}
-
 bool before(const Object& a, const Object& b) {
     return snmp_oid_compare(a.entry.name, a.entry.namelen, b.entry.name, b.entry.namelen) < 0;
 }
 
 // Standard modules by the descr of their registrations.
-constexpr std::array<std::pair<std::string_view, std::string_view>, 17> kPublished = {{
+constexpr std::array<std::pair<std::string_view, std::string_view>, 19> kPublished = {{
     {"dot1dBridge", "BRIDGE-MIB"},
     {"dot3", "EtherLike-MIB"},
     {"icmp", "IP-MIB"},
@@ -40,6 +36,8 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 17> kPublish
     {"mgmdStdMIB", "MGMD-STD-MIB"},
     {"pBridgeMIB", "P-BRIDGE-MIB"},
     {"qBridgeMIB", "Q-BRIDGE-MIB"},
+    {"snmp", "SNMPv2-MIB"},
+    {"system", "SNMPv2-MIB"},
     {"tunnelMIB", "TUNNEL-MIB"},
 }};
 
@@ -73,6 +71,10 @@ std::invalid_argument malformed(std::string_view text, std::string_view numbers)
 
 }  // namespace
 
+bool is_under(std::span<const oid> oid, const VariableEntry& entry) {
+    return oid.size() >= entry.namelen && std::equal(entry.name, entry.name + entry.namelen, oid.begin());
+}
+
 std::string published_module(const std::string& descr) {
     const auto* const found =
         std::ranges::find(kPublished, descr, &std::pair<std::string_view, std::string_view>::first);
@@ -82,8 +84,10 @@ std::string published_module(const std::string& descr) {
 Registry::Registry(const std::vector<Registration>& registrations, const Library* library)
     : modules_(registrations.size()) {
     for (const Registration& module : registrations) {
-        void* const symbol = library != nullptr ? library->symbol(module.descr + "_names") : nullptr;
-        const auto* names = static_cast<const char* const*>(symbol);
+        const char* const* names = module.names;
+        if (names == nullptr && library != nullptr)
+            names = static_cast<const char* const*>(library->symbol(module.descr + "_names"));
+        if (names == nullptr) has_names_ = false;
         const std::size_t first = objects_.size();
         for (std::size_t i = 0; i < module.count; ++i) {
             Object object{module.descr, names != nullptr ? names[i] : "", module.entries[i], nullptr};
@@ -98,27 +102,29 @@ Registry::Registry(const std::vector<Registration>& registrations, const Library
         names_.emplace(module.descr, Named{module.descr, module.module_oid});
         if (const std::string published = published_module(module.descr); published != module.descr)
             names_.emplace(published, Named{module.descr, module.module_oid});
-        if (library != nullptr) add_groups(module, first, *library);
+        add_groups(module, first, library);
     }
     std::ranges::stable_sort(objects_, before);
 }
 
-void Registry::add_groups(const Registration& module, std::size_t first_object, const Library& library) {
-    const auto* const infos = static_cast<const GroupInfo*>(library.symbol(module.descr + "_groups"));
-    const auto* const count = static_cast<const std::size_t*>(library.symbol(module.descr + "_groups_count"));
-    if (infos == nullptr || count == nullptr) return;
-    for (std::size_t i = 0; i < *count; ++i) {
-        const GroupInfo& info = infos[i];
+void Registry::add_groups(const Registration& module, std::size_t first_object, const Library* library) {
+    std::span<const GroupInfo> infos = module.groups;
+    if (infos.empty() && library != nullptr) {
+        const auto* const first = static_cast<const GroupInfo*>(library->symbol(module.descr + "_groups"));
+        const auto* const count = static_cast<const std::size_t*>(library->symbol(module.descr + "_groups_count"));
+        if (first != nullptr && count != nullptr) infos = {first, *count};
+    }
+    for (const GroupInfo& info : infos) {
         const std::size_t begin = first_object + info.first;
         if (info.objects == 0 || begin + info.objects > objects_.size()) continue;
-        Group& group = groups_.emplace_back(
-            Group{module.descr, info.name, info.fields != 0, info.answers != 0, info.key_size, {}, {}, module.module_oid});
+        Group& group = groups_.emplace_back(Group{
+            module.descr, info.name, info.fields != 0, info.answers != 0, info.key_size, {}, {}, module.module_oid});
         for (std::size_t field = 0; field < info.fields; ++field)
             group.fields.push_back({info.kind[field], info.octets[field]});
         if (!group.is_table) {  // a table that never answers has no fields either, but every table exports its OID
             std::string symbol = group.name;
             std::ranges::transform(symbol, symbol.begin(), [](unsigned char c) { return std::toupper(c); });
-            group.is_table = library.symbol(symbol + "_oid") != nullptr;
+            group.is_table = library != nullptr && library->symbol(symbol + "_oid") != nullptr;
         }
         if (group.is_table) {
             const VariableEntry& column = objects_[begin].entry;
@@ -130,17 +136,13 @@ void Registry::add_groups(const Registration& module, std::size_t first_object, 
     }
 }
 
-std::size_t Registry::behind(const Oid& oid) const {
-    const auto sorts_before = [](const Oid& name, const Object& object) {
+Registry::Place Registry::locate(std::span<const oid> oid) const {
+    const auto sorts_before = [](std::span<const ::oid> name, const Object& object) {
         return snmp_oid_compare(name.data(), name.size(), object.entry.name, object.entry.namelen) < 0;
     };
     const auto found = std::upper_bound(objects_.begin(), objects_.end(), oid, sorts_before);
-    return static_cast<std::size_t>(found - objects_.begin());
-}
-
-const Object* Registry::find(const Oid& oid) const {
-    const std::size_t after = behind(oid);
-    return after > 0 && is_under(oid, objects_[after - 1].entry) ? &objects_[after - 1] : nullptr;
+    const auto after = static_cast<std::size_t>(found - objects_.begin());
+    return {after, after > 0 && is_under(oid, objects_[after - 1].entry) ? &objects_[after - 1] : nullptr};
 }
 
 const Group* Registry::group(std::string_view name) const {

@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,13 +43,16 @@ struct Object {
 // module.
 std::string published_module(const std::string& descr);
 
+// Whether an OID is an entry's full name or lies below it.
+bool is_under(std::span<const oid> oid, const VariableEntry& entry);
+
 class Registry {
 public:
-    // Takes what services().registrations holds; names and groups come from the library's `<module>_names` and
-    // `<module>_groups`.
+    // Takes what services().registrations holds; names and groups that a registration lacks come from the library's
+    // `<module>_names` and `<module>_groups`.
     Registry(const std::vector<Registration>& registrations, const Library& library)
         : Registry(registrations, &library) {}
-    // The same without names.
+    // The same without a library.
     explicit Registry(const std::vector<Registration>& registrations) : Registry(registrations, nullptr) {}
     Registry(const Registry&) = delete;
     Registry(Registry&&) = default;
@@ -57,11 +61,15 @@ public:
     const std::deque<Group>& groups() const { return groups_; }      // in the order of registration
     std::size_t modules() const { return modules_; }
     // False when the library was built without names: objects go by number then, and there are no groups.
-    bool has_names() const { return !groups_.empty(); }
-    // Index of the first object that sorts behind an OID.
-    std::size_t behind(const Oid& oid) const;
-    // The object under which an OID lies, null when nothing is registered there.
-    const Object* find(const Oid& oid) const;
+    bool has_names() const { return has_names_; }
+    // Where an OID lies: the index of the first object that sorts after it, and the object that it is in, null when
+    // nothing is registered there.
+    struct Place {
+        std::size_t after;
+        const Object* within;
+    };
+    Place locate(std::span<const oid> oid) const;
+    const Object* find(const Oid& oid) const { return locate(oid).within; }
 
     // The scalar group or table that show requests name so, null when there is none.
     const Group* group(std::string_view name) const;
@@ -79,7 +87,7 @@ public:
 
 private:
     Registry(const std::vector<Registration>& registrations, const Library* library);
-    void add_groups(const Registration& module, std::size_t first_object, const Library& library);
+    void add_groups(const Registration& module, std::size_t first_object, const Library* library);
     Oid named(std::string_view module, std::string_view name) const;
     Oid bracketed(const Oid& column, std::string_view parts) const;
 
@@ -91,6 +99,7 @@ private:
     std::deque<Group> groups_;  // objects point into it
     std::multimap<std::string, Named, std::less<>> names_;
     std::size_t modules_ = 0;
+    bool has_names_ = true;
 };
 
 // "[ifIndex 5121]", "[10, 10.0.0.1]"

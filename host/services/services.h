@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -68,6 +69,9 @@ struct Registration {
     std::vector<oid> module_oid;
     const VariableEntry* entries;
     std::size_t count;
+    // Names of the entries, and their scalar groups and tables; none: what the library exports for the module.
+    const char* const* names = nullptr;
+    std::span<const GroupInfo> groups{};
 };
 
 // One line that the library logged. `channel` is "debug", "an" or "ui".
@@ -84,9 +88,13 @@ struct Services {
     Context context;
     std::vector<Registration> registrations;
     std::function<void(const LogLine&)> log;                // none: lines are dropped
+    bool quiet = false;                                     // what the library logs is dropped unread
     std::function<bool(const Registration&)> may_register;  // none: every registration is taken
 };
 
 Services& services();
+
+// Adds a module to the registrations. False when another one has its OID, or `may_register` refuses it.
+bool register_module(Registration registration);
 
 }  // namespace services

@@ -13,6 +13,14 @@ Services& services() {
     return instance;
 }
 
+bool register_module(Registration registration) {
+    auto& taken = services().registrations;
+    if (std::ranges::find(taken, registration.module_oid, &Registration::module_oid) != taken.end()) return false;
+    if (services().may_register && !services().may_register(registration)) return false;
+    taken.push_back(std::move(registration));
+    return true;
+}
+
 namespace {
 
 constexpr std::size_t kMaxInterfaceName = 20;
@@ -27,16 +35,17 @@ __attribute__((format(printf, 1, 0))) std::string formatted(const char* format, 
     return text;
 }
 
+bool is_logging() { return services().log && !services().quiet; }
+
 // Completes `line` with its text and hands it to the log.
 __attribute__((format(printf, 2, 0))) void log(LogLine line, const char* format, std::va_list arguments) {
-    if (!services().log) return;
     line.text = formatted(format, arguments);
     services().log(line);
 }
 
 const char* text_or_null(const std::optional<std::string>& text) { return text ? text->c_str() : nullptr; }
 
-std::string copy(const char* text) { return text == nullptr ? std::string() : std::string(text); }
+const char* text_or_empty(const char* text) { return text == nullptr ? "" : text; }
 
 }  // namespace
 }  // namespace services
@@ -54,13 +63,9 @@ int register_mib(const char* descr, const VariableEntry* variables, std::size_t 
         if (variables[i].findVar == nullptr || module_oid_length + variables[i].namelen >= services::kMaxSubIds)
             return kRefused;
 
-    services::Registration registration{descr, {module_oid, module_oid + module_oid_length}, variables, entries};
-    auto& taken = services::services().registrations;
-    if (std::ranges::find(taken, registration.module_oid, &services::Registration::module_oid) != taken.end())
-        return kRefused;
-    if (services::services().may_register && !services::services().may_register(registration)) return kRefused;
-    taken.push_back(std::move(registration));
-    return 0;
+    const bool is_taken =
+        services::register_module({descr, {module_oid, module_oid + module_oid_length}, variables, entries});
+    return is_taken ? 0 : kRefused;
 }
 
 int header_generic(const VariableEntry* entry, oid* name, std::size_t* name_length, int exact,
@@ -89,6 +94,7 @@ int snmp_oid_compare(const oid* a, std::size_t a_length, const oid* b, std::size
 int snmp_get_do_debugging() { return services::services().context.debugging ? 1 : 0; }
 
 void debugmsgtoken(const char* token, const char* format, ...) {
+    if (!services::is_logging()) return;
     std::va_list arguments;
     va_start(arguments, format);
     services::log({"debug", token, 0, 0, {}}, format, arguments);
@@ -96,6 +102,7 @@ void debugmsgtoken(const char* token, const char* format, ...) {
 }
 
 void debugmsg(const char* token, const char* format, ...) {
+    if (!services::is_logging()) return;
     std::va_list arguments;
     va_start(arguments, format);
     services::log({"debug", token, 0, 0, {}}, format, arguments);
@@ -106,16 +113,28 @@ int uib_sh_show_request(std::uint64_t request_class, const char* command, void* 
                         std::size_t* value_length, void* key, int key_size, int magic, int exact, int index_count,
                         const char* name, int line) {
     if (services::services().backend == nullptr) return -1;
-    services::ShowRequest request{
-        request_class, services::copy(command), result, result_size, value_length, key, key_size, magic, exact,
-        index_count,   services::copy(name),    line};
+    // One for all requests, so that its texts keep their memory: a show request makes no other.
+    static services::ShowRequest request;
+    request.request_class = request_class;
+    request.command = services::text_or_empty(command);
+    request.result = result;
+    request.result_size = result_size;
+    request.value_length = value_length;
+    request.key = key;
+    request.key_size = key_size;
+    request.magic = magic;
+    request.exact = exact;
+    request.index_count = index_count;
+    request.name = services::text_or_empty(name);
+    request.line = line;
     return services::services().backend->show(request) ? 0 : -1;
 }
 
 int uib_sh_config_request(int mode, const char* command, const char* caller, int line) {
     if (services::services().backend == nullptr) return -1;
-    return services::services().backend->configure({mode, services::copy(command), services::copy(caller), line}) ? 0
-                                                                                                                  : -1;
+    const services::ConfigRequest request{mode, services::text_or_empty(command), services::text_or_empty(caller),
+                                          line};
+    return services::services().backend->configure(request) ? 0 : -1;
 }
 
 int if_utl_ifindex_to_ifname(std::uint32_t ifindex, char* name) {
@@ -132,6 +151,7 @@ const char* SNMPD_Get_Cur_VrfName() { return services::text_or_null(services::se
 const char* SNMPD_Get_Cur_ContextName() { return services::text_or_null(services::services().context.snmp_context); }
 
 int anprintf(int category, int, int level, int, const char* format, ...) {
+    if (!services::is_logging()) return 0;
     std::va_list arguments;
     va_start(arguments, format);
     services::log({"an", {}, category, level, {}}, format, arguments);
@@ -140,6 +160,7 @@ int anprintf(int category, int, int level, int, const char* format, ...) {
 }
 
 int pal_log_output_ui_simple(const char* format, ...) {
+    if (!services::is_logging()) return 0;
     std::va_list arguments;
     va_start(arguments, format);
     services::log({"ui", {}, 0, 0, {}}, format, arguments);

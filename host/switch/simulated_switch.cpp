@@ -69,6 +69,8 @@ std::optional<std::string> SimulatedSwitch::interface_name(std::uint32_t ifindex
     return interface->name;
 }
 
+std::chrono::milliseconds SimulatedSwitch::up_time() const { return state_->areas.uptime(); }
+
 std::vector<std::pair<std::string, int>> SimulatedSwitch::served() const {
     std::vector<std::pair<std::string, int>> objects;
     for (const TableStore::Served& served : state_->store.served()) objects.emplace_back(served.name, served.magic);

@@ -49,6 +49,9 @@ public:
     bool configure(const services::ConfigRequest& request) override;
     std::optional<std::string> interface_name(std::uint32_t ifindex) override;
 
+    // Time since it started.
+    std::chrono::milliseconds up_time() const;
+
     // Name and magic number of every object that it serves.
     std::vector<std::pair<std::string, int>> served() const;
 

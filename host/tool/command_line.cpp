@@ -244,6 +244,15 @@ CommandLine::CommandLine()
         ->capture_default_str();
     serve.add_option("--write-community", options.write_community, "community that may read and write (default: none)")
         ->type_name("NAME");
+    const auto add_limit = [&](const char* name, auto& limit, const char* description) {
+        serve.add_option(name, limit, description)
+            ->type_name("N")
+            ->check(unnamed(CLI::Range(1, 1'000'000)))
+            ->capture_default_str();
+    };
+    add_limit("--max-varbinds", options.max_varbinds, "varbinds of a request; more are answered with tooBig");
+    add_limit("--max-bulk-varbinds", options.max_bulk_varbinds, "varbinds of the answer to a GETBULK");
+    add_limit("--log-rate", options.log_rate, "log lines a second for requests that are refused or dropped");
     serve.add_flag("-v,--verbose", options.verbose, "log each request with the backend requests it causes");
     serve.add_flag("--log-json", options.log_json, "log in JSON, one object a line");
 

@@ -4,6 +4,7 @@
 #include "switch/simulated_switch.h"
 #include "tool/list.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -25,6 +26,9 @@ struct Options {
     std::string listen = "127.0.0.1:1161";
     std::string community = "public";
     std::optional<std::string> write_community;  // none: no write access
+    std::size_t max_varbinds = 128;              // of a request
+    std::size_t max_bulk_varbinds = 512;         // of the response to a GETBULK
+    unsigned log_rate = 20;                      // lines a second for requests that are refused or dropped
     bool verbose = false;
     bool log_json = false;
     // output of list, explain and walk

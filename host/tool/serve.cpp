@@ -1,10 +1,12 @@
 #include "tool/serve.h"
 
 #include "agent/engine.h"
+#include "agent/output.h"
 #include "agent/responder.h"
 #include "agent/server.h"
 #include "services/services.h"
 #include "switch/simulated_switch.h"
+#include "tool/arguments.h"
 #include "tool/format.h"
 #include "tool/session.h"
 #include "tool/trace.h"
@@ -15,6 +17,7 @@
 #include <chrono>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 #include <string>
 
 namespace tool {
@@ -89,7 +92,18 @@ sw::Options simulation(const Options& options) {
 }
 
 int serve(const Options& options) {
+    agent::survive_closed_output();
     const HostPort listen = parse_listen(options.listen);
+    agent::ResponderOptions answering;
+    answering.community = options.community;
+    answering.write_community = options.write_community;
+    answering.max_varbinds = options.max_varbinds;
+    answering.max_bulk_varbinds = options.max_bulk_varbinds;
+    try {
+        answering.check();
+    } catch (const std::invalid_argument& error) {
+        throw UsageError(error.what());
+    }
     spdlog::logger log("mibhost", std::make_shared<spdlog::sinks::stdout_sink_st>());
     log.set_pattern(options.log_json ? "{\"time\":\"%Y-%m-%dT%H:%M:%S.%e%z\",%v" : "%H:%M:%S.%e %v");
     log.flush_on(spdlog::level::info);
@@ -108,24 +122,27 @@ int serve(const Options& options) {
             log.info("  {}", event.line());
     };
 
+    // What anybody can cause without the wish for a trace.
+    agent::LineLimit limit(options.log_rate, [&](const std::string& text) { say("left out", text); });
+
     services::Services& host = services::services();
     host.context = {options.vrf, options.snmp_context, options.verbose};
+    // What the switch refuses is always worth a line, what the library traces only on demand.
+    host.quiet = !options.verbose;
     host.log = [&](const services::LogLine& line) {
-        // What the switch refuses is always worth a line, what the library traces only on demand.
-        if (options.verbose || line.channel == kSwitchChannel) say_event(tool::describe(line));
+        if (options.verbose || limit.pass()) say_event(tool::describe(line));
     };
-    const Session session(options.library);
+    Session session(options.library);
     const services::Registry& registry = session.registry();
 
     sw::SimulatedSwitch simulated(simulation(options));
+    session.groups().up_time = [&] { return simulated.up_time(); };
     TracingBackend tracing(simulated, registry, say_event);
     host.backend = options.verbose ? static_cast<services::Backend*>(&tracing) : &simulated;
 
     agent::Engine engine(registry);
-    agent::ResponderOptions communities;
-    communities.community = options.community;
-    communities.write_community = options.write_community;
-    agent::Responder responder(engine, communities);
+    agent::Responder responder(engine, answering);
+    session.groups().counters = &responder.counters();
     if (options.verbose) {
         responder.on_message = [&](const agent::Message& message) {
             if (options.log_json)
@@ -133,7 +150,9 @@ int serve(const Options& options) {
             else
                 for (const std::string& line : message_lines(registry, message)) log.info("{}", line);
         };
-        responder.on_dropped = [&](const std::string& reason) { say("dropped", "dropped: " + reason); };
+        responder.on_dropped = [&](const std::string& reason) {
+            if (limit.pass()) say("dropped", "dropped: " + reason);
+        };
     }
 
     agent::Server server(responder, listen.host, listen.port);
@@ -146,9 +165,12 @@ int serve(const Options& options) {
                                  options.write_community ? "reads and writes" : "read-only (no write community)"));
     server.run();
 
+    limit.flush();
     say("stopped", "stopped: " + describe(responder.counters()));
     host.backend = nullptr;
     host.log = nullptr;
+    session.groups().counters = nullptr;
+    session.groups().up_time = nullptr;
     return 0;
 }
 

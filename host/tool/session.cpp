@@ -10,9 +10,15 @@
 namespace tool {
 namespace {
 
-services::Registry register_all(services::Library& library) {
+const std::vector<services::Registration>& modules_of(services::Library& library) {
     library.initialise();
-    return {services::services().registrations, library};
+    return services::services().registrations;
+}
+
+// A group that a module serves is left to it.
+const std::vector<services::Registration>& with_standard_groups() {
+    for (const services::Registration& group : agent::StandardGroups::registrations()) services::register_module(group);
+    return services::services().registrations;
 }
 
 }  // namespace
@@ -27,7 +33,8 @@ std::string default_library() {
     return kName;
 }
 
-Session::Session(const std::string& library_path) : library_(library_path), registry_(register_all(library_)) {}
+Session::Session(const std::string& library_path)
+    : library_(library_path), groups_(modules_of(library_)), registry_(with_standard_groups(), library_) {}
 
 std::string Session::summary() const {
     const auto count = [](std::size_t number, const char* noun) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "agent/engine.h"
+#include "agent/standard_groups.h"
 #include "services/library.h"
 #include "services/registry.h"
 
@@ -18,12 +19,15 @@ public:
     explicit Session(const std::string& library_path);
 
     const services::Library& library() const { return library_; }
+    // What the library and the agent itself serve.
     const services::Registry& registry() const { return registry_; }
+    agent::StandardGroups& groups() { return groups_; }
     // "version 1.0.0, 4 modules, 72 objects"
     std::string summary() const;
 
 private:
     services::Library library_;
+    agent::StandardGroups groups_;
     services::Registry registry_;
 };
 

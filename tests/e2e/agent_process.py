@@ -9,6 +9,8 @@ import threading
 import time
 
 ENTERPRISE = (1, 3, 6, 1, 4, 1, 32473)
+SYSTEM = (1, 3, 6, 1, 2, 1, 1)
+SNMP = (1, 3, 6, 1, 2, 1, 11)
 IF_NUMBER = (1, 3, 6, 1, 2, 1, 2, 1, 0)
 INTERFACES = (1, 3, 6, 1, 2, 1, 2)
 IF_MIB = (1, 3, 6, 1, 2, 1, 31)
@@ -43,13 +45,21 @@ class Agent:
         self.process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
                                         errors="replace")
         self.lines = []
+        self.reading = True
         self._changed = threading.Condition()
         threading.Thread(target=self._read, daemon=True).start()
         line = self.wait_for_line(r"127\.0\.0\.1:(\d+)", start_seconds)
         self.port = int(re.search(r"127\.0\.0\.1:(\d+)", line).group(1))
 
+    def close_output(self):
+        """From the next line on its output is closed."""
+        self.reading = False
+
     def _read(self):
         for line in self.process.stdout:
+            if not self.reading:
+                self.process.stdout.close()
+                return
             with self._changed:
                 self.lines.append(line.rstrip("\n"))
                 self._changed.notify_all()

@@ -3,6 +3,7 @@
 
 import signal
 import socket
+import subprocess
 import sys
 import tempfile
 
@@ -13,8 +14,8 @@ from pysnmp.proto.rfc1902 import Counter32, Gauge32, Integer32, OctetString, Tim
 sys.dont_write_bytecode = True  # nothing is left in the source tree
 
 from agent_process import (
-    IF_ALIAS, IF_DESCR, IF_MIB, IF_NUMBER, INTERFACES, PORT1, SWITCH_PORT_MIB, SW_PORT_SPEED, VLAN_INTERFACE_MIB,
-    VLAN_INTERFACE_ROW_STATUS, Agent, check, dotted, main)
+    IF_ALIAS, IF_DESCR, IF_MIB, IF_NUMBER, INTERFACES, PORT1, SNMP, SWITCH_PORT_MIB, SW_PORT_SPEED, SYSTEM,
+    VLAN_INTERFACE_MIB, VLAN_INTERFACE_ROW_STATUS, Agent, check, dotted, main)
 from snmp_client import COUNTER64, END_OF_MIB_VIEW, NO_SUCH_INSTANCE, NO_SUCH_OBJECT, V1, Client
 
 PORTS = list(range(PORT1, PORT1 + 26))
@@ -188,6 +189,42 @@ def check_read_only(mibhost, library):
     print("options from a file; no write access without a write community; SIGTERM ends it with 0")
 
 
+def check_system(agent):
+    """What a manager asks a device first, and how it names one."""
+    reader, writer = Client(agent.port), Client(agent.port, "private")
+    for arc in (1, 2, 3, 5, 7):
+        reader.value(SYSTEM + (arc, 0))
+    names = [(SYSTEM + (arc, 0), OctetString(text)) for arc, text in ((4, "noc@example.org"), (5, "lab"), (6, "rack 7"))]
+    check(writer.set(*names) == (0, 0), "sysContact, sysName and sysLocation are not set together")
+    check([reader.value(name) for name, _ in names] == [text for _, text in names], "they are not kept")
+    served = {bytes(value) for _, value in reader.walk(SYSTEM + (9, 1, 3))}
+    logged = {line.split()[1].encode() for line in agent.lines if line.endswith("objects)")} - {b"system", b"snmp"}
+    check(served == logged, f"sysORDescr names {served}, registered are {logged}")
+    check(int(reader.value(SNMP + (1, 0))) > 0, "snmpInPkts counts nothing")
+    print(f"system: named, with {len(served)} modules")
+
+
+def check_closed_output(mibhost, library):
+    """Nobody reads the log any more, and it goes on."""
+    with Agent(mibhost, library, "-v", "--freeze") as agent:
+        agent.close_output()
+        for _ in range(3):
+            Client(agent.port).walk(IF_DESCR)
+        check(agent.stop(signal.SIGTERM) == 0, f"exit code {agent.process.returncode} with its output closed")
+    print("a closed output does not end it")
+
+
+def check_communities(mibhost, library):
+    """Communities that cannot be meant, as a shell gives them for a variable that is not set."""
+    for options, reason in ((["--write-community", ""], "empty"), (["--community", ""], "empty"),
+                            (["--write-community", "public"], "another")):
+        result = subprocess.run([mibhost, "serve", "--library", library, *options], capture_output=True, text=True,
+                                timeout=20)
+        check(result.returncode == 2 and reason in result.stderr and len(result.stderr.splitlines()) == 1,
+              f"{options}: exit code {result.returncode}, {result.stderr!r}")
+    print("empty communities and the same one twice are refused")
+
+
 def run(mibhost, library):
     # With the clock stopped, what was walked first is still so when it is walked again.
     with Agent(mibhost, library, "--write-community", "private", "-v", "--freeze") as agent:
@@ -195,10 +232,14 @@ def run(mibhost, library):
         check_sets(agent)
         check_refusals(agent)
         check_sizes(agent)
+        check_system(agent)
         check_garbage(agent)
         check(agent.stop() == 0, f"exit code {agent.process.returncode} after SIGINT:\n" + "\n".join(agent.lines[-20:]))
+        check(any("lines left out" in line for line in agent.lines), "no line says how much of the garbage is not logged")
         print("SIGINT ends it with 0")
     check_read_only(mibhost, library)
+    check_closed_output(mibhost, library)
+    check_communities(mibhost, library)
 
 
 main(run)
