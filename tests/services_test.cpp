@@ -6,11 +6,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <elf.h>
+
 #include <algorithm>
 #include <climits>
 #include <cstddef>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <numeric>
 #include <optional>
 #include <string>
@@ -502,17 +505,51 @@ TEST_F(HostTest, ALibrarysExportsAreItsOwn) {
     EXPECT_EQ(library.symbol("memcpy"), nullptr);  // one of what the library needs itself
 }
 
-TEST_F(HostTest, WhatIsNoModuleLibraryIsRefusedByName) {
-    const std::string text = ::testing::TempDir() + "no_library.so";
-    std::ofstream(text) << "not an ELF file\n";
-    for (const std::string& path : {std::string("/nonexistent/lib.so"), text, std::string("libc.so.6")}) {
-        try {
-            services::Library library(path);
-            ADD_FAILURE() << path << " was taken";
-        } catch (const std::runtime_error& error) {
-            EXPECT_THAT(error.what(), HasSubstr(path));
-        }
+namespace {
+
+void expect_refusal(const std::string& path, const std::string& reason) {
+    try {
+        services::Library library(path);
+        ADD_FAILURE() << path << " was taken";
+    } catch (const std::runtime_error& error) {
+        EXPECT_THAT(error.what(), ::testing::AllOf(HasSubstr(path), HasSubstr(reason)));
     }
+}
+
+}  // namespace
+
+TEST_F(HostTest, WhatIsNoModuleLibraryIsRefusedByName) {
+    const std::string copy = ::testing::TempDir() + "no_library.so";
+    const auto write = [&](const std::string& octets) { std::ofstream(copy, std::ios::binary) << octets; };
+    std::ifstream stream(SWITCHMIB_LIBRARY, std::ios::binary);
+    const std::string whole(std::istreambuf_iterator<char>(stream), {});
+    const auto with = [&](std::size_t offset, char octet) {
+        std::string changed = whole;
+        changed[offset] = octet;
+        return changed;
+    };
+
+    expect_refusal("", "empty");
+    expect_refusal("/nonexistent/lib.so", "no such file");
+    expect_refusal(::testing::TempDir(), "not a file");
+    expect_refusal("libc.so.6", "_snmp_init");
+    for (const std::string& text : {std::string(), std::string("\x7f"), std::string("not an ELF file\n")}) {
+        write(text);
+        expect_refusal(copy, "no ELF file");
+    }
+    // Cut anywhere, also between what is mapped and the section headers at the end.
+    for (const std::size_t left : {std::size_t{8}, std::size_t{100}, whole.size() / 2, whole.size() - 1}) {
+        write(whole.substr(0, left));
+        expect_refusal(copy, "cut short");
+    }
+    write(with(offsetof(Elf32_Ehdr, e_machine), EM_SPARC));
+    expect_refusal(copy, "another machine");
+    write(with(EI_DATA, ELFDATA2MSB));
+    expect_refusal(copy, "another machine");
+    write(with(EI_CLASS, sizeof(void*) == 4 ? ELFCLASS64 : ELFCLASS32));
+    expect_refusal(copy, sizeof(void*) == 4 ? "64-bit" : "32-bit");
+    write(with(offsetof(Elf32_Ehdr, e_type), ET_EXEC));
+    expect_refusal(copy, "no shared library");
 }
 
 }  // namespace tests

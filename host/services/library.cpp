@@ -6,10 +6,13 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 #include <string_view>
+
+extern "C" const ElfW(Ehdr) __ehdr_start __attribute__((visibility("hidden")));  // this program's own, by the linker
 
 namespace services {
 namespace {
@@ -20,31 +23,67 @@ constexpr std::string_view kInitSuffix = "_snmp_init";
 class File {
 public:
     explicit File(const std::string& path) {
+        std::error_code error;
+        const auto status = std::filesystem::status(path, error);
+        if (!std::filesystem::exists(status)) throw std::runtime_error("there is no such file");
+        if (!std::filesystem::is_regular_file(status)) throw std::runtime_error("it is not a file");
         std::ifstream stream(path, std::ios::binary);
-        if (!stream) throw std::runtime_error(path + ": cannot be read");
+        if (!stream) throw std::runtime_error("it cannot be read");
         bytes_.assign(std::istreambuf_iterator<char>(stream), {});
     }
 
+    std::uint64_t size() const { return bytes_.size(); }
+
     template <class Record>
     Record at(std::uint64_t offset) const {
-        if (offset > bytes_.size() || sizeof(Record) > bytes_.size() - offset)
-            throw std::runtime_error("its ELF headers point behind its end");
+        require(offset, sizeof(Record));
         Record record;
         std::memcpy(&record, bytes_.data() + offset, sizeof record);
         return record;
     }
 
     std::string text_at(std::uint64_t offset) const {
-        if (offset >= bytes_.size()) throw std::runtime_error("its ELF headers point behind its end");
+        require(offset, 1);
         const char* text = bytes_.data() + offset;
         return std::string(text, strnlen(text, bytes_.size() - static_cast<std::size_t>(offset)));
+    }
+
+    // Throws when the file ends before these octets do.
+    void require(std::uint64_t offset, std::uint64_t count) const {
+        if (offset > bytes_.size() || count > bytes_.size() - offset) throw std::runtime_error("it is cut short");
     }
 
 private:
     std::vector<char> bytes_;
 };
 
-template <class Header, class Section, class Symbol>
+using Header = ElfW(Ehdr);
+using Segment = ElfW(Phdr);
+using Section = ElfW(Shdr);
+using Symbol = ElfW(Sym);
+
+// Throws with what is wrong with a file that the loader could not map into this process as a whole.
+void check_loadable(const File& file) {
+    if (file.size() < SELFMAG) throw std::runtime_error("it is no ELF file");
+    if (file.text_at(0).compare(0, SELFMAG, ELFMAG) != 0) throw std::runtime_error("it is no ELF file");
+    const Header& own = __ehdr_start;
+    const auto header = file.at<Header>(0);
+    const unsigned char bits = header.e_ident[EI_CLASS];
+    if ((bits == ELFCLASS32 || bits == ELFCLASS64) && bits != own.e_ident[EI_CLASS])
+        throw std::runtime_error(bits == ELFCLASS32 ? "it is for a 32-bit machine, this one has 64 bits"
+                                                    : "it is for a 64-bit machine, this one has 32 bits");
+    if (bits != own.e_ident[EI_CLASS] || header.e_ident[EI_DATA] != own.e_ident[EI_DATA] ||
+        header.e_machine != own.e_machine)
+        throw std::runtime_error("it is for another machine (ELF machine " + std::to_string(header.e_machine) +
+                                 ", this is " + std::to_string(own.e_machine) + ")");
+    if (header.e_type != ET_DYN) throw std::runtime_error("it is no shared library");
+    for (unsigned i = 0; i < header.e_phnum; ++i) {
+        const auto segment = file.at<Segment>(header.e_phoff + i * sizeof(Segment));
+        if (segment.p_type == PT_LOAD) file.require(segment.p_offset, segment.p_filesz);
+    }
+}
+
+// The names that a loadable file exports.
 std::vector<std::string> exports_of(const File& file) {
     const auto header = file.at<Header>(0);
     const auto section_at = [&](std::uint64_t index) {
@@ -57,7 +96,7 @@ std::vector<std::string> exports_of(const File& file) {
         const auto strings = section_at(section.sh_link);
         for (std::uint64_t at = 0; at + sizeof(Symbol) <= section.sh_size; at += sizeof(Symbol)) {
             const auto symbol = file.at<Symbol>(section.sh_offset + at);
-            // ELF32 and ELF64 pack binding and visibility the same way. Absolute symbols are names of versions.
+            // ELF32 and ELF64 pack these alike. Absolute symbols are names of versions.
             const auto binding = ELF64_ST_BIND(symbol.st_info);
             const auto visibility = ELF64_ST_VISIBILITY(symbol.st_other);
             const bool defined = symbol.st_shndx != SHN_UNDEF && symbol.st_shndx != SHN_ABS;
@@ -70,15 +109,6 @@ std::vector<std::string> exports_of(const File& file) {
     return names;
 }
 
-std::vector<std::string> read_exports(const std::string& path) {
-    const File file(path);
-    switch (file.at<unsigned char>(EI_CLASS)) {
-        case ELFCLASS32: return exports_of<Elf32_Ehdr, Elf32_Shdr, Elf32_Sym>(file);
-        case ELFCLASS64: return exports_of<Elf64_Ehdr, Elf64_Shdr, Elf64_Sym>(file);
-        default: throw std::runtime_error("it is neither a 32-bit nor a 64-bit ELF file");
-    }
-}
-
 // The file that the loader found, which may have searched for it.
 std::string file_of(void* handle, const std::string& path) {
     link_map* map = nullptr;
@@ -87,19 +117,30 @@ std::string file_of(void* handle, const std::string& path) {
 
 }  // namespace
 
-Library::Library(const std::string& path) : path_(path), handle_(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-    if (handle_ == nullptr) {
-        const char* reason = dlerror();
-        throw std::runtime_error("cannot load " + path + ": " + (reason != nullptr ? reason : "unknown reason"));
-    }
+Library::Library(const std::string& path) : path_(path) {
+    if (path.empty()) throw std::runtime_error("the path of the module library is empty");
     try {
-        exports_ = read_exports(file_of(handle_, path));
-        if (std::ranges::none_of(exports_, [](const std::string& name) { return name.ends_with(kInitSuffix); }))
-            throw std::runtime_error("it exports no *" + std::string(kInitSuffix) + " function");
+        // The loader would map a file that is cut short, and fail later. A name without a slash is for it to find.
+        const bool is_path = path.find('/') != std::string::npos;
+        if (is_path) read_exports(path);
+        handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (handle_ == nullptr) {
+            const char* reason = dlerror();
+            throw std::runtime_error(reason != nullptr ? reason : "the loader gives no reason");
+        }
+        if (!is_path) read_exports(file_of(handle_, path));
     } catch (const std::exception& error) {
-        dlclose(handle_);
-        throw std::runtime_error("cannot use " + path + ": " + error.what());
+        if (handle_ != nullptr) dlclose(handle_);
+        throw std::runtime_error("cannot load " + path + ": " + error.what());
     }
+}
+
+void Library::read_exports(const std::string& path) {
+    const File file(path);
+    check_loadable(file);
+    exports_ = exports_of(file);
+    if (std::ranges::none_of(exports_, [](const std::string& name) { return name.ends_with(kInitSuffix); }))
+        throw std::runtime_error("it exports no *" + std::string(kInitSuffix) + " function");
 }
 
 Library::~Library() { dlclose(handle_); }
