@@ -12,7 +12,7 @@ StandardGroups* serving = nullptr;
 constexpr oid kSystem[] = {1, 3, 6, 1, 2, 1, 1};
 constexpr oid kSnmp[] = {1, 3, 6, 1, 2, 1, 11};
 
-constexpr char kDescription[] = "Simulated Layer 2/3 Ethernet switch, mibhost " SWITCHMIB_VERSION;
+constexpr char kDescription[] = "Simulated Layer 2/3 Ethernet switch, mibhost " MIBHOST_VERSION;
 constexpr oid kObject[] = {1, 3, 6, 1, 4, 1, SWITCHMIB_VENDOR_ENTERPRISE};
 constexpr std::uint32_t kLayers2And3 = 2 + 4;
 constexpr std::uint32_t kTrapsDisabled = 2;
