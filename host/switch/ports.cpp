@@ -83,27 +83,13 @@ std::optional<Medium> medium_of(const Port& port, std::string_view word) {
     return word == "fiber" ? kFiber : kCopper;
 }
 
-// The setting's number, none when the medium doesn't take it.
-std::optional<std::int32_t> speed_of(const Port& port, Medium medium, std::string_view words) {
-    for (const Speed& speed : kSpeeds) {
-        if (speed.words != words) continue;
-        const bool gigabit = speed.value == kGigabit;
-        if (medium == kFiber) {
-            if (!gigabit && speed.value != kAuto) return {};
-            return gigabit && port.combo() ? kGigabitFiber : speed.value;
-        }
-        // Two copper ends at this speed need a master: a combo port insists on being told.
-        if (gigabit && port.combo()) return {};
-        return speed.value;
-    }
-    return {};
-}
-
-Outcome set_speed(Port& port, Medium medium, std::string_view words) {
+// Fiber has one speed. Two copper ends at that speed need a master: a combo port insists on being told.
+Outcome set_speed(Port& port, Medium medium, const Speed& speed) {
     if (port.flags & Port::kSpeedFixed) return refused("its speed cannot be set");
-    const std::optional<std::int32_t> speed = speed_of(port, medium, words);
-    if (!speed) return refused("this medium has no such speed");
-    port.link(medium).speed = *speed;
+    const bool gigabit = speed.value == kGigabit, fiber = medium == kFiber;
+    if (fiber ? !gigabit && speed.value != kAuto : gigabit && port.combo())
+        return refused("this medium has no such speed");
+    port.link(medium).speed = fiber && gigabit && port.combo() ? kGigabitFiber : speed.value;
     return accepted;
 }
 
@@ -113,16 +99,13 @@ Outcome set_duplex(Port& port, Medium medium, std::string_view word) {
     return accepted;
 }
 
-Outcome set_flow_control(Port& port, Medium medium, std::string_view direction, bool on) {
+// Of one direction, or of both where none is named.
+Outcome set_flow_control(Port& port, Medium medium, const Argument& direction, bool on) {
     if (port.flags & Port::kFlowControlFixed) return refused("its flow control cannot be set");
     Link& link = port.link(medium);
-    (direction == "send" ? link.flow_control_send : link.flow_control_receive) = on;
+    if (direction.text != "receive") link.flow_control_send = on;
+    if (direction.text != "send") link.flow_control_receive = on;
     return accepted;
-}
-
-Outcome set_flow_control(Port& port, Medium medium, bool on) {
-    const Outcome outcome = set_flow_control(port, medium, "send", on);
-    return outcome.is_accepted() ? set_flow_control(port, medium, "receive", on) : outcome;
 }
 
 Outcome set_media_type(Port& port, std::string_view medium, bool failover) {
@@ -230,7 +213,7 @@ void Ports::describe(Description& d) {
 
     const Lines<Port> port = lines(d);
     // One that sets something of one medium, which the line's last word may name.
-    const auto link_line = [&port](const char* pattern, auto set) {
+    const auto link_line = [&port](const std::string& pattern, auto set) {
         port.line(pattern, [set](Port& p, const Arguments& arguments) {
             const std::optional<Medium> medium = medium_of(p, arguments.back().text);
             if (medium) return set(p, *medium, arguments);
@@ -240,23 +223,13 @@ void Ports::describe(Description& d) {
     link_line("duplex full|half|auto [copper|fiber]", [](Port& p, Medium medium, const Arguments& arguments) {
         return set_duplex(p, medium, arguments[0].text);
     });
-    link_line("speed 10|100|1000 [copper|fiber]", [](Port& p, Medium medium, const Arguments& arguments) {
-        return set_speed(p, medium, arguments[0].text);
-    });
-    link_line("speed 1000 slave|master [copper|fiber]", [](Port& p, Medium medium, const Arguments& arguments) {
-        return set_speed(p, medium, fmt::format("1000 {}", arguments[0].text));
-    });
-    link_line("speed auto [10|100|1000|10,100|10,1000|100,1000] [copper|fiber]",
+    for (const Speed& speed : kSpeeds)
+        link_line(fmt::format("speed {} [copper|fiber]", speed.words),
+                  [&speed](Port& p, Medium medium, const Arguments&) { return set_speed(p, medium, speed); });
+    link_line("flowcontrol [send|receive] on|off [copper|fiber]",
               [](Port& p, Medium medium, const Arguments& arguments) {
-                  const std::string_view only = arguments[0].text;
-                  return set_speed(p, medium, only.empty() ? "auto" : fmt::format("auto {}", only));
+                  return set_flow_control(p, medium, arguments[0], arguments[1].text == "on");
               });
-    link_line("flowcontrol send|receive on|off [copper|fiber]", [](Port& p, Medium medium, const Arguments& arguments) {
-        return set_flow_control(p, medium, arguments[0].text, arguments[1].text == "on");
-    });
-    link_line("flowcontrol on|off [copper|fiber]", [](Port& p, Medium medium, const Arguments& arguments) {
-        return set_flow_control(p, medium, arguments[0].text == "on");
-    });
     port.line("media-type fiber|copper [auto-failover]", [](Port& p, const Arguments& arguments) {
         return set_media_type(p, arguments[0].text, arguments[1].present);
     });
