@@ -3,6 +3,7 @@
 #pragma once
 
 #include "framework/host.h"
+#include "framework/ifindex.h"
 #include "framework/snmp.h"
 #include "framework/write.h"
 
@@ -63,7 +64,7 @@ struct Difference {
     }
 };
 
-using PortList = MemberList<12, 90, PORTLIST_and, PORTLIST_xor>;
+using PortList = MemberList<12, kLastPort, PORTLIST_and, PORTLIST_xor>;
 using VlanList = MemberList<512, 4094, VLANLIST_and, VLANLIST_xor>;
 
 }  // namespace switchmib
