@@ -31,7 +31,8 @@ public:
     Description(TableStore& store, CommandLine& lines) : store_(store), lines_(lines) {}
 
     void table(Table table) { store_.add(std::move(table)); }
-    // What writers ask for without a key: the numbers of the command are the row's index, or what `row` makes of it.
+    // What writers ask for without a key: the numbers and MAC addresses of the command are the row's index, or what `row`
+    // makes of the command.
     void lookup(std::string show, Rows rows, LookedUp row = {}) {
         store_.add_lookup(std::move(show), std::move(rows), std::move(row));
     }

@@ -1,8 +1,10 @@
 // Every area, in alphabetical order. Each one's file defines `void add_AREA(Switch&)`, which makes it.
 // clang-format off
 #define SWITCH_AREAS(area) \
+    area(bridge)           \
     area(classification)   \
     area(ethernet)         \
+    area(forwarding)       \
     area(health)           \
     area(interfaces)       \
     area(ports)            \

@@ -8,6 +8,8 @@
 
 namespace sw {
 
+constexpr Mac kOwnMac{0x02, 0x53, 0x57, 0x10, 0x00, 0x00};  // the switch's, as a station
+
 struct Interface {
     std::string name;  // of the command line
     std::string description;

@@ -1,5 +1,6 @@
 // IGMP and MLD snooping, one description of both: what it is set to on VLAN interfaces, the groups, sources and hosts
 // on ports, router ports, limits, access groups and statistics.
+#include "switch/forwarding.h"
 #include "switch/vlan_interfaces.h"
 
 #include <fmt/format.h>
@@ -97,6 +98,7 @@ private:
     VlanInterfaces& vlan_interfaces_;
     Vlans& vlans_;
     Ports& ports_;
+    Forwarding& forwarding_;
     std::map<std::uint32_t, VlanSnooping> interfaces_;  // by the ifIndex of a VLAN interface
     // The others by the index of their tables, where VLANs are their interfaces' ifIndex and addresses type, length,
     // octets.
@@ -113,7 +115,8 @@ Snooping::Snooping(Switch& its_switch, const Words& words)
       switch_(its_switch),
       vlan_interfaces_(its_switch.area<VlanInterfaces>()),
       vlans_(its_switch.area<Vlans>()),
-      ports_(its_switch.area<Ports>()) {
+      ports_(its_switch.area<Ports>()),
+      forwarding_(its_switch.area<Forwarding>()) {
     const auto group = [&](oid n) { return group_address(words_.type, n); };
     for (const oid port : {1u, 2u}) learn(port, 1, group(1));
     for (const oid port : {5u, 6u, 13u}) learn(port, 10, group(2));
@@ -130,6 +133,7 @@ void Snooping::learn(oid port, oid vid, const Index& group) {
     const Index on_port{kPortIfIndexBase + port}, on_vlan{kVlanIfIndexBase + vid};
     const Membership member{false, Duration(), octets({10, 0, vid, 100 + port})};
     groups_.emplace(join({on_port, on_vlan, group}), member);
+    forwarding_.join_group(vid, kPortIfIndexBase + port, group);
     sources_.emplace(join({on_port, on_vlan, group, host_address(words_.type, vid, 10)}), member);
     hosts_.emplace(join({on_vlan, on_port, group, host_address(words_.type, vid, 100 + port)}),
                    octets({0x02, 0x48, 0x00, 0x00, vid, port}));
@@ -279,9 +283,13 @@ Outcome Snooping::static_group(const Entered& entered, const Arguments& argument
     const Index index = join({{port, entered.object}, group, arguments[1].index()});
     const auto row = rows.find(index);
     const bool is_configured = row != rows.end() && row->second.configured;
+    const std::uint32_t vid = entered.object - kVlanIfIndexBase;
+    if (add && row == rows.end() && !arguments[1].present) forwarding_.join_group(vid, port, group);
     if (add && !is_configured) rows.insert_or_assign(index, Membership{true, switch_.uptime(), octets({0, 0, 0, 0})});
     if (!add && !is_configured) return refused("there is no such static group");
-    if (!add) rows.erase(row);
+    if (add) return accepted;
+    rows.erase(row);
+    if (!arguments[1].present) forwarding_.leave_group(vid, port, group);
     return accepted;
 }
 

@@ -264,7 +264,8 @@ std::optional<Answer> TableStore::find(const Entry& entry, const services::ShowR
         } else {
             index.emplace();
             for (const Argument& argument : match.arguments)
-                if (argument.type == PlaceType::number) index->push_back(argument.number);
+                if (argument.type == PlaceType::number || argument.type == PlaceType::octets)
+                    *index = join({*index, argument.index()});
         }
         if (!index) {
             refusal = "its words contradict each other";
@@ -281,6 +282,9 @@ std::optional<Answer> TableStore::find(const Entry& entry, const services::ShowR
     }
     // No row has a clear key: the row after it is the first one.
     if (clear && request.exact) return {};
+    // Of an index that ends early, all rows that begin with it come after.
+    if (!request.exact && request.index_count > 0 && index.size() > static_cast<std::size_t>(request.index_count))
+        index.resize(static_cast<std::size_t>(request.index_count));
     if (!table.scope) return request.exact ? table.rows.at(column, index) : table.rows.after(column, std::move(index));
 
     const std::optional<Index> scope = table.scope(match.arguments);

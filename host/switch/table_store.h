@@ -231,8 +231,8 @@ public:
 
     // Throws std::invalid_argument for a table whose pattern does not fit its key.
     void add(Table table);
-    // What writers ask for without a key: the numbers of the command are the row's index, or what `row` makes of it. It is
-    // known by its command, whatever the name that asks for it.
+    // What writers ask for without a key: the numbers and MAC addresses of the command are the row's index, or what `row`
+    // makes of the command. It is known by its command, whatever the name that asks for it.
     void add_lookup(std::string show, Rows rows, LookedUp row = {});
     // Adds objects to a group. `show` is the command of those that have none of their own.
     void add(const std::string& group, const std::string& show, std::vector<Scalar> scalars);

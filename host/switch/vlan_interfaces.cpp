@@ -16,7 +16,7 @@ void VlanInterfaces::make(std::uint32_t vid) {
     interfaces_.make(kVlanIfIndexBase + vid, {.name = name,
                                               .description = "VLAN interface " + name,
                                               .type = 136,
-                                              .mac = {0x02, 0x53, 0x57, 0x10, 0x00, 0x00},  // the switch's own
+                                              .mac = kOwnMac,
                                               .mbps = 1000,
                                               .carrier = vlans_.has(vid)});
 }

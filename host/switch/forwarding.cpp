@@ -1,0 +1,237 @@
+// The forwarding database by address and by VLAN, the time after which addresses age, multicast groups and static
+// multicast addresses.
+#include "switch/forwarding.h"
+
+#include <algorithm>
+
+namespace sw {
+namespace {
+
+using std::chrono::seconds;
+
+constexpr Duration kCycle = seconds(1200);
+constexpr std::uint32_t kBehindAccess = 6, kBehindTagged = 4, kBehindTrunk = 60;  // stations on a port in a VLAN
+constexpr std::uint32_t kUplink = kPortIfIndexBase + 25;
+
+Index row_of(std::uint32_t vid, const Mac& mac) { return join({{vid}, Index(mac.begin(), mac.end())}); }
+
+// The address that frames to an IP multicast group have.
+Mac group_mac(const Index& group) {
+    const auto octet = [&](std::size_t from_end) { return static_cast<unsigned char>(group[group.size() - from_end]); };
+    if (group[0] == 1) return {0x01, 0x00, 0x5e, static_cast<unsigned char>(octet(3) & 0x7f), octet(2), octet(1)};
+    return {0x33, 0x33, octet(4), octet(3), octet(2), octet(1)};
+}
+
+}  // namespace
+
+Forwarding::Forwarding(Switch& its_switch)
+    : Area(its_switch), ports_(its_switch.area<Ports>()), vlans_(its_switch.area<Vlans>()) {
+    add_station(kDefaultVlan, kOwnMac, {});
+    for (const auto& [ifindex, port] : vlans_.ports())
+        for (const std::uint32_t vid : {1u, 10u, 20u, 30u})
+            if (vlans_.has(vid, ifindex))
+                add_stations(vid, ifindex,
+                             port.mode == PortMode::trunk    ? kBehindTrunk
+                             : port.mode == PortMode::access ? kBehindAccess
+                                                             : kBehindTagged);
+    // The rest are servers, which always talk.
+    auto vlan = vlans_.all().begin();
+    for (std::uint32_t n = 0; n < its_switch.size().fdb; ++n) {
+        const auto octet = [n](int shift) { return static_cast<unsigned char>(n >> shift); };
+        add_station(vlan->first, {0x02, 0x49, 0x00, octet(16), octet(8), octet(0)}, {kUplink, kCycle});
+        if (++vlan == vlans_.all().end()) vlan = vlans_.all().begin();
+    }
+}
+
+void Forwarding::add_station(std::uint32_t vid, const Mac& mac, const Station& station) {
+    const auto entry = stations_.emplace(row_of(vid, mac), station).first;
+    by_address_.emplace(Index(mac.begin(), mac.end()), Known{vid, &entry->second});
+}
+
+void Forwarding::add_stations(std::uint32_t vid, std::uint32_t ifindex, std::uint32_t number) {
+    for (std::uint32_t n = 0; n < number; ++n) {
+        const Mac mac{0x02,
+                      0x48,
+                      0x00,
+                      static_cast<unsigned char>(n),
+                      static_cast<unsigned char>(vid),
+                      static_cast<unsigned char>(ifindex - kPortIfIndexBase)};
+        const std::uint32_t spread = 7 * n + 3 * ifindex + vid;
+        // The first one is always there.
+        add_station(vid, mac,
+                    {ifindex, n == 0 ? kCycle : seconds(400 + spread % 8 * 100), seconds(37 * spread % 1200)});
+    }
+}
+
+// --- Learning and aging ----------------------------------------------------------------------------------------------
+
+bool Forwarding::knows(std::uint32_t vid, const Station& station) const {
+    if (station.ifindex == 0) return true;
+    if (!ports_.interfaces().is_up(station.ifindex) || !vlans_.has(vid, station.ifindex)) return false;
+    const Duration now = uptime();
+    const Duration silent = std::max((now + station.shift) % kCycle - station.talks, Duration());
+    return now - silent >= station.forgotten && (aging_ == Duration() || silent < aging_);
+}
+
+std::uint32_t Forwarding::count(std::uint32_t vid) const {
+    return static_cast<std::uint32_t>(std::count_if(
+        stations_.lower_bound({vid}), stations_.lower_bound({vid + 1}),
+        [this](const auto& entry) { return entry.second.ifindex != 0 && knows(entry.first[0], entry.second); }));
+}
+
+// Addresses that have aged stay forgotten when they are kept longer from now on.
+void Forwarding::set_aging(Duration time) {
+    for (auto& [row, station] : stations_)
+        if (!knows(row[0], station)) station.forgotten = uptime();
+    aging_ = time;
+}
+
+void Forwarding::interface_went(std::uint32_t ifindex, bool) {
+    for (auto& [row, station] : stations_)
+        if (station.ifindex == ifindex) station.forgotten = uptime();
+}
+
+void Forwarding::vlan_removed(std::uint32_t vid) {
+    for (auto station = stations_.lower_bound({vid}); station != stations_.lower_bound({vid + 1}); ++station)
+        station->second.forgotten = uptime();
+    groups_.erase(groups_.lower_bound({vid}), groups_.lower_bound({vid + 1}));
+}
+
+// --- Groups ----------------------------------------------------------------------------------------------------------
+
+void Forwarding::join_group(std::uint32_t vid, std::uint32_t ifindex, const Index& group) {
+    ++groups_[row_of(vid, group_mac(group))].members[ifindex - kPortIfIndexBase];
+}
+
+void Forwarding::leave_group(std::uint32_t vid, std::uint32_t ifindex, const Index& group) {
+    const auto row = groups_.find(row_of(vid, group_mac(group)));
+    if (row == groups_.end()) return;
+    auto& members = row->second.members;
+    const auto member = members.find(ifindex - kPortIfIndexBase);
+    if (member != members.end() && --member->second == 0) members.erase(member);
+    if (members.empty() && !row->second.is_fixed()) groups_.erase(row);
+}
+
+// Those that are up and in the VLAN.
+PortList Forwarding::members(const Group& group, const Index& row, bool with_fixed) const {
+    PortList list;
+    for (const auto& [ifindex, port] : ports_.all())
+        list.set(port.number, (group.members.contains(port.number) || (with_fixed && group.fixed.has(port.number))) &&
+                                  ports_.interfaces().is_up(ifindex) && vlans_.has(row[0], ifindex));
+    return list;
+}
+
+Outcome Forwarding::set_fixed(const Arguments& arguments, bool fixed) {
+    const Port* port = ports_.find(arguments[2].text);
+    const std::uint32_t vid = arguments[1].number;
+    if (!vlans_.has(vid)) return refused("there is no such VLAN");
+    if (port == nullptr) return refused("there is no such port");
+    if (!(arguments[0].octets[0] & 1)) return refused("the address is no multicast address");
+    const Index row = join({{vid}, arguments[0].index()});
+    const auto group = groups_.find(row);
+    if (!fixed && (group == groups_.end() || !group->second.fixed.has(port->number)))
+        return refused("the address is not static on that port");
+    Group& changed = groups_[row];
+    changed.fixed.set(port->number, fixed);
+    if (changed.members.empty() && !changed.is_fixed()) groups_.erase(row);
+    return accepted;
+}
+
+Outcome Forwarding::remove_fixed(const Arguments& arguments) {
+    const auto group = groups_.find(join({{arguments[1].number}, arguments[0].index()}));
+    if (group == groups_.end() || !group->second.is_fixed()) return refused("the address is not static");
+    group->second.fixed = {};
+    if (group->second.members.empty()) groups_.erase(group);
+    return accepted;
+}
+
+// --- Tables and lines ------------------------------------------------------------------------------------------------
+
+void Forwarding::describe(Description& d) {
+    d.scalars("dot1dBridgeGlobals", "",
+              {{19, "dot1dTpAgingTime", [this] { return std::chrono::duration_cast<seconds>(aging_).count(); },
+                "show mac address-table aging-time"}});
+    d.table({.name = "dot1qFdbTable",
+             .show = "show mac address-table count vlan {int}",
+             .rows = rows_of(vlans_.all(), {{2, "dot1qFdbDynamicCount",
+                                             [this](const Vlan&, const Index& index) { return count(index[0]); }}})});
+
+    // What is known of a station, and nothing when it is not known.
+    const auto port = [this](std::uint32_t vid, const Station& station) -> std::optional<std::uint32_t> {
+        if (!knows(vid, station)) return {};
+        return station.ifindex != 0 ? station.ifindex - kPortIfIndexBase : 0;
+    };
+    const auto status = [this](std::uint32_t vid, const Station& station) -> std::optional<std::uint32_t> {
+        if (!knows(vid, station)) return {};
+        return station.ifindex != 0 ? 3 : 4;  // learned, self
+    };
+    const auto by_row = [](auto fact) {
+        return [fact](const Station& station, const Index& row) { return fact(row[0], station); };
+    };
+    d.table(
+        {.name = "dot1qTpFdbTable",
+         .show = "show uib mac address-table address {mac:2} vlan {int:1}",
+         .key = {kInteger, kMac},
+         .rows = rows_of(stations_, {{2, "dot1qTpFdbPort", by_row(port)}, {3, "dot1qTpFdbStatus", by_row(status)}})});
+    const auto by_address = [](auto fact) {
+        return [fact](const Known& known) { return fact(known.vid, *known.station); };
+    };
+    const auto address = [this](const Known& known, const Index& row) -> std::optional<Value> {
+        if (!knows(known.vid, *known.station)) return {};
+        return octets_of(row.data(), row.size());
+    };
+    d.table({.name = "dot1dTpFdbTable",
+             .show = "show uib default mac address-table address {mac}",
+             .key = {kMac},
+             .rows = rows_of(by_address_, {{1, "dot1dTpFdbAddress", address},
+                                           {2, "dot1dTpFdbPort", by_address(port)},
+                                           {3, "dot1dTpFdbStatus", by_address(status)}})});
+    d.lines(*this).line("mac address-table aging-time {0..1000000}", [this](const Arguments& arguments) {
+        const std::uint32_t time = arguments[0].number;
+        if (time > 0 && time < 10) return refused("addresses are kept for 10 seconds at least");
+        set_aging(seconds(time));
+        return accepted;
+    });
+    add_group_tables(d);
+}
+
+void Forwarding::add_group_tables(Description& d) {
+    const auto list = [this](bool with_fixed) {
+        return [this, with_fixed](const Group& group, const Index& row) { return members(group, row, with_fixed); };
+    };
+    d.table({.name = "dot1qTpGroupTable",
+             .show = "show debugging mcast group_table [vlan {int} mac {mac}]",
+             .key = {kInteger, kMac},
+             .rows = rows_of(groups_,
+                             {{2, "dot1qTpGroupEgressPorts", list(true)}, {3, "dot1qTpGroupLearnt", list(false)}})});
+
+    const auto fixed = [](auto fact) {
+        return [fact](const Group& group) { return group.is_fixed() ? std::optional(fact(group)) : std::nullopt; };
+    };
+    d.table({.name = "dot1qStaticMulticastTable",
+             .show = "show debugging mcast static_table [vlan {int} mac {mac}]",
+             .key = {kInteger, kMac, kInteger},
+             // For frames from every port, and kept over a restart.
+             .rows = rows_of(groups_, {{3, "dot1qStaticMulticastStaticEgressPorts",
+                                        fixed([](const Group& group) { return group.fixed; })},
+                                       {5, "dot1qStaticMulticastStatus", fixed([](const Group&) { return 3; })}})
+                         .ending({0})});
+    // An address that is not static yet has no ports.
+    const FindRow<PortList> ports_of = [this](const Index& row) -> std::optional<std::pair<Index, PortList>> {
+        const auto group = groups_.find(row);
+        return std::pair{row, group != groups_.end() ? group->second.fixed : PortList()};
+    };
+    d.lookup("show debugging mcast static_table egressport vlan {int} mac {mac}",
+             rows_from(ports_of, {{3, "egress", [](const PortList& ports) { return ports; }}}));
+
+    const Lines<Forwarding> global = d.lines(*this);
+    for (const bool add : {true, false})
+        global.line(std::string(add ? "" : "no ") + "mac address-table static {mac} vlan {1..4094} interface {word}",
+                    [this, add](const Arguments& arguments) { return set_fixed(arguments, add); });
+    global.line("no mac address-table static {mac} vlan {1..4094}",
+                [this](const Arguments& arguments) { return remove_fixed(arguments); });
+}
+
+void add_forwarding(Switch& areas) { areas.area<Forwarding>(); }
+
+}  // namespace sw

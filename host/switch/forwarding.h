@@ -1,0 +1,60 @@
+// The forwarding database: which addresses the switch has learned on which ports, multicast groups and static multicast
+// addresses.
+#pragma once
+
+#include "switch/vlans.h"
+
+#include <map>
+
+namespace sw {
+
+class Forwarding : public Area {
+public:
+    explicit Forwarding(Switch&);
+    void describe(Description&) override;
+    void interface_went(std::uint32_t ifindex, bool up) override;
+    void vlan_removed(std::uint32_t vid) override;
+
+    // A port wants the frames to a group, an IP address as in an index, or no longer wants them.
+    void join_group(std::uint32_t vid, std::uint32_t ifindex, const Index& group);
+    void leave_group(std::uint32_t vid, std::uint32_t ifindex, const Index& group);
+
+private:
+    // A station behind a port. It talks for a while, is silent for a while, and so on: its address is there while it
+    // talks, and then until it has aged.
+    struct Station {
+        std::uint32_t ifindex = 0;  // 0: the switch itself
+        Duration talks{};           // in each cycle; kCycle: always
+        Duration shift{};           // how far into its first cycle it was at the start
+        Duration forgotten{};       // when the port last went down or the address aged: it is learned anew
+    };
+    // Ports that frames to a multicast address in a VLAN go to.
+    struct Group {
+        std::map<std::uint32_t, int> members{};  // by port number: how many groups of that address it has joined
+        PortList fixed{};                        // by configuration
+        bool is_fixed() const { return fixed.octets != PortList().octets; }
+    };
+    struct Known {
+        std::uint32_t vid;
+        const Station* station;
+    };
+
+    void add_station(std::uint32_t vid, const Mac& mac, const Station& station);
+    void add_stations(std::uint32_t vid, std::uint32_t ifindex, std::uint32_t number);
+    bool knows(std::uint32_t vid, const Station& station) const;
+    std::uint32_t count(std::uint32_t vid) const;
+    void set_aging(Duration time);
+    PortList members(const Group& group, const Index& row, bool with_fixed) const;
+    Outcome set_fixed(const Arguments& arguments, bool fixed);
+    Outcome remove_fixed(const Arguments& arguments);
+    void add_group_tables(Description&);
+
+    Ports& ports_;
+    Vlans& vlans_;
+    Duration aging_ = std::chrono::seconds(300);  // 0: addresses do not age
+    std::map<Index, Station> stations_;           // by VLAN, address
+    std::map<Index, Known> by_address_;           // the same; an address is in one VLAN
+    std::map<Index, Group> groups_;               // by VLAN, address
+};
+
+}  // namespace sw
