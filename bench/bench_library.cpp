@@ -480,6 +480,20 @@ void walk_routes() {
     walk(kRoute, 16, advance, count);
 }
 
+// The forwarding database by address.
+template <std::uint32_t count>
+void walk_addresses() {
+    const auto advance = [](unsigned char* mac) {
+        std::uint32_t row = 0;
+        for (int i = 2; i < 6; ++i) row = row << 8 | mac[i];
+        if (row == rows) return false;
+        ++row;
+        for (int i = 5; i >= 2; --i, row >>= 8) mac[i] = static_cast<unsigned char>(row);
+        return true;
+    };
+    walk({1, 3, 6, 1, 2, 1, 17, 4, 3, 1, 2}, 6, advance, count);
+}
+
 // --- the cases -------------------------------------------------------------------------------------------------------
 
 struct Request {
@@ -536,6 +550,8 @@ const Walk kWalks[] = {
     {"walk VLANs", walk_vlans<100>, 100, walk_vlans<4094>, 4094},
     {"walk routes", walk_routes<100>, 100, walk_routes<10000>, 10000},
     {"list of VLANs", library_vlan_list<100>, 100, library_vlan_list<4094>, 4094},
+    {"walk addresses", walk_addresses<100>, 100, walk_addresses<10000>, 10000},
+    {"walk 100000 addresses", walk_addresses<100>, 100, walk_addresses<100000>, 100000},
 };
 
 struct Case {
@@ -565,6 +581,7 @@ const char* const kInits[] = {"interfaces_snmp_init",
                               "pellamVlanInterfaceMIB_snmp_init",
                               "qBridgeMIB_snmp_init",
                               "corvinVlanMIB_snmp_init",
+                              "dot1dBridge_snmp_init",
                               "ipForward_snmp_init",
                               "ip_snmp_init",
                               "harrowMgmdSnoopingMIB_snmp_init"};

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Configures a running agent with pysnmp in SETs of several varbinds, and reads all of it back: a VLAN with its ports,
-the hardware, routes, snooping."""
+the hardware, the bridge, routes, snooping."""
 
 import sys
 
@@ -11,6 +11,7 @@ sys.dont_write_bytecode = True  # nothing is left in the source tree
 from agent_process import ENTERPRISE, PORT1, Agent, check, dotted, main
 from snmp_client import Client
 
+BRIDGE = (1, 3, 6, 1, 2, 1, 17)
 CREATE, DESTROY = Integer32(4), Integer32(6)
 VLAN_NAME, VLAN_EGRESS, _, VLAN_UNTAGGED, VLAN_STATUS = [(1, 3, 6, 1, 2, 1, 17, 7, 1, 4, 3, 1, n) for n in range(1, 6)]
 PVID = (1, 3, 6, 1, 2, 1, 17, 7, 1, 4, 5, 1, 1)
@@ -98,6 +99,35 @@ def hardware(agent, client):
     print("pause mode, LEDs, EEE, temperature threshold and transceiver threshold set and read back")
 
 
+def bridge(agent, client):
+    """The forwarding database by address and by VLAN, the aging time, priorities, timers, a static group."""
+    aging, by_mac, by_vlan = BRIDGE + (4, 2), BRIDGE + (4, 3, 1, 2), BRIDGE + (7, 1, 2, 2, 1, 2)
+    on_ports = {name[-6:]: value for name, value in client.walk(by_mac, 25)}
+    in_vlans = {name[-6:]: value for name, value in client.walk(by_vlan, 25)}
+    check(len(on_ports) > 200, f"the forwarding database has {len(on_ports)} addresses")
+    both = on_ports.keys() & in_vlans.keys()  # an address may come or go between the walks
+    check(len(both) >= len(on_ports) - 5 and all(on_ports[mac] == in_vlans[mac] for mac in both),
+          "the forwarding databases by address and by VLAN differ")
+    configure(agent, client, [(aging + (0,), Integer32(60))], ["mac address-table aging-time 60"])
+    expect(client, {(aging, (0,)): Integer32(60)})
+
+    priority, join = BRIDGE + (6, 1, 2, 1, 1, 1), (1, 3, 111, 2, 802, 1, 1, 2, 1, 4, 1, 1, 1)
+    configure(agent, client, [(priority + (port(3),), Integer32(5))], ["interface port3", "mls qos cos 5"])
+    expect(client, {(priority, (port(3),)): Integer32(5)})
+    configure(agent, client, [(join + (port(3),), Integer32(40))], [f"mrp_snmp timer join 40 ifindex {port(3)}"])
+    expect(client, {(join, (port(3),)): Integer32(40)})
+
+    static, status, group = BRIDGE + (7, 1, 3, 2, 1, 3), BRIDGE + (7, 1, 3, 2, 1, 5), (10, 1, 0, 94, 0, 0, 99, 0)
+    mac = "mac address-table static 01-00-5e-00-00-63 vlan 10"
+    configure(agent, client, [(static + group, ports(5, 6))], [f"{mac} interface port5", f"{mac} interface port6"])
+    configure(agent, client, [(static + group, ports(6, 13))],
+              [f"{mac} interface port13", f"no {mac} interface port5"])
+    expect(client, {(static, group): ports(6, 13), (BRIDGE + (7, 1, 2, 3, 1, 2), group[:-1]): ports(6, 13)})
+    configure(agent, client, [(status + group, Integer32(2))], [f"no {mac}"])
+    expect(client, {(static, group): None})
+    print(f"bridge: {len(on_ports)} addresses, aging time, priority, timer and static group set and read back")
+
+
 def routes(agent, client):
     route = (1, 4, 198, 51, 100, 0, 24, 2, 0, 0, 1, 4, 10, 0, 0, 254)
     configure(agent, client, [(ROUTE_METRIC + route, Integer32(7)), (ROUTE_STATUS + route, CREATE)],
@@ -160,6 +190,7 @@ def run(mibhost, library):
         client = Client(agent.port, "private")
         vlans(agent, client)
         hardware(agent, client)
+        bridge(agent, client)
         routes(agent, client)
         snooping(agent, client)
         check(agent.stop() == 0, "the agent does not end with exit code 0")
