@@ -173,6 +173,16 @@ public:
         return of<Part>([&parts](Object&, const Entered& entered, std::string&) { return &parts[entered.object]; },
                         std::move(changed));
     }
+    // The same where not every object has one; the others refuse the lines for this reason.
+    template <class Part>
+    Lines<Part> of(std::map<std::uint32_t, Part>& parts, std::string missing) const {
+        return of<Part>([&parts, missing](Object&, const Entered& entered, std::string& refusal) -> Part* {
+            const auto part = parts.find(entered.object);
+            if (part != parts.end()) return &part->second;
+            refusal = missing;
+            return nullptr;
+        });
+    }
 
 private:
     template <class Handle>

@@ -33,13 +33,7 @@ void PowerSaving::describe(Description& d) {
                                         {3, "swPortEEEState", zero_or_one(&Saving::eee)}})});
 
     d.lines(*this).flag("disable ports leds", &PowerSaving::leds_off_);
-    const Lines<Saving> port =
-        ports_.lines(d).of<Saving>([this](const Port&, const Entered& entered, std::string& refusal) -> Saving* {
-            const auto entry = by_port_.find(entered.object);
-            if (entry != by_port_.end()) return &entry->second;
-            refusal = "the port has no copper";
-            return nullptr;
-        });
+    const Lines<Saving> port = ports_.lines(d).of(by_port_, "the port has no copper");
     port.flag("green-ethernet energy-detect", &Saving::energy_detect);
     port.flag("eee enable", &Saving::eee);
 }

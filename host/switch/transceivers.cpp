@@ -130,13 +130,7 @@ void Transceivers::add_lines(Description& d) {
     global.choice(traps + " alarm|warning", &Transceivers::traps_);
     global.set(traps, &Transceivers::traps_, 3);
 
-    const Lines<Transceiver> port = ports_.lines(d).of<Transceiver>(
-        [this](const Port&, const Entered& entered, std::string& refusal) -> Transceiver* {
-            const auto entry = by_port_.find(entered.object);
-            if (entry != by_port_.end()) return &entry->second;
-            refusal = "the port has no transceiver";
-            return nullptr;
-        });
+    const Lines<Transceiver> port = ports_.lines(d).of(by_port_, "the port has no transceiver");
     port.flag("transceiver-monitoring enable", &Transceiver::monitored);
     port.choice("transceiver-monitoring action shutdown alarm|warning", &Transceiver::shutdown);
     port.set("no transceiver-monitoring action shutdown", &Transceiver::shutdown, 3);
