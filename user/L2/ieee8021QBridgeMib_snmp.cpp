@@ -268,7 +268,7 @@ VlanStatic staged_vlan;
 struct StaticVlans {
     using Key = BridgeVlanKey;
     static constexpr VlanStatic& staged = staged_vlan;
-    static constexpr const char* show = "ieee ";
+    static constexpr NumberFormat ports{"show snmp ieee vlan-static %d portlist"};
     static constexpr int egress = 4, untagged = 6;
 };
 

@@ -225,7 +225,7 @@ TABLE(dot1qVlanStaticTable, DOT1QVLANSTATICTABLE, 1, 4, 3, 1);
 struct StaticVlans {
     using Key = VlanKey;
     static constexpr VlanStatic& staged = vlan_static;
-    static constexpr const char* show = "";
+    static constexpr NumberFormat ports{"show snmp vlan-static %d portlist"};
     static constexpr int egress = 2, untagged = 4;
 };
 

@@ -84,7 +84,7 @@ Error create_vlan(const Set& set, VlanStatic& staged, std::uint32_t vid);
 //     struct StaticVlans {
 //         using Key = VlanKey;                             with the VLAN id as `vid`
 //         static constexpr VlanStatic& staged = vlan_static;
-//         static constexpr const char* show = "";          what show commands have before "vlan-static"
+//         static constexpr NumberFormat ports{"show snmp vlan-static %d portlist"};
 //         static constexpr int egress = 2, untagged = 4;   its columns
 //     };
 template <class V>
@@ -122,7 +122,7 @@ Error stage_ports(const Set& set, typename V::Key& row, PortList& ports, PortLis
 
 template <class V>
 Error change_vlan_ports(const Set& set, std::uint32_t vid, int column, const PortList& wanted, AddVlan* add) {
-    return change_ports(set, vid, {"show snmp %svlan-static %d portlist", V::show, vid}, column, wanted, add);
+    return change_ports(set, vid, {V::ports, vid}, column, wanted, add);
 }
 
 template <class V>

@@ -37,17 +37,30 @@ struct MemberList {
     // Calls visit(member) for each member in ascending order, up to the first error, which is the result.
     template <class Visit>
     Error for_each(Visit visit) const {
-        using Word = std::uint32_t;  // passed over at once when it has no member
-        static_assert(size % sizeof(Word) == 0);
-        for (std::size_t at = 0; at < size; at += sizeof(Word)) {
-            Word word;
-            std::memcpy(&word, octets + at, sizeof word);
-            if (word == 0) continue;
-            const int first = static_cast<int>(8 * at) + 1;
-            for (int member = first; member < first + 32 && member <= last; ++member)
-                if (has(member)) TRY(visit(member));
+        constexpr std::size_t kWord = 4, kBlock = size % 64 == 0 ? 64 : kWord;  // octets
+        static_assert(size % kWord == 0);
+        for (std::size_t block = 0; block < size; block += kBlock) {
+            if (is_clear<kBlock>(block)) continue;
+            for (std::size_t at = block; at < block + kBlock; at += kWord) {
+                if (kBlock > kWord && is_clear<kWord>(at)) continue;
+                const int first = static_cast<int>(8 * at) + 1;
+                for (int member = first; member < first + 32 && member <= last; ++member)
+                    if (has(member)) TRY(visit(member));
+            }
         }
         return noError;
+    }
+
+private:
+    template <std::size_t count>
+    bool is_clear(std::size_t from) const {
+        std::uint32_t any = 0;
+        for (std::size_t at = from; at < from + count; at += sizeof any) {
+            std::uint32_t word;
+            std::memcpy(&word, octets + at, sizeof word);
+            any |= word;
+        }
+        return any == 0;
     }
 };
 
@@ -57,11 +70,11 @@ struct Difference {
     List added;
     List removed;
 
-    Difference(const List& current, const List& wanted) {
-        const List common = current.common(wanted);
-        added = common.differing(wanted);
-        removed = common.differing(current);
-    }
+    Difference(const List& current, const List& wanted) : Difference(current.common(wanted), current, wanted) {}
+
+private:
+    Difference(const List& common, const List& current, const List& wanted)
+        : added(common.differing(wanted)), removed(common.differing(current)) {}
 };
 
 using PortList = MemberList<12, kLastPort, PORTLIST_and, PORTLIST_xor>;
