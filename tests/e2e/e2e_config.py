@@ -15,6 +15,7 @@ BRIDGE = (1, 3, 6, 1, 2, 1, 17)
 CREATE, DESTROY = Integer32(4), Integer32(6)
 VLAN_NAME, VLAN_EGRESS, _, VLAN_UNTAGGED, VLAN_STATUS = [(1, 3, 6, 1, 2, 1, 17, 7, 1, 4, 3, 1, n) for n in range(1, 6)]
 PVID = (1, 3, 6, 1, 2, 1, 17, 7, 1, 4, 5, 1, 1)
+IEEE_VLANS = (1, 3, 111, 2, 802, 1, 1, 4, 1, 4, 3, 1)
 ROUTE = (1, 3, 6, 1, 2, 1, 4, 24, 7, 1)
 ROUTE_IFINDEX, ROUTE_METRIC, ROUTE_STATUS = ROUTE + (7,), ROUTE + (12,), ROUTE + (17,)
 IGMP = ENTERPRISE + (10, 1, 100, 2, 7, 1)
@@ -63,6 +64,8 @@ def vlans(agent, client):
                "interface port25", "switchport trunk allowed vlan add 40"])
     expect(client, {(VLAN_NAME, row): OctetString("lab"), (VLAN_EGRESS, row): ports(13, 25),
                     (VLAN_UNTAGGED, row): ports(13), (VLAN_STATUS, row): Integer32(1)})
+    expect(client, {(IEEE_VLANS + (3,), (1, 40)): OctetString("lab"), (IEEE_VLANS + (4,), (1, 40)): ports(13, 25),
+                    (IEEE_VLANS + (6,), (1, 40)): ports(13), (IEEE_VLANS + (7,), (1, 40)): Integer32(1)})
     configure(agent, client, [(VLAN_EGRESS + row, ports(13, 26))],
               ["interface port25", "switchport trunk allowed vlan remove 40", "interface port26",
                "switchport trunk allowed vlan add 40"])
@@ -72,6 +75,55 @@ def vlans(agent, client):
     configure(agent, client, [(VLAN_STATUS + row, DESTROY)], ["no vlan 40"])
     expect(client, {(VLAN_NAME, row): None})
     print("VLAN 40: created with its ports in one SET, changed, deleted")
+
+
+def vlan_list(*members):
+    octets = bytearray(512)
+    for vid in members:
+        octets[(vid - 1) // 8] |= 0x80 >> (vid - 1) % 8
+    return OctetString(bytes(octets))
+
+
+def classification(agent, client):
+    """A trunk's VLANs; the VLANs of a MAC address and of a protocol group on a port."""
+    private = ENTERPRISE + (10, 1, 100, 2, 9, 1)
+    allowed = private + (3, 1, 6)
+    configure(agent, client, [(allowed + (port(25),), vlan_list(10, 30))],
+              ["interface port25", "switchport trunk allowed vlan remove 20"])
+    configure(agent, client, [(allowed + (port(25),), vlan_list(20, 30))],
+              ["interface port25", "switchport trunk allowed vlan remove 10", "switchport trunk allowed vlan add 20"])
+    expect(client, {(allowed, (port(25),)): vlan_list(20, 30)})
+
+    vid, priority, status = (private + (1, 1, n) for n in (2, 3, 5))
+    mac, line = (2, 0, 0, 0, 10, 9), "mac-vlan 02-00-00-00-0a-09"
+    configure(agent, client,
+              [(vid + mac, Integer32(10)), (priority + mac, Gauge32(5)), (status + mac, CREATE)],
+              [f"{line} vlan 10 priority 5"])
+    expect(client, {(vid, mac): Integer32(10), (priority, mac): Gauge32(5)})
+    configure(agent, client, [(vid + mac, Integer32(20))], [f"no {line}", f"{line} vlan 20 priority 5"])
+    expect(client, {(vid, mac): Integer32(20), (priority, mac): Gauge32(5)})
+    configure(agent, client, [(status + mac, DESTROY)], [f"no {line}"])
+    expect(client, {(vid, mac): None})
+
+    groups = (1, 3, 6, 1, 2, 1, 17, 7, 1, 5)
+    group, group_status, bound, bound_status = (groups + end for end in ((1, 1, 3), (1, 1, 4), (2, 1, 2), (2, 1, 3)))
+    ipv4, binding = (1, 2, 8, 0), (port(13), 9)
+    protocol = "frame-type ethernet2 ether-type 0x8000"
+    configure(agent, client,
+              [(group + ipv4, Integer32(9)), (group_status + ipv4, CREATE), (bound + binding, Integer32(10)),
+               (bound_status + binding, CREATE)],
+              [f"protocol-vlan profile 9 {protocol}", "interface port13", "protocol-vlan profile 9 vlan 10"])
+    expect(client, {(group, ipv4): Integer32(9), (bound, binding): Integer32(10)})
+    configure(agent, client, [(bound + binding, Integer32(20))],
+              ["interface port13", "protocol-vlan profile 9 vlan 20"])
+    expect(client, {(bound, binding): Integer32(20)})
+    configure(agent, client, [(bound_status + binding, DESTROY)], ["interface port13", "no protocol-vlan profile 9"])
+    configure(agent, client, [(group + ipv4, Integer32(8))],
+              ["no protocol-vlan profile 9", f"protocol-vlan profile 8 {protocol}"])
+    expect(client, {(bound, binding): None, (group, ipv4): Integer32(8)})
+    configure(agent, client, [(group_status + ipv4, DESTROY)], ["no protocol-vlan profile 8"])
+    expect(client, {(group, ipv4): None})
+    print("VLANs of a trunk, a MAC address and a protocol group: created, changed, removed")
 
 
 def hardware(agent, client):
@@ -189,6 +241,7 @@ def run(mibhost, library):
     with Agent(mibhost, library, "--write-community", "private", "-v") as agent:
         client = Client(agent.port, "private")
         vlans(agent, client)
+        classification(agent, client)
         hardware(agent, client)
         bridge(agent, client)
         routes(agent, client)

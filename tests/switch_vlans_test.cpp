@@ -1,0 +1,148 @@
+// The simulated switch's VLANs through all the modules that show and set them: it is one VLAN model under them.
+#include "support/simulated_switch.h"
+
+namespace sw {
+namespace {
+
+constexpr int kCreateAndGo = 4, kDestroy = 6;
+
+Index port(std::uint32_t n) { return {5120 + n}; }
+Index ieee_port(std::uint32_t n) { return {1, 5120 + n}; }
+
+// A VLAN list of 512 octets.
+std::string vlans(std::initializer_list<std::uint32_t> members) {
+    std::string list(512, '\0');
+    for (const std::uint32_t vid : members)
+        list[(vid - 1) / 8] = static_cast<char>(list[(vid - 1) / 8] | 0x80 >> (vid - 1) % 8);
+    return list;
+}
+
+const Index kPhone{0x02, 0x50, 0, 0, 0, 1}, kOffice{1, 4, 10, 0, 10, 0, 24};
+const Index kIpv6{1, 2, 0x86, 0xdd}, kIpx{5, 2, 0xe0, 0xe0}, kCorvinIpx{3, 2, 0xe0, 0xe0};
+
+TEST_F(OnSwitch, KeepsVlanSettings) {
+    std::vector<Setting> settings;
+    for (int mode = 6; mode >= 1; --mode) settings.push_back({"nVlanPortIfMode", port(1), mode});
+    for (const int value : {2, 3, 1}) {
+        settings.push_back({"nVlanPortIfAcceptableFrameTypes", port(1), value});
+        settings.push_back({"ieee8021QBridgePortAcceptableFrameTypes", ieee_port(2), value});
+    }
+    for (const int value : {1, 2})
+        for (const auto& [object, index] : std::initializer_list<std::pair<const char*, Index>>{
+                 {"nVlanPortIfVlanPrecedence", port(1)},
+                 {"nVlanPortIfTrunkNativeVlanTag", port(25)},
+                 {"ieee8021QBridgePortIngressFiltering", ieee_port(1)},
+                 {"ieee8021QBridgePortMvrpEnabledStatus", ieee_port(1)},
+                 {"ieee8021QBridgePortRestrictedVlanRegistration", ieee_port(1)},
+                 {"ieee8021QBridgeMvrpEnabledStatus", {1}}})
+            settings.push_back({object, index, value});
+    expect(settings);
+    expect({
+        {"nVlanPortIfTrunkNativeVlanTag", port(1), 1, "another mode"},
+        {"ieee8021QBridgePvid", ieee_port(13), 20},
+        {"ieee8021QBridgePvid", ieee_port(13), 99, "no such VLAN"},
+        {"ieee8021QBridgeVlanStaticName", {1, 10}, "the office"},
+        {"ieee8021QBridgeVlanStaticEgressPorts", {1, 20}, ports({9, 10, 11, 12, 15, 26})},
+        // Each list is a whole one.
+        {"nVlanPortIfTagAllowVlanLstFirst2K", port(25), vlans({10, 30})},
+        {"nVlanPortIfTagAllowVlanLstSecond2K", port(25), vlans({10, 20})},
+        {"nVlanPortIfTagAllowVlanLstFirst2K", port(14), vlans({10, 30})},
+        {"nVlanPortIfUntagAllowVlanLstFirst2K", port(14), vlans({1})},
+        {"nVlanPortIfUntagAllowVlanLstSecond2K", port(1), vlans({30})},
+        {"nVlanPortIfTagAllowVlanLstFirst2K", port(14), vlans({10, 30, 4094}), "no such VLAN"},
+        {"nVlanMacVlanId", kPhone, 10},
+        {"nVlanMacVlanPriority", kPhone, 7},
+        {"nVlanSubnetVlanId", kOffice, 20},
+        {"nVlanSubnetVlanPriority", kOffice, 1},
+        {"dot1vProtocolPortGroupVid", {5133, 1}, 30},
+        {"ieee8021QBridgeProtocolPortGroupVid", {1, 5133, 1}, 20},
+        {"nVlanProtocolVlanPriority", {5133, 1}, 5},
+        {"nVlanProtocolVlanVlanId", {5133, 1}, 10},
+        {"dot1vProtocolGroupId", kIpv6, 3},
+        {"ieee8021QBridgeProtocolGroupId", {1, 5, 2, 0xe0, 0xe0}, 4},
+        {"nVlanProtocolVlanGroupId", kCorvinIpx, 16},
+        {"nVlanMacVlanId", {2, 0, 0, 0, 0, 9}, 10, "it has no VLAN"},
+        {"dot1vProtocolGroupId", {2, 2, 8, 0}, 1, "'0' does not fit"},  // there is none to take it from
+        {"nVlanProtocolVlanVlanId", {5133, 9}, 10, "no such profile"},
+    });
+    EXPECT_EQ(get("nVlanMacVlanId", kPhone), 10);
+    EXPECT_EQ(get("nVlanProtocolVlanPriority", {5133, 1}), kNone);  // it went with the profile
+}
+
+TEST_F(OnSwitch, ShowsAVlanThroughEveryModule) {
+    EXPECT_EQ(set({{"ieee8021QBridgeVlanStaticName", {1, 100}, "lab"},
+                   {"ieee8021QBridgeVlanStaticEgressPorts", {1, 100}, ports({1, 13, 14, 25})},
+                   {"ieee8021QBridgeVlanStaticUntaggedPorts", {1, 100}, ports({1, 14})},
+                   {"ieee8021QBridgeVlanStaticRowStatus", {1, 100}, kCreateAndGo}}),
+              0);
+    EXPECT_EQ(get("dot1qVlanStaticName", {100}), "lab");
+    EXPECT_EQ(get("dot1qVlanStaticEgressPorts", {100}), ports({1, 13, 14, 25}));
+    EXPECT_EQ(get("dot1qVlanCurrentUntaggedPorts", {0, 100}), ports({1, 14}));
+    EXPECT_EQ(get("ieee8021QBridgeVlanCurrentEgressPorts", {0, 1, 100}), ports({1, 13, 14, 25}));
+    EXPECT_EQ(get("ieee8021QBridgeNumVlans", {1}), 5);
+    EXPECT_EQ(get("dot1qPvid", port(1)), 100);
+    EXPECT_EQ(get("nVlanPortIfUntagAllowVlanLstFirst2K", port(1)), vlans({100}));
+    EXPECT_EQ(get("nVlanPortIfTagAllowVlanLstFirst2K", port(13)), vlans({10, 100}));
+    EXPECT_EQ(get("nVlanPortIfTagAllowVlanLstFirst2K", port(25)), vlans({10, 20, 30, 100}));
+    // A trunk that tags its native VLAN sends everything with tags; a port of another mode has its own VLAN alone.
+    expect({{"nVlanPortIfTrunkNativeVlanTag", port(25), 1}});
+    EXPECT_EQ(get("nVlanPortIfUntagAllowVlanLstFirst2K", port(25)), vlans({}));
+    expect({{"nVlanPortIfMode", port(25), 4}});
+    EXPECT_EQ(get("nVlanPortIfTagAllowVlanLstFirst2K", port(25)), vlans({}));
+    EXPECT_EQ(get("dot1qVlanStaticEgressPorts", {100}), ports({1, 13, 14}));
+    expect({{"nVlanPortIfMode", port(25), 3}});
+    EXPECT_EQ(get("dot1qVlanStaticEgressPorts", {100}), ports({1, 13, 14, 25}));
+    // Frame types have three numberings.
+    expect({{"dot1qPortAcceptableFrameTypes", port(1), 2}});
+    EXPECT_EQ(get("ieee8021QBridgePortAcceptableFrameTypes", ieee_port(1)), 3);
+    EXPECT_EQ(get("nVlanPortIfAcceptableFrameTypes", port(1)), 1);
+    expect({{"ieee8021QBridgePortMvrpEnabledStatus", ieee_port(1), 1}});
+    EXPECT_EQ(get("ieee8021QBridgePortMvrpLastPduOrigin", ieee_port(1)), std::string("\x02SW\x20\0\1", 6));
+    EXPECT_EQ(set({{"dot1qVlanStaticRowStatus", {100}, kDestroy}}), 0);
+    EXPECT_EQ(get("ieee8021QBridgeVlanStaticName", {1, 100}), kNone);
+    EXPECT_EQ(get("ieee8021QBridgePvid", ieee_port(1)), 1);
+    EXPECT_EQ(get("ieee8021QBridgeVlanNumDeletes"), 1);
+    EXPECT_TRUE(log_.empty()) << log_.front();
+}
+
+TEST_F(OnSwitch, MakesAndRemovesClassifications) {
+    const Index mac{2, 0, 0, 0, 0, 9}, subnet6{2, 16, 0x20, 1, 0xd, 0xb8, 0, 9, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 48};
+    EXPECT_EQ(set({{"nVlanMacVlanId", mac, 30},
+                   {"nVlanMacVlanPriority", mac, 3},
+                   {"nVlanMacVlanRowStatus", mac, kCreateAndGo}}),
+              0);
+    EXPECT_EQ(get("nVlanMacVlanPriority", mac), 3);
+    EXPECT_EQ(set({{"nVlanSubnetVlanId", subnet6, 30}, {"nVlanSubnetVlanRowStatus", subnet6, kCreateAndGo}}), 0);
+    EXPECT_EQ(get("nVlanSubnetVlanId", subnet6), 30);
+    // A group and its VLAN on a port, made by one module, is there for all of them.
+    const Index arp{1, 2, 8, 6}, ieee_arp{1, 1, 2, 8, 6};
+    EXPECT_EQ(set({{"ieee8021QBridgeProtocolGroupId", ieee_arp, 7},
+                   {"ieee8021QBridgeProtocolGroupRowStatus", ieee_arp, kCreateAndGo},
+                   {"ieee8021QBridgeProtocolPortGroupVid", {1, 5121, 7}, 30},
+                   {"ieee8021QBridgeProtocolPortRowStatus", {1, 5121, 7}, kCreateAndGo}}),
+              0);
+    EXPECT_EQ(get("dot1vProtocolGroupId", arp), 7);
+    EXPECT_EQ(get("nVlanProtocolVlanGroupId", arp), 7);
+    EXPECT_EQ(get("dot1vProtocolPortGroupVid", {5121, 7}), 30);
+    EXPECT_EQ(get("nVlanProtocolVlanVlanId", {5121, 7}), 30);
+    EXPECT_EQ(get("nVlanProtocolVlanGroupId", kCorvinIpx), get("dot1vProtocolGroupId", kIpx));
+    EXPECT_EQ(rows("nVlanProtocolVlanGroupId").size(), 3u);
+    // Removing the VLAN removes what was for it.
+    EXPECT_EQ(set({{"dot1qVlanStaticRowStatus", {30}, kDestroy}}), 0);
+    EXPECT_EQ(get("nVlanMacVlanId", mac), kNone);
+    EXPECT_EQ(get("nVlanSubnetVlanId", subnet6), kNone);
+    EXPECT_EQ(get("nVlanProtocolVlanVlanId", {5121, 7}), kNone);
+    EXPECT_EQ(get("nVlanProtocolVlanGroupId", arp), 7);
+    EXPECT_EQ(rows("nVlanMacVlanId").size(), 2u);
+    EXPECT_EQ(set({{"nVlanMacVlanRowStatus", kPhone, kDestroy}, {"nVlanSubnetVlanRowStatus", kOffice, kDestroy}}), 0);
+    EXPECT_EQ(
+        set({{"dot1vProtocolPortRowStatus", {5133, 1}, kDestroy}, {"dot1vProtocolGroupRowStatus", arp, kDestroy}}), 0);
+    EXPECT_EQ(rows("nVlanMacVlanId").size(), 1u);
+    EXPECT_EQ(rows("nVlanSubnetVlanId").size(), 1u);
+    EXPECT_EQ(rows("nVlanProtocolVlanVlanId").size(), 1u);
+    EXPECT_EQ(get("dot1vProtocolGroupId", arp), kNone);
+    EXPECT_TRUE(log_.empty()) << log_.front();
+}
+
+}  // namespace
+}  // namespace sw
