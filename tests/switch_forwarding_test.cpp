@@ -1,9 +1,8 @@
 // The simulated switch's forwarding database: the same by address, by VLAN and as its ports are, whatever happens.
 #include "support/simulated_switch.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
+#include <chrono>
 #include <map>
 
 namespace sw {
@@ -11,100 +10,57 @@ namespace {
 
 using std::chrono::seconds;
 
-Key key_of(std::uint32_t vid, const Value& mac) {
-    Key key(12);
-    std::memcpy(key.data(), &vid, sizeof vid);
-    std::memcpy(key.data() + 4, mac.data(), 6);
-    return key;
-}
-std::uint32_t vid_of(const Key& key) {
-    std::uint32_t vid;
-    std::memcpy(&vid, key.data(), sizeof vid);
-    return vid;
-}
-std::string spelled(const unsigned char* mac, const char* octet) {
-    std::string text;
-    for (int i = 0; i < 6; ++i) text += (i ? "-" : "") + fmt::format(fmt::runtime(octet), mac[i]);
-    return text;
-}
-constexpr const char *kLower = "{:02x}", *kUpper = "{:02X}";
+const Index kLearned{10, 1, 0, 94, 1, 0, 2};  // VLAN and address of 239.1.0.2
 
 }  // namespace
 
-class Forwarded : public SimulatedSwitchTest {
+class Forwarded : public OnSwitch {
 protected:
+    explicit Forwarded(const Size& size = {}) : OnSwitch(size) { now_ = seconds(100000); }
+
     struct Entry {
-        std::uint32_t port, vid;
+        std::int64_t port;
+        oid vid;
         bool operator==(const Entry&) const = default;
     };
-    using Database = std::map<Value, Entry>;  // by address
+    using Database = std::map<Index, Entry>;  // by address
 
-    Database by_vlan() {
-        Database database;
-        Key key(12);
-        const auto command = [&key] {
-            return fmt::format("show uib mac address-table address {} vlan {}", spelled(&key[4], kLower), vid_of(key));
-        };
-        while (const auto port = show(switch_, "dot1qTpFdbTable", command(), 2, key, false)) {
-            const Value mac(key.begin() + 4, key.begin() + 10);
-            EXPECT_TRUE(database.emplace(mac, Entry{as_number(port), vid_of(key)}).second);
-        }
-        return database;
-    }
-    std::map<Value, std::uint32_t> by_address() {
-        std::map<Value, std::uint32_t> ports;
-        Key key(6);
-        const auto command = [&key] {
-            return "show uib default mac address-table address " + spelled(key.data(), kLower);
-        };
-        while (const auto port = show(switch_, "dot1dTpFdbTable", command(), 2, key, false)) {
-            const Value mac(key.begin(), key.end());
-            EXPECT_EQ(show(switch_, "dot1dTpFdbTable", command(), 1, key, true), mac);
-            ports.emplace(mac, as_number(port));
-        }
-        return ports;
-    }
     // Everything, which has to agree.
     Database all() {
-        const Database database = by_vlan();
-        std::map<Value, std::uint32_t> ports;
-        std::map<std::uint32_t, std::uint32_t> counts;
-        for (const auto& [mac, entry] : database) {
-            ports.emplace(mac, entry.port);
-            counts[entry.vid] += entry.port != 0;  // the switch's own address was not learned
+        Database database;
+        std::map<oid, std::int64_t> counts;
+        for (const Index& row : rows("dot1qTpFdbPort")) {
+            const Entry entry{get("dot1qTpFdbPort", row).number(), row[0]};
+            EXPECT_TRUE(database.emplace(Index(row.begin() + 1, row.end()), entry).second);
+            counts[row[0]] += entry.port != 0;  // the switch's own address was not learned
         }
-        EXPECT_EQ(by_address(), ports);
-        for (const auto& [vid, count] : counts) {
-            Key key(4);
-            std::memcpy(key.data(), &vid, sizeof vid);
-            EXPECT_EQ(as_number(show(switch_, "dot1qFdbTable", fmt::format("show mac address-table count vlan {}", vid),
-                                     2, key, true)),
-                      count);
+        const std::vector<Index> by_address = rows("dot1dTpFdbAddress");
+        EXPECT_EQ(by_address.size(), database.size());
+        for (const Index& mac : by_address) {
+            EXPECT_EQ(get("dot1dTpFdbAddress", mac), std::string(mac.begin(), mac.end()));
+            EXPECT_TRUE(database.contains(mac) && get("dot1dTpFdbPort", mac) == database[mac].port);
         }
+        for (const Index& vlan : rows("dot1qFdbDynamicCount"))
+            EXPECT_EQ(get("dot1qFdbDynamicCount", vlan), counts[vlan[0]]);
+        EXPECT_TRUE(log_.empty()) << log_.front();
         return database;
     }
-    static std::size_t on_port(const Database& database, std::uint32_t port) {
-        return static_cast<std::size_t>(std::count_if(database.begin(), database.end(),
-                                                      [port](const auto& entry) { return entry.second.port == port; }));
+    static std::ptrdiff_t on_port(const Database& database, std::int64_t port) {
+        return std::count_if(database.begin(), database.end(),
+                             [port](const auto& entry) { return entry.second.port == port; });
     }
-    std::optional<Value> group(std::uint32_t vid, const Value& mac, int magic) {
-        Key key = key_of(vid, mac);
-        return show(switch_, "dot1qTpGroupTable",
-                    fmt::format("show debugging mcast group_table vlan {} mac {}", vid, spelled(&key[4], kUpper)),
-                    magic, key, true);
-    }
-    bool global(const std::string& line) { return configure(5, line); }
-    bool on_interface(const std::string& name, const std::string& line) {
-        return global("interface " + name) && configure(-1, line);
+    void expect_group(const Index& group, std::initializer_list<std::uint32_t> egress,
+                      std::initializer_list<std::uint32_t> learned) {
+        EXPECT_EQ(get("dot1qTpGroupEgressPorts", group), ports(egress));
+        EXPECT_EQ(get("dot1qTpGroupLearnt", group), ports(learned));
     }
 };
 
 TEST_F(Forwarded, IsTheSameByAddressAndByVlanWhileItChanges) {
-    now_ = seconds(100000);
     const Database first = all();
     EXPECT_GT(first.size(), 200u);
-    EXPECT_EQ(on_port(first, 4), 0u);  // has no cable
-    EXPECT_EQ(first.at({"\x02\x53\x57\x10\0\0", 6}), (Entry{0, 1}));
+    EXPECT_EQ(on_port(first, 4), 0);  // has no cable
+    EXPECT_EQ(first.at({2, 83, 87, 16, 0, 0}), (Entry{0, 1}));
     std::size_t gone = 0, learned = 0;
     Database before = first;
     for (int i = 0; i < 8; ++i) {
@@ -117,67 +73,79 @@ TEST_F(Forwarded, IsTheSameByAddressAndByVlanWhileItChanges) {
     EXPECT_GT(gone, 20u);
     EXPECT_GT(learned, 20u);
     EXPECT_EQ(before, first);  // the stations repeat themselves
-    EXPECT_EQ(log_, Log());
 }
 
 TEST_F(Forwarded, FollowsPortsAndVlans) {
-    now_ = seconds(100000);
-    EXPECT_GT(on_port(all(), 5), 0u);
-    ASSERT_TRUE(on_interface("port5", "shutdown"));
-    EXPECT_EQ(on_port(all(), 5), 0u);
-    ASSERT_TRUE(on_interface("port5", "no shutdown"));
-    EXPECT_GT(on_port(all(), 5), 0u);  // who talks is learned at once, who is silent is not
-    EXPECT_LT(on_port(all(), 5), 6u);
-    ASSERT_TRUE(on_interface("port5", "switchport access vlan 20"));
-    EXPECT_EQ(on_port(all(), 5), 0u);
-    ASSERT_TRUE(global("no vlan 10"));
+    EXPECT_GT(on_port(all(), 5), 0);
+    EXPECT_EQ(set({{"ifAdminStatus", {5125}, 2}}), 0);
+    EXPECT_EQ(on_port(all(), 5), 0);
+    EXPECT_EQ(set({{"ifAdminStatus", {5125}, 1}}), 0);
+    const std::ptrdiff_t talking = on_port(all(), 5);  // the silent ones are not known yet
+    EXPECT_TRUE(talking > 0 && talking < 6) << talking;
+    ASSERT_TRUE(configure(5, "interface port5") && configure(-1, "switchport access vlan 20"));
+    EXPECT_EQ(on_port(all(), 5), 0);
+    EXPECT_EQ(set({{"dot1qVlanStaticRowStatus", {10}, 6}}), 0);
     for (const auto& [mac, entry] : all()) EXPECT_NE(entry.vid, 10u);
 }
 
 TEST_F(Forwarded, AgingTimeDecidesHowLongSilentStationsStay) {
-    now_ = seconds(100000);
     const std::size_t usual = all().size();
-    ASSERT_TRUE(global("mac address-table aging-time 10"));
+    expect({{"dot1dTpAgingTime", {0}, 10}});
     const std::size_t few = all().size();
     EXPECT_LT(few, usual);
-    ASSERT_TRUE(global("mac address-table aging-time 0"));
+    expect({{"dot1dTpAgingTime", {0}, 0}});
     EXPECT_EQ(all().size(), few);  // what has aged has to be learned again
     now_ += seconds(1200);
     EXPECT_GT(all().size(), usual);
-    for (const char* line : {"mac address-table aging-time 9", "mac address-table aging-time 1000001"})
-        EXPECT_FALSE(global(line)) << line;
+    EXPECT_FALSE(configure(5, "mac address-table aging-time 9"));
 }
 
 TEST_F(Forwarded, GroupsAreThoseOfSnoopingAndTheStaticOnes) {
-    const Value learned("\x01\x00\x5e\x01\x00\x02", 6), fixed("\x01\x00\x5e\x00\x00\x63", 6);
-    const auto ports = [](std::initializer_list<int> members) {
-        Value list(12, '\0');
-        for (const int port : members)
-            list[(port - 1) / 8] = static_cast<char>(list[(port - 1) / 8] | 0x80 >> (port - 1) % 8);
-        return list;
-    };
-    EXPECT_EQ(group(10, learned, 2), ports({5, 6, 13}));
-    ASSERT_TRUE(on_interface("port6", "shutdown"));
-    EXPECT_EQ(group(10, learned, 3), ports({5, 13}));
-    const std::string line = "mac address-table static 01-00-5e-01-00-02 vlan 10 interface port7";
-    ASSERT_TRUE(global(line));
-    EXPECT_EQ(group(10, learned, 2), ports({5, 7, 13}));
-    EXPECT_EQ(group(10, learned, 3), ports({5, 13}));
-    ASSERT_TRUE(global("no " + line));
-    EXPECT_EQ(group(10, learned, 2), ports({5, 13}));
+    expect_group(kLearned, {5, 6, 13}, {5, 6, 13});
+    EXPECT_EQ(set({{"ifAdminStatus", {5126}, 2}}), 0);
+    expect_group(kLearned, {5, 13}, {5, 13});
+    const Index fixed{10, 1, 0, 94, 1, 0, 2, 0};
+    EXPECT_EQ(set({{"dot1qStaticMulticastStaticEgressPorts", fixed, ports({6, 7})}}), 0);
+    EXPECT_EQ(get("dot1qStaticMulticastStaticEgressPorts", fixed), ports({6, 7}));
+    expect_group(kLearned, {5, 7, 13}, {5, 13});
+    EXPECT_EQ(set({{"dot1qStaticMulticastStatus", fixed, 2}}), 0);
+    EXPECT_EQ(get("dot1qStaticMulticastStatus", fixed), kNone);
+    expect_group(kLearned, {5, 13}, {5, 13});
 
-    ASSERT_TRUE(on_interface("vlan10", "ip igmp snooping static-group 239.1.0.99 interface port8"));
-    EXPECT_TRUE(group(10, {"\x01\x00\x5e\x01\x00\x63", 6}, 2));
-    ASSERT_TRUE(on_interface("vlan10", "no ip igmp snooping static-group 239.1.0.99 interface port8"));
-    EXPECT_FALSE(group(10, {"\x01\x00\x5e\x01\x00\x63", 6}, 2));
-    EXPECT_EQ(log_, Log());
+    const Index member{5125, 1034, 1, 4, 239, 1, 0, 99}, group{10, 1, 0, 94, 1, 0, 99};
+    EXPECT_EQ(set({{"mgmdIgmpSnpGroupStatus", member, 4}}), 0);
+    expect_group(group, {5}, {5});
+    EXPECT_EQ(set({{"mgmdIgmpSnpGroupStatus", member, 6}}), 0);
+    EXPECT_EQ(get("dot1qTpGroupLearnt", group), kNone);
+    EXPECT_TRUE(log_.empty()) << log_.front();
 
     for (const char* refused : {"mac address-table static 00-00-5e-00-00-63 vlan 10 interface port7",
                                 "mac address-table static 01-00-5e-00-00-63 vlan 11 interface port7",
                                 "mac address-table static 01-00-5e-00-00-63 vlan 10 interface port70",
                                 "no mac address-table static 01-00-5e-00-00-63 vlan 10 interface port7",
                                 "no mac address-table static 01-00-5e-00-00-63 vlan 10"})
-        EXPECT_FALSE(global(refused)) << refused;
+        EXPECT_FALSE(configure(5, refused)) << refused;
 }
+
+TEST_F(Forwarded, KeepsPrioritiesAndTimers) {
+    expect({
+        {"dot1dPortDefaultUserPriority", {5123}, 7},
+        {"ieee8021BridgePortMrpJoinTime", {5123}, 40},
+        {"ieee8021BridgePortMrpLeaveTime", {5123}, 120},
+        {"ieee8021BridgePortMrpLeaveAllTime", {5123}, 2000},
+        {"ieee8021BridgePortMrpJoinTime", {5123}, -1, "expected"},
+        {"ieee8021BridgePortMrpJoinTime", {1}, 40, "no such port"},
+    });
+    // A row index that ends early is not passed over.
+    EXPECT_EQ(next("dot1dRegenUserPriority", {5123}), (Index{5123, 0}));
+    EXPECT_EQ(get("dot1dPortNumTrafficClasses", {5123}), 8);
+}
+
+class ForwardedMany : public Forwarded {
+protected:
+    ForwardedMany() : Forwarded({.fdb = 3000}) {}
+};
+
+TEST_F(ForwardedMany, HaveTheAddressesThatWereAskedFor) { EXPECT_GE(all().size(), 3000u); }
 
 }  // namespace sw

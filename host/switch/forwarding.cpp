@@ -34,6 +34,8 @@ Forwarding::Forwarding(Switch& its_switch)
                              port.mode == PortMode::trunk    ? kBehindTrunk
                              : port.mode == PortMode::access ? kBehindAccess
                                                              : kBehindTagged);
+    Group& clocks = groups_[row_of(kDefaultVlan, {0x01, 0x1b, 0x19, 0x00, 0x00, 0x00})];
+    for (const std::uint32_t port : {25u, 26u}) clocks.fixed.set(port, true);
     // The rest are servers, which always talk.
     auto vlan = vlans_.all().begin();
     for (std::uint32_t n = 0; n < its_switch.size().fdb; ++n) {
@@ -215,7 +217,7 @@ void Forwarding::add_group_tables(Description& d) {
              .rows = rows_of(groups_, {{3, "dot1qStaticMulticastStaticEgressPorts",
                                         fixed([](const Group& group) { return group.fixed; })},
                                        {5, "dot1qStaticMulticastStatus", fixed([](const Group&) { return 3; })}})
-                         .ending({0})});
+                         .ending({0}, 7)});
     // An address that is not static yet has no ports.
     const FindRow<PortList> ports_of = [this](const Index& row) -> std::optional<std::pair<Index, PortList>> {
         const auto group = groups_.find(row);
