@@ -1,16 +1,19 @@
-// Drives a fuzz target without a fuzzing engine: with the files it is given, or with mutations of well-formed requests,
-// the same ones each time.
+// Drives a fuzz target without a fuzzing engine: with the files of its corpus, then with mutations of them, the same ones
+// each time.
 //
-//     ber_fuzz FILE...      ber_fuzz -runs=N
-#include "agent/message.h"
-
+//     ber_fuzz [-runs=N] FILE_OR_DIRECTORY...
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -18,26 +21,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace {
 
-using agent::ber::Octets;
+using Octets = std::vector<std::uint8_t>;
 
-std::vector<Octets> requests() {
-    const agent::Oid name{1, 3, 6, 1, 2, 1, 2, 2, 1, 10, 4294967295};
-    const std::vector<agent::Varbind> varbinds{
-        {name, {}},
-        {name, agent::Value::integer(-129)},
-        {name, agent::Value::octet_string(std::vector<std::uint8_t>(200, 'x'))},
-        {name, agent::Value::unsigned32(agent::kGauge32, 0x80000000)},
-        {name, agent::Value::counter64(0x8000000000000000)},
-        {name, agent::Value::object_id(name)},
-        {name, {agent::kIpAddress, {192, 0, 2, 1}}},
-    };
-    std::vector<Octets> requests;
-    for (const std::uint8_t pdu :
-         {agent::kGetRequest, agent::kGetNextRequest, agent::kSetRequest, agent::kGetBulkRequest})
-        for (const auto version : {agent::kVersion1, agent::kVersion2c})
-            requests.push_back(
-                agent::encode({version, pdu == agent::kSetRequest ? "private" : "public", pdu, 77, 1, 20, varbinds}));
-    return requests;
+Octets contents(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) throw std::runtime_error(path.string() + ": cannot be read");
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::vector<Octets> read_corpus(const std::filesystem::path& path) {
+    if (!std::filesystem::is_directory(path)) return {contents(path)};
+    std::vector<std::filesystem::path> files(std::filesystem::directory_iterator(path), {});
+    std::ranges::sort(files);
+    std::vector<Octets> corpus;
+    for (const auto& file : files) corpus.push_back(contents(file));
+    return corpus;
 }
 
 class Mutator {
@@ -70,32 +68,28 @@ private:
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     static const std::string kRuns = "-runs=";
     std::size_t runs = 0;
+    std::vector<Octets> corpus;
     for (int i = 1; i < argc; ++i) {
         const std::string argument = argv[i];
-        if (argument.starts_with(kRuns)) {
+        if (argument.starts_with(kRuns))
             runs = std::strtoul(argument.c_str() + kRuns.size(), nullptr, 10);
-            continue;
-        }
-        std::ifstream file(argument, std::ios::binary);
-        if (!file) {
-            std::fprintf(stderr, "%s: cannot be read\n", argument.c_str());
-            return 1;
-        }
-        const Octets octets{std::istreambuf_iterator<char>(file), {}};
-        LLVMFuzzerTestOneInput(octets.data(), octets.size());
+        else
+            std::ranges::move(read_corpus(argument), std::back_inserter(corpus));
     }
+    if (corpus.empty()) throw std::runtime_error("no corpus; name files or directories");
 
-    const std::vector<Octets> seeds = requests();
-    for (const Octets& seed : seeds) LLVMFuzzerTestOneInput(seed.data(), seed.size());
+    for (const Octets& octets : corpus) LLVMFuzzerTestOneInput(octets.data(), octets.size());
     Mutator mutator;
     for (std::size_t run = 0; run < runs; ++run) {
-        Octets octets = seeds[mutator.below(seeds.size())];
+        Octets octets = corpus[mutator.below(corpus.size())];
         mutator.mutate(octets);
         octets.shrink_to_fit();  // so that a sanitizer sees a step beyond its end
         LLVMFuzzerTestOneInput(octets.data(), octets.size());
     }
-    return 0;
+} catch (const std::exception& error) {
+    std::fprintf(stderr, "%s: %s\n", argv[0], error.what());
+    return 1;
 }

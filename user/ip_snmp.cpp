@@ -290,14 +290,29 @@ consteval std::size_t place(std::span<const std::string_view> names, std::string
     return at;
 }
 
-enum Direction : std::size_t { in = 0, out = 1 };
-consteval Counter* ipv4(std::string_view name) { return &ip_served.counters[place(kIpNames, name)]; }
-consteval Counter* ipv6(std::string_view name) { return &ip6_served.counters[kIp6Sysctls + place(kIp6Names, name)]; }
-consteval Counter* icmpv4(Direction direction, std::string_view name) {
-    return &icmp_served.counters[direction * std::size(kIcmpNames) + place(kIcmpNames, name)];
+// Where a served counter is.
+struct Place {
+    enum Record { none, ip, ip6, icmp, icmp6 } record = none;
+    std::size_t at = 0;
+};
+constexpr Counter* counter(Place place) {
+    switch (place.record) {
+        case Place::ip: return &ip_served.counters[place.at];
+        case Place::ip6: return &ip6_served.counters[place.at];
+        case Place::icmp: return &icmp_served.counters[place.at];
+        case Place::icmp6: return &icmp6_served.counters[place.at];
+        default: return nullptr;
+    }
 }
-consteval Counter* icmpv6(Direction direction, std::string_view name) {
-    return &icmp6_served.counters[direction * std::size(kIcmp6Names) + place(kIcmp6Names, name)];
+
+enum Direction : std::size_t { in = 0, out = 1 };
+consteval Place ipv4(std::string_view name) { return {Place::ip, place(kIpNames, name)}; }
+consteval Place ipv6(std::string_view name) { return {Place::ip6, kIp6Sysctls + place(kIp6Names, name)}; }
+consteval Place icmpv4(Direction direction, std::string_view name) {
+    return {Place::icmp, direction * std::size(kIcmpNames) + place(kIcmpNames, name)};
+}
+consteval Place icmpv6(Direction direction, std::string_view name) {
+    return {Place::icmp6, direction * std::size(kIcmp6Names) + place(kIcmp6Names, name)};
 }
 
 // A null counter is no value.
@@ -317,11 +332,11 @@ struct Counters {
     Counter* ipv4;
     Counter* ipv6;
 };
-template <Counter* ipv4, Counter* ipv6>
-constexpr Counters counters_of{ipv4, ipv6};
-template <Counter* ipv4, Counter* ipv6>
+template <Place ipv4, Place ipv6>
+constexpr Counters counters_of{counter(ipv4), counter(ipv6)};
+template <Place ipv4, Place ipv6>
 constexpr Source counters{.detail = &counters_of<ipv4, ipv6>};
-constexpr Counter* kNoRow = nullptr;
+constexpr Place kNoRow{};
 
 // `detail` is the column's Counters; null: it has no value.
 unsigned char* fetch(const void* detail, VersionKey& key, const Read& read) {
@@ -639,10 +654,10 @@ struct Message {
     Counter* out;
 };
 consteval Message icmpv4_message(std::uint32_t type, std::string_view name) {
-    return {{kIpv4, type}, icmpv4(in, name), icmpv4(out, name)};
+    return {{kIpv4, type}, counter(icmpv4(in, name)), counter(icmpv4(out, name))};
 }
 consteval Message icmpv6_message(std::uint32_t type, std::string_view name) {
-    return {{kIpv6, type}, icmpv6(in, name), icmpv6(out, name)};
+    return {{kIpv6, type}, counter(icmpv6(in, name)), counter(icmpv6(out, name))};
 }
 
 // In the order of their keys, which is that of a walk.

@@ -12,7 +12,6 @@
 namespace sw {
 namespace {
 
-constexpr std::uint32_t kIpv4 = 1;
 constexpr std::uint32_t kIpv6 = 2;
 constexpr std::uint32_t kNoVrf = std::numeric_limits<std::uint32_t>::max();
 
