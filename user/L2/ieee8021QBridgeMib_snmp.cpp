@@ -154,8 +154,8 @@ struct StaticKey {
 };
 
 // The ports that wait for a row status, and whether there is one; apart from the record of the VLANs.
-PortList static_ports;
-bool static_pending;
+constinit PortList static_ports{};
+constinit bool static_pending = false;
 
 Error write_static_ports(Set& set) {
     StaticKey row;
@@ -263,7 +263,7 @@ constexpr Table<CurrentVlanKey> ieee8021QBridgeVlanCurrentTable{
 TABLE(ieee8021QBridgeVlanStaticTable, IEEE8021QBRIDGEVLANSTATICTABLE, 1, 4, 3, 1);
 
 // A record of the module's own: a row that is pending in another table of VLANs is not seen here.
-VlanStatic staged_vlan;
+constinit VlanStatic staged_vlan{};
 
 struct StaticVlans {
     using Key = BridgeVlanKey;
