@@ -245,7 +245,7 @@ protected:
         for (const Oid& name : names) varbinds.push_back({name, {}});
         return varbinds;
     }
-    // A SET put together by hand from varbinds as hex, the name as what stands behind kRoot and the value whole. One
+    // A SET put together by hand from varbinds as hex, the name as what follows kRoot and the value whole. One
     // level can have an element more than it should.
     enum class Level { none, varbind, varbinds, pdu, message };
     static Octets by_hand(const std::vector<std::pair<std::string, std::string>>& varbinds,
@@ -353,7 +353,7 @@ TEST_F(AgentTest, ObjectsThatAnswerWronglyArePassedOver) {
         EXPECT_THAT(objects_after_1(), ElementsAre(misplaced == below({2, 0xffffffff}) ? "2.4294967295" : "3.1"))
             << services::to_string(misplaced);
     }
-    script.misplaced = {{below({2, 2}), below({2, 1})}};  // not behind the request
+    script.misplaced = {{below({2, 2}), below({2, 1})}};  // not after the request
     EXPECT_THAT(shown(ask(kGetNextRequest, {below({2, 1})})), ElementsAre("3.1"));
 
     script.misplaced = {};
@@ -373,7 +373,7 @@ TEST_F(AgentTest, GetBulkRepeatsRowByRow) {
     EXPECT_THAT(shown(bulk(9, 5, {below({1}), below({2})})), ElementsAre("1.1", "2.1"));
     EXPECT_THAT(shown(bulk(1, -1, {below({1}), below({2})})), ElementsAre("1.1"));
     EXPECT_THAT(shown(bulk(0, 0, {below({1})})), IsEmpty());
-    // An ended column stands still until all have ended.
+    // An ended column does not move until all have ended.
     EXPECT_THAT(shown(bulk(0, 2147483647, {below({6, 1}), below({6, 3})})),
                 ElementsAre("6.2", "6.3=end", "6.3", "6.3=end", "6.3=end", "6.3=end"));
 }

@@ -59,7 +59,7 @@ int to_oid(int kind, oid* out, const void* field, int count) {
     return reinterpret_cast<uib_to_oid*>(uib_oid_convert[3 * kind + 1])(out, field, count);
 }
 
-// A field of any kind with nothing behind it, so that a sanitizer sees a step beyond it.
+// A field of any kind with nothing after it, so that a sanitizer sees a step beyond it.
 class Field {
 public:
     explicit Field(int kind, std::size_t octets) : memory_(octets, 0xee) {
@@ -156,7 +156,7 @@ TEST(IndexConversion, WhatIsNotGivenIsZero) {
         const auto complete = static_cast<int>(conversion.index.size());
         for (int given = 0; given < complete; ++given) {
             SCOPED_TRACE("kind " + std::to_string(conversion.kind) + ", " + std::to_string(given) + " given");
-            const Oid cut(conversion.index.begin(), conversion.index.begin() + given);  // nothing readable behind
+            const Oid cut(conversion.index.begin(), conversion.index.begin() + given);  // nothing readable after it
             Oid padded = cut;
             padded.resize(conversion.index.size());
             Field field(conversion.kind, conversion.field.size());
@@ -179,7 +179,7 @@ TEST(IndexConversion, HostileCountsStayWithinBounds) {
             for (const oid b : hostile)
                 for (const std::size_t given :
                      {std::size_t{1}, std::size_t{2}, std::size_t{3}, std::size_t{9}, std::size_t{100}}) {
-                    // A request of `given` sub-identifiers and what a host keeps readable behind a longest one.
+                    // A request of `given` sub-identifiers and what a host keeps readable after a longest one.
                     Oid request(given + 32, 300);
                     request[0] = a;
                     request[1] = b;

@@ -19,7 +19,7 @@ SWITCHMIB_MODULE_OID(icmp, kMib2, 5);
 
 // --- the kernel's records --------------------------------------------------------------------------------------------
 
-// The "Ip:" and "Icmp:" lines tell their values by position, IPv6's lines by a key. These are the names of the values
+// The "Ip:" and "Icmp:" lines give their values by position, IPv6's lines by a key. These are the names of the values
 // in the order of their records, for ICMP those of the "In" values and again those of the "Out" values.
 constexpr std::string_view kIpNames[] = {
     "Forwarding", "DefaultTTL", "InReceives",  "InHdrErrors", "InAddrErrors", "ForwDatagrams",   "InUnknownProtos",
@@ -73,8 +73,8 @@ struct Icmp6Statistics {
 };
 struct TcpStatistics {
     Counter counters[14];          // RtoAlgorithm, ..., InErrs, OutRsts
-    std::uint16_t in_errs_valid;   // 1 when the kernel tells InErrs
-    std::uint16_t out_rsts_valid;  // 1 when it tells OutRsts
+    std::uint16_t in_errs_valid;   // 1 when the kernel gives InErrs
+    std::uint16_t out_rsts_valid;  // 1 when it gives OutRsts
 };
 struct UdpStatistics {
     Counter counters[4];  // of IPv4 and IPv6 together: InDatagrams, NoPorts, InErrors, OutDatagrams

@@ -49,9 +49,9 @@ public:
 
     const Counters& counters() const { return counters_; }
 
-    // Told of every request before it is carried out and of its response afterwards (`pdu` tells them apart).
+    // Called for every request before it is carried out, and for its response afterwards (`pdu` tells them apart).
     std::function<void(const Message&)> on_message;
-    // Told why a datagram is dropped.
+    // Called with the reason why a datagram is dropped.
     std::function<void(const std::string&)> on_dropped;
 
 private:

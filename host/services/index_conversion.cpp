@@ -1,7 +1,7 @@
 // Index conversion: sizes of index fields in a request, and their conversion to key fields and back, by kind.
 //
 // Counts in a request are hostile: sizes saturate so that sums stay small, conversions take no more sub-identifiers
-// than they are given, and nothing is looked up behind a count that no address has.
+// than they are given, and nothing is looked up after a count that no address has.
 #include "services/services.h"
 
 #include <arpa/inet.h>
@@ -22,7 +22,7 @@ enum AddressType : std::uint32_t { kNone = 0, kIpv4 = 1, kIpv6 = 2 };
 
 int counted(oid count) { return static_cast<int>(std::min(count, oid{kNoRequest})); }
 
-// The sub-identifiers of one field from its first on. Behind the last given one there are only zeros.
+// The sub-identifiers of one field from its first on. After the last given one there are only zeros.
 class Reader {
 public:
     Reader(const oid* first, int count) : at_(first), left_(std::max(count, 0)) {}
@@ -35,7 +35,7 @@ public:
         return *at_++;
     }
 
-    // Takes `count` sub-identifiers, the first `room` of them into `octets`. A sub-identifier above 255 sorts behind
+    // Takes `count` sub-identifiers, the first `room` of them into `octets`. A sub-identifier above 255 sorts after
     // every octet, so it and what follows become 255; an exact request with one means the row of such octets, if any.
     void take_octets(oid count, unsigned char* octets, oid room) {
         bool beyond = false;

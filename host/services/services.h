@@ -1,6 +1,6 @@
 // The host's C symbols (user/framework/host.h) over a backend that can be exchanged.
 //
-// There is one agent in a process, so there is one `services()`: whoever stands in front of the library (the agent, the
+// There is one agent in a process, so there is one `services()`: whoever calls the library (the agent, the
 // tool, a test) plugs its backend, log and request context in here, and the C functions answer from it.
 #pragma once
 
@@ -17,7 +17,7 @@
 namespace services {
 
 inline constexpr std::size_t kMaxSubIds = 128;  // of an OID
-// What a read or write method gets room for. Behind a name that ends anywhere there are zeros, as many as the size
+// What a read or write method gets room for. After a name that ends anywhere there are zeros, as many as the size
 // question about an address pair may look at.
 inline constexpr std::size_t kNameRoom = kMaxSubIds + 32;
 

@@ -21,7 +21,7 @@ struct Options {
     std::optional<std::string> vrf;
     std::optional<std::string> snmp_context;
     sw::Size size;
-    bool freeze = false;  // the simulated switch's clock stands still
+    bool freeze = false;  // the simulated switch's clock does not move
     // serve
     std::string listen = "127.0.0.1:1161";
     std::string community = "public";

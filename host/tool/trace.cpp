@@ -44,7 +44,7 @@ Json key_json(const services::Group* group, const services::ShowRequest& request
     return json;
 }
 
-// A value whose type the request does not tell: text where it can be text, four octets as a number too.
+// A value whose type the request does not give: text where it can be text, four octets as a number too.
 struct ShownValue {
     explicit ShownValue(const services::ShowRequest& request)
         : octets(static_cast<const std::uint8_t*>(request.result)),

@@ -138,8 +138,8 @@ def check_refusals(agent):
     behind = (2, 39, 999)
     for title, (status, _, got) in (("GETNEXT", reader.next(behind)), ("GETBULK", reader.bulk(0, 5, behind))):
         check(status == 0 and got and got[0][0] == behind and got[0][1].tagSet == END_OF_MIB_VIEW,
-              f"{title} behind everything: {status} {got}")
-    check(old_reader.next(behind)[0] == 2, "SNMPv1 GETNEXT behind everything is not noSuchName")
+              f"{title} after everything: {status} {got}")
+    check(old_reader.next(behind)[0] == 2, "SNMPv1 GETNEXT after everything is not noSuchName")
     print("unknown: noSuchObject, noSuchInstance, endOfMibView and SNMPv1's noSuchName")
 
 

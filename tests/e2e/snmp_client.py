@@ -53,7 +53,7 @@ class Client:
             self.record(True, datagram)
             self.record(False, answer)
         message, rest = decoder.decode(answer, asn1Spec=self.types.Message())
-        check(not rest, f"{len(rest)} octets behind an answer")
+        check(not rest, f"{len(rest)} octets after an answer")
         pdu = self.types.apiMessage.getPDU(message)
         check(int(self.types.apiPDU.getRequestID(pdu)) == request_id, "the answer has another request id")
         varbinds = [(tuple(name), value) for name, value in self.types.apiPDU.getVarBinds(pdu)]

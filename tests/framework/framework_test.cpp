@@ -31,7 +31,7 @@ TEST_F(Framework, NextTakesWhatThereIs) {
     EXPECT_EQ(next_command("TwoValue", {1}), "two 1 0 0");
     EXPECT_EQ(next_command("TwoValue", {1, 2, 3, 4}), "two 1 2 0");
     EXPECT_EQ(next_command("MacAfterIntegerValue", {5, 1, 2}), "mac 5 0100");
-    // A request in front of the column asks for the first row, whatever stands behind.
+    // A request before the column asks for the first row, whatever follows.
     Oid before = oid_of("TwoValue", {7, 7});
     --before[before.size() - 3];
     forget();

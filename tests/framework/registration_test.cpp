@@ -30,7 +30,7 @@ std::set<std::string> exports() {
     return names;
 }
 
-// Tables' OID arrays by the entry that they begin with. What stands after it is the column slot, which writes patch.
+// Tables' OID arrays by the entry that they begin with. What follows is the column slot, which writes patch.
 std::map<Oid, std::string> table_arrays() {
     std::set<Oid> entries;  // of everything registered: the OIDs without their last sub-identifier
     for (const services::Object& object : loaded().registry.objects()) {

@@ -114,9 +114,9 @@ public:
     // `index` is that of a row which is accepted. {0} stands for a scalar, whose OID is not checked.
     Writable(std::string object, Oid index, std::uint8_t type, Values values);
 
-    Writable& order(Order steps);  // usual() when it is not told
+    Writable& order(Order steps);  // usual() when it is not given
 
-    // What each value sends in ACTION, and the error after it. Values that are not told may send anything. Without this
+    // What each value sends in ACTION, and the error after it. Values that are not listed may send anything. Without this
     // too, a refused line must be the last, with genErr, and lines must name "write_<object>" as their caller.
     struct Sending {
         Value value;

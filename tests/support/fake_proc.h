@@ -1,5 +1,5 @@
 // The kernel's files and uptime as a test wants them. The test executable defines fopen() and sysinfo() itself, which
-// the library finds before libc's: while a FakeProc stands, what the library reads under /proc/ is the test's.
+// the library finds before libc's: while a FakeProc exists, what the library reads under /proc/ is the test's.
 #pragma once
 
 #include <map>

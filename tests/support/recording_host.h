@@ -90,7 +90,7 @@ protected:
         unsigned char* address;  // what the read method returned
     };
     static WriteMethod* const kUntouched;
-    // `object` is a registered name; `index` stands behind its OID (for a scalar 0 is added).
+    // `object` is a registered name; `index` follows its OID (for a scalar 0 is added).
     ReadResult get(const std::string& object, const Oid& index = {}) { return read(object, index, 1); }
     ReadResult next(const std::string& object, const Oid& index = {}) { return read(object, index, 0); }
     // The same with another magic in the entry, and with any OID.

@@ -80,7 +80,7 @@ TEST_F(Routes, NextRowComesInARecordOfItsOwn) {
     answer("inetCidrRouteTable", integer(1), record);
     EXPECT_EQ(next("inetCidrRouteAge", kRoute).name, oid_of("inetCidrRouteAge", kRoute6));
     EXPECT_EQ(shown[0].key, Bytes(52));  // never filled from the request
-    // IPv4 fields count for an IPv4 row, whatever stands in the others; the policy is the request's.
+    // IPv4 fields count for an IPv4 row, whatever the others hold; the policy is the request's.
     record[0] = record[4] = 1;
     record[8] = record[32] = 10;
     record[28] = 8;

@@ -122,7 +122,7 @@ TEST_F(KernelStatistics, TablesWithoutAnswersReadNoFile) {
 // --- ipSystemStatsTable ----------------------------------------------------------------------------------------------
 
 TEST_F(KernelStatistics, SystemStatsServeSomeColumnsForBothVersionsAndSomeForIpv6) {
-    // Where the value stands in IPv4's line, 0 for IPv6 alone. Columns that aren't here have none.
+    // Where the value is in IPv4's line, 0 for IPv6 alone. Columns that aren't here have none.
     const std::map<std::string, std::uint32_t> served = {
         {"InReceives", 3},      {"InHdrErrors", 4},      {"InNoRoutes", 0},   {"InAddrErrors", 0},
         {"InUnknownProtos", 7}, {"InTruncatedPkts", 0},  {"ReasmReqds", 14},  {"ReasmOKs", 15},
@@ -155,7 +155,7 @@ TEST_F(KernelStatistics, SystemStatsServeSomeColumnsForBothVersionsAndSomeForIpv
         const Row ipv4_row = ipv4 ? Row({{1}, *ipv4}) : std::nullopt;
         const Row ipv6_row = ipv6 ? Row({{2}, *ipv6}) : std::nullopt;
         EXPECT_EQ(row_after(object.name), ipv4 ? ipv4_row : ipv6_row);
-        // A column without IPv4 ends behind its missing row: its IPv6 row is found from the start only.
+        // A column without IPv4 ends after its missing row: its IPv6 row is found from the start only.
         EXPECT_EQ(row_after(object.name, {1}), ipv4 ? ipv6_row : std::nullopt);
         EXPECT_EQ(row_after(object.name, {2}), std::nullopt);
         EXPECT_EQ(row_after(object.name, {4294967295}), std::nullopt);
@@ -257,7 +257,7 @@ TEST_F(KernelStatistics, MessagesWalkByTypeWithinAVersion) {
         if (message.version == 2)
             proc.files[kSnmp6] += std::string("Icmp6In") + message.key + " " + std::to_string(message.in) +
                                   "\nIcmp6Out" + message.key + " " + std::to_string(message.out()) + "\n";
-    // Every type that could be asked, and the one behind it.
+    // Every type that could be asked, and the one after it.
     const auto check = [&](const Oid& index, bool listed, const MessageType* behind) {
         SCOPED_TRACE(services::to_string(index));
         if (!listed) {
@@ -282,7 +282,7 @@ TEST_F(KernelStatistics, MessagesWalkByTypeWithinAVersion) {
     const MessageType& first_ipv6 = kMessageTypes[11];
     check({}, false, &kMessageTypes[0]);
     check({0, 200}, false, &kMessageTypes[0]);
-    check({1}, true, &kMessageTypes[1]);  // cut behind the version: as type 0
+    check({1}, true, &kMessageTypes[1]);  // cut after the version: as type 0
     EXPECT_EQ(value("icmpMsgStatsInPkts", {1}), 9u);
     check({1, kNegative}, false, &first_ipv6);
     check({2}, false, &first_ipv6);
@@ -353,7 +353,7 @@ TEST_F(KernelStatistics, WithoutUptimeOrFileIpv4IsZeroAndIpv6Stays) {
     EXPECT_EQ(read_icmp6().values[0], 8u);
     EXPECT_EQ(value("icmpStatsInMsgs", {1}), 0u);
     EXPECT_EQ(value("icmpStatsInMsgs", {2}), 8u);
-    // The failed opening counts as a reading: for three seconds what was read before it is told again.
+    // The failed opening counts as a reading: for three seconds what was read before it is answered again.
     EXPECT_EQ(read_ip(0).result, 0);
     EXPECT_EQ(read_ip(0).values[2], 7u);
     proc.uptime += 3;
@@ -370,7 +370,7 @@ TEST_F(KernelStatistics, WithoutUptimeOrFileIpv4IsZeroAndIpv6Stays) {
 // --- what the files say ----------------------------------------------------------------------------------------------
 
 TEST_F(KernelStatistics, Ipv4LinesAreReadByPosition) {
-    // A column more than there were shifts the ones behind it.
+    // A column more than there were shifts the ones after it.
     proc.files[kSnmp] =
         "Icmp: InMsgs InErrors InCsumErrors InDestUnreachs\nIcmp: 1 2 99 " + numbers(3, 24) + "\nIcmpMsg: 50 51 52\n";
     auto icmp = read_icmp().values;
@@ -390,7 +390,7 @@ TEST_F(KernelStatistics, Ipv4LinesAreReadByPosition) {
     proc.files[kSnmp] = lines_of("Ip", numbers(1, 25));
     const auto ip = read_ip();
     EXPECT_EQ(ip.values[18], 19u);
-    EXPECT_EQ(ip.values[19], 0u) << "routing discards are not what stands at their place";
+    EXPECT_EQ(ip.values[19], 0u) << "routing discards are not what is at their place";
 
     // Lines come in pieces of 1023 characters, each of which may begin with a tag.
     proc.files[kSnmp] = "Udp: 5 " + std::string(1016, ' ') + "Udp: 6 7\n" + std::string(1020, 'x') + "Udp: 8 9\n";
@@ -403,7 +403,7 @@ TEST_F(KernelStatistics, Ipv6LinesAreReadByKey) {
     auto values = read_ip6().values;
     EXPECT_EQ(values[2], 4294967295u);
     EXPECT_EQ(values[9], 2u);
-    EXPECT_EQ(values[10], 5u) << "a key stands for all that begin with it";
+    EXPECT_EQ(values[10], 5u) << "a key is for all that begin with it";
     EXPECT_EQ(values[23], 4u);
     proc.files[kSnmp6] =
         "Ip6OutMcastPkts\nIp6InReceives none\nIcmp6InAdminProhibs 6\nIcmp6OutGroupMembReductions 7\n"
@@ -448,7 +448,7 @@ TEST_F(KernelStatistics, UdpCountsIpv6In) {
     EXPECT_THAT(read_udp().values, ElementsAre(11, 22, 33, 44));
     EXPECT_THAT(read_udp().values, ElementsAre(11, 22, 33, 44)) << "added once, to what the other file tells";
     proc.files[kSnmp] = lines_of("Udp", "-1 20");
-    EXPECT_THAT(read_udp().values, ElementsAre(0, 22, 36, 48)) << "what isn't told anew is added to";
+    EXPECT_THAT(read_udp().values, ElementsAre(0, 22, 36, 48)) << "what isn't read anew is added to";
 }
 
 TEST_F(KernelStatistics, SysctlsAreReadForEveryLineAndFromWhereTheHostSays) {

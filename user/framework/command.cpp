@@ -66,7 +66,7 @@ struct Digits {
     int count() const { return static_cast<int>(octets + kMost - first); }
 };
 
-// What stands between a '%' and its conversion.
+// What is between a '%' and its conversion.
 struct Spec {
     bool zeros = false;
     int width = 0;

@@ -27,7 +27,7 @@ typedef int WriteMethod(int action, unsigned char* value, unsigned char type, si
                         oid* name, size_t name_length);
 
 // A GET (exact 1) or GETNEXT (exact 0) of one object. `entry` carries the object's full OID. A GETNEXT writes the
-// answered OID over `name`, which has room for 128 sub-identifiers and 8 readable ones behind them. Returns the value,
+// answered OID over `name`, which has room for 128 sub-identifiers and 8 readable ones after them. Returns the value,
 // `*value_length` octets, or null when there is no such instance.
 typedef unsigned char* ReadMethod(const VariableEntry* entry, oid* name, size_t* name_length, int exact,
                                   size_t* value_length, WriteMethod** write_method);
@@ -70,7 +70,7 @@ typedef struct InetText {  // kind 7
     char text[64];  // NUL-padded
     uint32_t prefix_length;
 } InetText;
-typedef struct CountedString {  // kind 14: stands beside the key, `data` points at the octets' place in the key
+typedef struct CountedString {  // kind 14: lies beside the key, `data` points at the octets' place in the key
     uint32_t length;
     uint32_t capacity;
     unsigned char* data;

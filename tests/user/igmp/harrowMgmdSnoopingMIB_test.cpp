@@ -1,5 +1,5 @@
 // IGMP and MLD snooping: every case holds for both. In its texts "@config" and its like are the protocol's words (see
-// Snooping::words_), and several lines stand in one text, each behind a "|".
+// Snooping::words_), and several lines are in one text, each after a "|".
 #include "support/recording_host.h"
 
 #include <algorithm>
@@ -22,7 +22,7 @@ std::string joined(const Lines& lines) {
 struct Reading {
     const char* table;
     int columns;
-    int first;           // the first column that answers; those behind it do too
+    int first;           // the first column that answers; those after it do too
     const char* column;  // its name
     const char* result;
     std::size_t key_size;
@@ -98,7 +98,7 @@ protected:
         return text;
     }
 
-    // The log: errors with "!" in front. "MGMD$SNPMIB" is left out, the source line, which stands behind the name of a
+    // The log: errors with "!" before them. "MGMD$SNPMIB" is left out, the source line, which follows the name of a
     // table, group or writer, is "#", and what ends a writer's line, "$write_<column>$#", is left out too.
     std::string log() const override {
         std::string log;
@@ -223,7 +223,7 @@ TEST_P(Snooping, WritesSendTheirLinesAndTraceThem) {
         Bytes value;
         std::string enters;
         std::string sends;
-        std::string traces;  // in front of the line that is sent
+        std::string traces;  // before the line that is sent
     } cases[] = {
         {"State", "1034.7", Integer, integer(1), "vlan10", "@config", vlan},
         {"State", "1034", Integer, integer(2), "vlan10", "no @config", vlan},
