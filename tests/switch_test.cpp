@@ -366,7 +366,7 @@ TEST(Lines, SetMembersOfTheirObject) {
     Log log;
     CommandLine line([&](const std::string& text) { log.push_back(text); });
     const auto run = [&](int mode, const char* text) { return line.run({mode, text, "test", 1}); };
-    constexpr Mode kThing{"thing"};
+    static constexpr Mode kThing{"thing"};
     const Lines<Thing> thing(line, {kThing}, [&](const Entered& entered, std::string& refusal) -> Thing* {
         if (things.contains(entered.object)) return &things[entered.object];
         refusal = "it is gone";

@@ -114,7 +114,7 @@ TEST_F(Tool, ParsesOids) {
         {long_oid, "more than 128"},
     };
     for (const auto& [text, message] : cases)
-        EXPECT_THAT(complaint([&] { tool::parse_oid(registry, text); }), HasSubstr(message)) << text;
+        EXPECT_THAT(complaint([&, &text = text] { tool::parse_oid(registry, text); }), HasSubstr(message)) << text;
 }
 
 // Every index and key of each kind, by its text.
@@ -250,7 +250,9 @@ TEST_F(Tool, ParsesTypedValues) {
         {"", "1", "unknown type ''"},
     };
     for (const auto& [type, text, message] : cases)
-        EXPECT_THAT(complaint([&] { tool::parse_value(registry, type, text); }), HasSubstr(message)) << type << text;
+        EXPECT_THAT(complaint([&, &type = type, &text = text] { tool::parse_value(registry, type, text); }),
+                    HasSubstr(message))
+            << type << text;
 
     const auto as_registered = [&](const char* object, const char* text) {
         return tool::parse_value(registry, loaded().object(object), text);
@@ -310,7 +312,7 @@ TEST_F(Tool, ScriptedAnswersComeInOrderAndTheLastOneStays) {
         {"config=1", "config=1: a configuration line"},
     };
     for (const auto& [text, message] : cases)
-        EXPECT_THAT(complaint([&] { tool::parse_script(text, script); }), HasSubstr(message)) << text;
+        EXPECT_THAT(complaint([&, &text = text] { tool::parse_script(text, script); }), HasSubstr(message)) << text;
 }
 
 TEST_F(Tool, KeysOfAnotherLayoutAreShownAsOctets) {
@@ -457,7 +459,7 @@ TEST_F(Tool, ExplainShowsEveryPhaseWithItsRequests) {
         {{"get", "ifDescription"}, "unknown name 'ifDescription'"},
     };
     for (const auto& [words, message] : cases)
-        EXPECT_THAT(complaint([&] { tool::parse_explained(registry, words); }), HasSubstr(message));
+        EXPECT_THAT(complaint([&, &words = words] { tool::parse_explained(registry, words); }), HasSubstr(message));
 }
 
 TEST_F(Tool, WithoutNamesEverythingGoesByNumber) {
@@ -583,7 +585,7 @@ TEST(ToolOptions, ListenAddress) {
         {"127.0.0.1:16x", "'16x' is not"},     {":1161", "'' is not an IP address"},
     };
     for (const auto& [text, message] : cases)
-        EXPECT_THAT(complaint([&] { tool::parse_listen(text); }), HasSubstr(message)) << text;
+        EXPECT_THAT(complaint([&, &text = text] { tool::parse_listen(text); }), HasSubstr(message)) << text;
 }
 
 }  // namespace

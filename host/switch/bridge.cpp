@@ -121,7 +121,7 @@ void Bridge::add_timers(Description& d) {
         {"join", &BridgePort::join}, {"leave", &BridgePort::leave}, {"leave-all", &BridgePort::leave_all}};
     for (const auto& [name, timer] : timers)
         d.lines(*this).line(fmt::format("mrp_snmp timer {} {{1..100000}} ifindex {{int}}", name),
-                            [this, timer](const Arguments& arguments) {
+                            [this, timer = timer](const Arguments& arguments) {
                                 const auto port = by_port_.find(arguments[1].number);
                                 if (port == by_port_.end()) return refused("there is no such port");
                                 port->second.*timer = arguments[0].number;

@@ -113,7 +113,10 @@ public:
     }
     template <class Member, class Fact>
     void set(const std::string& pattern, Member member, Fact fact) const {
-        line(pattern, [member, fact](Object& object, const Arguments&) { std::invoke(member, object) = fact; });
+        line(pattern, [member, fact](Object& object, const Arguments&) {
+            auto& value = std::invoke(member, object);
+            value = static_cast<std::remove_reference_t<decltype(value)>>(fact);
+        });
     }
     // The line's first number.
     template <class Member>

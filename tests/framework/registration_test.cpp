@@ -83,7 +83,7 @@ public:
     }
     bool hands_out_writer(const std::string& object) {
         return std::ranges::any_of(std::vector<Oid>{{}, {0}, {1}, {5121}}, [&](const Oid& index) {
-            const WriteMethod* writer = get(object, index).writer;
+            WriteMethod* writer = get(object, index).writer;
             return writer != kUntouched && writer != nullptr;
         });
     }

@@ -268,7 +268,7 @@ TEST_F(KernelStatistics, MessagesWalkByTypeWithinAVersion) {
         EXPECT_EQ(row_after("icmpMsgStatsOutPkts", index), behind != nullptr ? row(behind->out()) : std::nullopt);
     };
     const MessageType* at = kMessageTypes;
-    for (const std::uint32_t version : {1, 2})
+    for (const std::uint32_t version : {1u, 2u})
         for (std::uint32_t type = 0; type < 260; ++type) {
             const bool listed = at != std::end(kMessageTypes) && at->version == version && at->type == type;
             if (listed) {
