@@ -104,7 +104,7 @@ Rows Rows::within(oid low, oid high, oid less) const {
 
 std::vector<TableStore::Comparison> TableStore::comparisons(const Table& table, const Pattern& pattern) {
     std::vector<Comparison> comparisons;
-    if (table.key.size() == 0 || table.record) return comparisons;
+    if (table.key.size() == 0 || table.record.row) return comparisons;
     const Parts parts = table.key.parts(table.key.clear());
     std::size_t argument = 0, part = 0, bracket = kNone, bracket_left = 0;
     for (const Pattern::Place& place : pattern.places()) {
@@ -139,7 +139,7 @@ void TableStore::add(Table table) {
 void TableStore::add_lookup(std::string show, Rows rows, LookedUp row) {
     Pattern pattern(show);
     Table table{.name = {}, .show = std::move(show), .key = {}, .rows = std::move(rows)};
-    if (row) table.record = Record{std::move(row), {}};
+    table.record.row = std::move(row);
     lookups_.push_back({std::move(table), std::move(pattern), {}});
 }
 
@@ -194,7 +194,7 @@ bool TableStore::show(services::ShowRequest& request) const {
     *request.value_length = answer->value.size();
     if (!request.exact && request.key != nullptr && entry != nullptr) {
         entry->table.key.decode(answer->index, request.key);
-        if (entry->table.record) entry->table.record->fill(answer->index, request.key);
+        if (entry->table.record.fill) entry->table.record.fill(answer->index, request.key);
     }
     return true;
 }
@@ -257,10 +257,10 @@ std::optional<Answer> TableStore::find(const Entry& entry, const services::ShowR
         return {};
     }
 
-    if (table.record || key_size == 0) {
+    if (table.record.row || key_size == 0) {
         std::optional<Index> index;
-        if (table.record) {
-            index = table.record->row(match.arguments);
+        if (table.record.row) {
+            index = table.record.row(match.arguments);
         } else {
             index.emplace();
             for (const Argument& argument : match.arguments)

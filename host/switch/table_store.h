@@ -175,7 +175,7 @@ Rows rows_from(FindRow<Row> from, Columns<Row> columns) {
 // --- Tables ----------------------------------------------------------------------------------------------------------
 
 // Where a request's key record is not its row's index: the command alone says which row is meant, and an answer to a
-// GETNEXT fills the record.
+// GETNEXT fills the record. Without `row` it is the index.
 using LookedUp = std::function<std::optional<Index>(const Arguments&)>;
 struct Record {
     LookedUp row;                                          // none: the command's words contradict each other
@@ -199,7 +199,7 @@ struct Table {
     // The key's address type is forced, and the command has the address that was asked for, of whatever type.
     bool forced_type = false;
     std::uint64_t request_class = 2;
-    std::optional<Record> record{};
+    Record record{};
 };
 
 // One object of a scalar group: its magic number, its name, and where its value comes from: a pointer to a fact, a
