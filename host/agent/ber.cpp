@@ -72,7 +72,7 @@ bool well_formed(std::span<const oid> ids) {
 
 // The lowest octets of a number, the highest one first.
 std::uint8_t* put_number(std::uint8_t* at, std::uint64_t number, std::size_t octets) {
-    while (octets-- > 0) *at++ = octets < sizeof number ? static_cast<std::uint8_t>(number >> (8 * octets)) : 0;
+    while (octets-- > 0) *at++ = static_cast<std::uint8_t>(octets < sizeof number ? number >> (8 * octets) : 0);
     return at;
 }
 

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <set>
 #include <sstream>
 
@@ -44,7 +45,9 @@ std::map<Oid, std::string> table_arrays() {
         const oid* ids = loaded().symbol<oid>(name);
         const Oid* entry = nullptr;  // the longest
         for (const Oid& each : entries)
-            if (std::equal(each.begin(), each.end(), ids) && (entry == nullptr || each.size() > entry->size()))
+            // Number by number: an entry may be longer than the array.
+            if (std::equal(each.begin(), each.end(), ids, std::equal_to<>()) &&
+                (entry == nullptr || each.size() > entry->size()))
                 entry = &each;
         if (entry == nullptr)
             ADD_FAILURE() << name << " is no registered table's";
