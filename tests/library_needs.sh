@@ -24,7 +24,6 @@ require() {  # TEXT PATTERN WHAT
 require "$headers" '\.eh_frame |\.ARM\.exidx ' "no unwind tables"
 require "$headers" 'GNU_RELRO' "no read-only relocations"
 require "$symbols" '__stack_chk_fail' "no stack protector"
-require "$symbols" '_chk@' "libc's checked functions are not used"
 case $("$1" -h "$2") in
 *X86-64*) require "$properties" 'IBT, SHSTK' "no control-flow protection" ;;
 *AArch64*) require "$properties" 'BTI, PAC' "no branch protection" ;;

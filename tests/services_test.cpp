@@ -532,7 +532,9 @@ TEST_F(HostTest, WhatIsNoModuleLibraryIsRefusedByName) {
     expect_refusal("", "empty");
     expect_refusal("/nonexistent/lib.so", "no such file");
     expect_refusal(::testing::TempDir(), "not a file");
+#ifdef __x86_64__  // under emulation the file of libc cannot be seen
     expect_refusal("libc.so.6", "_snmp_init");
+#endif
     for (const std::string& text : {std::string(), std::string("\x7f"), std::string("not an ELF file\n")}) {
         write(text);
         expect_refusal(copy, "no ELF file");
