@@ -129,8 +129,7 @@ Command route_command(const RouteKey& row) {
     AddressText destination, next_hop;
     if (!to_text(row.destination.address, destination) || !to_text(row.next_hop, next_hop)) return no_answer;
     const std::uint32_t type = row.destination.address.type;
-    const bool is_ip = type == kIpv4 || type == kIpv6;
-    const Text<64> prefix = is_ip ? Text<64>(" %s/%d", destination.text, row.destination.length) : Text<64>(" ");
+    const Text<64> prefix = is_ip(type) ? Text<64>(" %s/%d", destination.text, row.destination.length) : Text<64>(" ");
     // IPv6 routes are shown from the default table, whatever the VRF.
     if (type == kIpv6) {
         if (row.next_hop.type == kNoAddress) return {"show inetcidr6-table %s %d %s", prefix.c_str(), kIpv6, "::"};
@@ -141,15 +140,10 @@ Command route_command(const RouteKey& row) {
     return {"show inetcidr-table %s %d %s %d %s", vrf.c_str(), type, prefix.c_str(), row.next_hop.type, next_hop.text};
 }
 
-void take_address(std::uint32_t type, const unsigned char* ipv4, const unsigned char* ipv6, InetAddress& address) {
-    address = {type, type == kIpv4 ? 4u : type == kIpv6 ? 16u : 0u, {}, 0};
-    std::memcpy(address.octets, type == kIpv4 ? ipv4 : ipv6, address.length);
-}
-
 void take_record(const RouteRecord& record, RouteKey& row) {
-    take_address(record.destination_type, record.destination_ipv4, record.destination_ipv6, row.destination.address);
+    row.destination.address = take_address(record.destination_type, record.destination_ipv4, record.destination_ipv6);
     row.destination.length = record.prefix_length;
-    take_address(record.next_hop_type, record.next_hop_ipv4, record.next_hop_ipv6, row.next_hop);
+    row.next_hop = take_address(record.next_hop_type, record.next_hop_ipv4, record.next_hop_ipv6);
 }
 
 // The interface that waits for an IPv6 route's row, as its lines have it: between blanks, which makes two before
@@ -168,7 +162,6 @@ Error interface_part(const RouteKey& row, Text<24>& part) {
 // Adds a static route, or with "no " in front removes it, in the request's VRF.
 Error send_route(const Set& set, const RouteKey& row, const char* no, const char* metric) {
     const std::uint32_t type = row.destination.address.type;
-    const auto is_ip = [](std::uint32_t address_type) { return address_type == kIpv4 || address_type == kIpv6; };
     if (!is_ip(type) && !is_ip(row.next_hop.type)) return genErr;
     AddressText destination, next_hop;
     if (!to_text(row.destination.address, destination) || !to_text(row.next_hop, next_hop)) return genErr;

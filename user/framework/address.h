@@ -6,6 +6,7 @@
 #include "framework/index.h"
 
 #include <cstdint>
+#include <cstring>
 
 namespace switchmib {
 
@@ -20,10 +21,22 @@ inline bool to_text(const InetAddress& address, AddressText& text) {
     return UIB_SNMP_Inet_Addr_To_Str(&address, text.text, sizeof text.text) == 0;
 }
 
-// An address as show commands have it: `none` for one without a type, a blank for one that cannot be converted.
+// An address as commands have it: a blank for one that cannot be converted, and `none` for one without a type.
+inline const char* address_word(const InetAddress& address, AddressText& text) {
+    return to_text(address, text) ? text.text : " ";
+}
 inline const char* address_word(const InetAddress& address, AddressText& text, const char* none) {
     if (!to_text(address, text)) return " ";
     return address.type == kNoAddress ? none : text.text;
+}
+
+constexpr bool is_ip(std::uint32_t type) { return type == kIpv4 || type == kIpv6; }
+
+// The address of a backend's record, which has a type and a field for the octets of each.
+inline InetAddress take_address(std::uint32_t type, const unsigned char (&ipv4)[4], const unsigned char (&ipv6)[16]) {
+    InetAddress address{type, type == kIpv4 ? 4u : type == kIpv6 ? 16u : 0u, {}, 0};
+    std::memcpy(address.octets, type == kIpv4 ? ipv4 : ipv6, address.length);
+    return address;
 }
 
 // A MAC address as "00-1f-...", in lower or upper case.
