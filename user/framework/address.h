@@ -56,6 +56,12 @@ inline const char* vrf_name() {
     return name != nullptr ? name : "";
 }
 
+// The end of a show command of the request's VRF, as two words for "%s%s": " vrf " and its name, or nothing.
+struct VrfPart {
+    const char* name = vrf_name();
+    const char* word = *name != '\0' ? " vrf " : "";
+};
+
 // The SNMP context of the request, "" for none.
 inline const char* context_name() {
     const char* name = SNMPD_Get_Cur_ContextName();
