@@ -409,7 +409,7 @@ TEST_F(Tool, ExplainShowsEveryPhaseWithItsRequests) {
     EXPECT_THAT(told, Contains("  RESERVE1 " + port + " -> noError"));
     EXPECT_THAT(told, Contains("    config mode 5 \"interface port1\" caller write_swPortSpeed -> accepted"));
     EXPECT_THAT(told, Contains("  ACTION " + port + " -> notWritable"));
-    EXPECT_THAT(told, Contains("  UNDO ifAlias[5122] -> noError"));
+    EXPECT_THAT(told, Contains("  UNDO ifAlias[5122] -> noError, nothing asked or sent"));
     EXPECT_EQ(told.back(), "answer notWritable (17) for varbind 1, " + port);
     EXPECT_THAT(told, Not(Contains(::testing::SizeIs(::testing::Gt(100u)))));
 
@@ -425,6 +425,7 @@ TEST_F(Tool, ExplainShowsEveryPhaseWithItsRequests) {
     // Phases in which nothing happens are one line, with the varbinds where they are not all.
     answer("ifXTable", tests::text("old"));
     told = text({"set", "ifAlias.5121=x", "ifAlias.5122", "i", "1"});
+    EXPECT_THAT(told, Contains("  RESERVE1 ifAlias[5121] -> noError, nothing asked or sent"));
     EXPECT_THAT(told, Contains("  RESERVE1 ifAlias[5122] -> wrongType"));
     told = text({"set", "ifAlias.5121=x", "ifAlias.5122=y"});
     EXPECT_THAT(told, Contains("  RESERVE1, RESERVE2 -> noError, nothing asked or sent"));
@@ -539,7 +540,8 @@ TEST(ToolOptions, CommandLine) {
 TEST(ToolOptions, ManualPageAndCompletion) {
     const tool::CommandLine line;
     EXPECT_THAT(line.manual_page(), AllOf(HasSubstr("\n.SH MIBHOST EXPLAIN\n"), HasSubstr("\\-\\-write\\-community"),
-                                          HasSubstr("\n.SH MIBHOST WALK\n"), HasSubstr("where to listen")));
+                                          HasSubstr("\n.SH MIBHOST WALK\n"), HasSubstr("where to listen"),
+                                          HasSubstr("\n.SS Size of the simulated switch, at least\n")));
     EXPECT_THAT(line.bash_completion(),
                 AllOf(HasSubstr("\"serve list explain walk --help --version\""), HasSubstr("--log-json"),
                       HasSubstr("--library|--config) _filedir"), Not(HasSubstr("manual"))));
@@ -562,7 +564,7 @@ TEST(ToolOptions, ConfigurationFile) {
 
     const std::pair<std::string, std::string> cases[] = {
         {"lissten = x\n", path + ": serve has no option --lissten, did you mean '--listen'?"},
-        {"[serve]\nlisten = x\n", "serve has no option --serve"},
+        {"[serve]\nlisten = x\n", path + ": it has a section [serve], but options go without one"},
         {"config = x\n", "serve has no option --config"},
         {"verbose = maybe\n", "maybe"},
         {"vlans = 4095\n", "--vlans"},

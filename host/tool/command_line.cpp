@@ -148,12 +148,16 @@ public:
 
     std::vector<CLI::ConfigItem> from_config(std::istream& input) const override {
         std::vector<CLI::ConfigItem> read = ConfigBase::from_config(input);
+        const std::string file = command_.get_config_ptr()->as<std::string>();
         for (const CLI::ConfigItem& item : read) {
-            const std::string option = "--" + item.fullname();
+            if (!item.parents.empty())
+                throw UsageError(fmt::format("{}: it has a section [{}], but options go without one", file,
+                                             fmt::join(item.parents, ".")));
+            const std::string option = "--" + item.name;
             const CLI::Option* const known = command_.get_option_no_throw(option);
             if (known == nullptr || !known->get_configurable())
-                throw UsageError(fmt::format("{}: {} has no option {}{}", command_.get_config_ptr()->as<std::string>(),
-                                             command_.get_name(), option, suggestion(option_names(command_), option)));
+                throw UsageError(fmt::format("{}: {} has no option {}{}", file, command_.get_name(), option,
+                                             suggestion(option_names(command_), option)));
         }
         return read;
     }
@@ -323,9 +327,16 @@ std::string CommandLine::manual_page() const {
     for (const CLI::App* const command : commands) {
         page += fmt::format(".SH MIBHOST {}\n{}.\n", in_capitals(command->get_name()),
                             escaped_for_troff(command->get_description()));
-        for (const CLI::Option* const option : command->get_options())
+        std::string group;
+        // Those without a group of their own come first, as in the help.
+        std::vector<const CLI::Option*> options = command->get_options();
+        std::ranges::stable_partition(options, [](const CLI::Option* each) { return each->get_group() == "Options"; });
+        for (const CLI::Option* const option : options) {
+            if (option->get_group() != "Options" && option->get_group() != group)
+                page += fmt::format(".SS {}\n", group = option->get_group());
             page += fmt::format(".TP\n.B {}\n{}\n", escaped_for_troff(spelling(*option)),
                                 escaped_for_troff(with_default(*option)));
+        }
         page += as_printed(command->get_footer());
     }
     return page;
@@ -348,7 +359,7 @@ std::string CommandLine::bash_completion() const {
     }
     return fmt::format(R"bash(# bash completion of mibhost
 _mibhost() {{
-    local cur prev words cword options
+    local cur prev words cword options module=
     _init_completion -n =: || return
     if ((cword == 1)); then
         COMPREPLY=($(compgen -W "{}--help --version" -- "$cur"))
@@ -365,7 +376,9 @@ _mibhost() {{
     elif [[ ${{words[1]}} == explain && $cword == 2 ]]; then
         COMPREPLY=($(compgen -W "get next set" -- "$cur"))
     elif [[ ${{words[1]}} != serve ]]; then
-        COMPREPLY=($(compgen -W "$("${{words[0]}}" list --names 2>/dev/null)" -- "$cur"))
+        [[ $cur == *::* ]] && module=${{cur%%::*}}
+        COMPREPLY=($(compgen -P "${{module:+$module::}}" -W "$("${{words[0]}}" list --names $module 2>/dev/null)" \
+            -- "${{cur#*::}}"))
         __ltrim_colon_completions "$cur"
     fi
 }}

@@ -98,7 +98,7 @@ std::vector<std::string> set_text(const Explanation& explanation, const services
     for (std::size_t at = 0; at < steps.size();) {
         std::size_t end = at;
         while (end < steps.size() && is_quiet(steps[end])) ++end;
-        if (end - at > 1) {
+        if (end != at) {
             add_folded(lines, 2, quiet_text(steps, at, end, names));
             at = end;
             continue;
