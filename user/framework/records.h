@@ -66,6 +66,34 @@ typedef struct SubnetVlan {  // the row of nVlanSubnetVlanTable
 extern SubnetVlan subnet_vlan;
 
 // ---------------------------------------------------------------------------------------------------------------------
+// corvinPrivateVlanMIB
+
+typedef struct PrivateVlan {  // the row of nPrivateVlanVlanTable that requests collect; nothing clears it
+    uint32_t vid;
+    uint32_t type;  // 1 primary, 2 isolated, 3 community
+    uint32_t primary;
+    uint32_t pending;
+} PrivateVlan;
+extern PrivateVlan private_vlan;
+
+typedef struct PrivateVlanPort {  // the row of nPrivateVlanIfVlanMapTable
+    uint32_t zero[2];
+    uint32_t primary;
+    uint32_t pending;
+} PrivateVlanPort;
+extern PrivateVlanPort private_vlan_port;
+
+// ---------------------------------------------------------------------------------------------------------------------
+// pellamVoiceVlanMIB
+
+typedef struct VoiceOui {  // the row of dVoiceVlanOuiTable that a request is creating
+    unsigned char unused[12];
+    char description[32];  // ends with a NUL when it is shorter
+    uint32_t pending;
+} VoiceOui;
+extern VoiceOui voice_oui;
+
+// ---------------------------------------------------------------------------------------------------------------------
 // ieee8021QBridgeMib
 
 extern int mvrp_mib_dbg;  // not 0: configuration lines of MVRP are traced, with the token "mvrp"
