@@ -1,4 +1,4 @@
-// What the library costs for each request, beside two floors: the host calls that the request needs anyway, with each
+// What the library costs for each request, with two floors: the host calls that the request needs anyway, with each
 // command made by snprintf ("floor") or put together by hand ("least").
 //
 //     bench_library                     nanoseconds for each case (Google Benchmark's options apply)
@@ -167,7 +167,7 @@ void floor_group(int exact) {
     if (!exact) build<kPort, kVlan, kGroup>(target, &key);
 }
 
-// Scalars from the kernel's statistics. A GET reads the file anew.
+// Scalars from the kernel's statistics. A GET reads the file again.
 Target& ipv4() {
     static Target target({1, 3, 6, 1, 2, 1, 4, 1}, {0});
     return target;
@@ -628,7 +628,7 @@ int main(int argc, char** argv) try {
         }
         return 0;
     }
-    // First, while nothing else has the library open, so that each round loads it anew.
+    // First, while nothing else has the library open, so that each round loads it.
     benchmark::RegisterBenchmark("load_and_register", load_and_register);
     for (const Case& one : cases())
         benchmark::RegisterBenchmark(one.name.c_str(), [one](benchmark::State& state) {

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Counts the instructions of each request in `bench_library` under callgrind, and prints them beside the two floors.
+"""Counts the instructions of each request in `bench_library` under callgrind, and prints them with the two floors.
 
     ratios.py [--check | --update] BENCH_LIBRARY
 
 The table ratios.txt has what a request may cost: its ratio to the floor; for a walk, a row of many to a row of few.
---check fails when one is more than 3 % worse than there, --update writes the table anew.
+--check fails when one is more than 3 % worse than there, --update writes the table again.
 """
 
 import argparse

@@ -30,7 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(octets->size() <= kMaxResponse, "the response is larger than allowed");
     const agent::Message request = agent::decode({data, size});
     const agent::Message response = agent::decode(*octets);
-    require(response.pdu == agent::kResponse, "the answer is no response");
+    require(response.pdu == agent::kResponse, "the answer is not a response");
     require(response.version == request.version && response.community == request.community &&
                 response.request_id == request.request_id,
             "the response is one to another request");

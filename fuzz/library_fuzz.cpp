@@ -199,7 +199,7 @@ services::Oid any_name(const Object& object, Input& input) {
     return name;
 }
 
-// What a read or write method gets: exactly the room that it may use, so that a sanitizer sees a step beyond it.
+// What a read or write method gets: exactly the memory that it may use, so that a sanitizer sees a step beyond it.
 std::unique_ptr<oid[]> room_for(const services::Oid& name) {
     auto room = std::make_unique<oid[]>(services::kNameRoom);
     std::ranges::copy(name, room.get());

@@ -118,7 +118,7 @@ TEST(Ber, LongerFormsOfTheSameValueAreRead) {
     for (const auto& [hex, value] : cases) EXPECT_EQ(ber::Reader(from_hex(hex)).value(), value) << hex;
 }
 
-TEST(Ber, WhatIsNoValueIsRefused) {
+TEST(Ber, WhatIsNotAValueIsRefused) {
     const std::string too_long = "068180" + to_hex(Octets(128, 1));
     for (const std::string& hex : std::vector<std::string>{"",
                                                            "02",
@@ -300,7 +300,7 @@ protected:
 
 }  // namespace
 
-TEST_F(AgentTest, GetTellsValuesApartFromWhatIsMissing) {
+TEST_F(AgentTest, GetDistinguishesValuesFromWhatIsMissing) {
     const Message response =
         ask(kGetRequest, {below({1, 2}), below({3, 1}), below({4, 0}), below({1, 9}), below({9, 1})});
     EXPECT_EQ(error(response), Error());
@@ -465,7 +465,7 @@ TEST_F(AgentTest, CommunitiesReadAndWrite) {
     }
 }
 
-TEST_F(AgentTest, WhatIsNoRequestIsDroppedAndCounted) {
+TEST_F(AgentTest, WhatIsNotARequestIsDroppedAndCounted) {
     const Octets good = request(kGetRequest, unbound({below({1, 1})}));
     std::vector<std::string> dropped;
     int messages = 0;
@@ -580,7 +580,7 @@ TEST_F(SetTest, TheStateIsWhatTheReadMethodReturned) {
     }
 }
 
-TEST_F(SetTest, TheObserverIsToldEveryStep) {
+TEST_F(SetTest, TheObserverSeesEveryStep) {
     std::vector<std::string> steps;
     engine.set_phase_observer([&](int phase, std::size_t index, int error) {
         steps.push_back(std::to_string(phase) + " " + std::to_string(index) + " " + std::to_string(error));

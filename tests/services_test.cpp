@@ -206,7 +206,7 @@ TEST(IndexConversion, AWrongAddressLengthFitsNoRequestAndKeepsItsOrder) {
     for (const int kind : {12, 13}) EXPECT_GT(uib_snmp_get_oid_size(address.data(), kind), 128);
 }
 
-TEST(IndexConversion, ASubIdentifierThatIsNoOctetSortsBehindEveryOctet) {
+TEST(IndexConversion, ASubIdentifierThatIsNotAnOctetSortsAfterEveryOctet) {
     const Oid mac{0, 1, 300, 3, 4, 5};
     Field field(6, 6);
     to_field(6, mac.data(), 6, field.place());
@@ -329,7 +329,7 @@ TEST_F(HostTest, RequestsReachTheBackendAsTheyWereSent) {
         return uib_sh_show_request(1ull << 40, "show it 7", ret_value, 8192, &length, &key, 4, 3, 0, 2, "aTable", 99);
     };
     const auto configure = [] { return uib_sh_config_request(-1, "speed 100", "write_it", 12); };
-    EXPECT_NE(show(), 0);  // nobody is there
+    EXPECT_NE(show(), 0);  // no backend
     EXPECT_NE(configure(), 0);
 
     services::services().backend = this;
@@ -447,7 +447,7 @@ TEST_F(HostTest, RegistrationsAreCheckedBeforeTheyAreTaken) {
     EXPECT_EQ(services::services().registrations[0].module_oid, module);
 }
 
-TEST_F(HostTest, RegisteredObjectsStandInOidOrderUnderTheirFullNames) {
+TEST_F(HostTest, RegisteredObjectsAreInOidOrderUnderTheirFullNames) {
     const VariableEntry late[] = {variable({2, 1}), variable({10}), variable({2})};
     const VariableEntry early[] = {variable({5})};
     const services::Registry registry({{"late", {1, 3, 2}, late, 2}, {"early", {1, 3, 1}, early, 1}});
@@ -518,7 +518,7 @@ void expect_refusal(const std::string& path, const std::string& reason) {
 
 }  // namespace
 
-TEST_F(HostTest, WhatIsNoModuleLibraryIsRefusedByName) {
+TEST_F(HostTest, FilesThatAreNotAModuleLibraryAreNamed) {
     const std::string copy = ::testing::TempDir() + "no_library.so";
     const auto write = [&](const std::string& octets) { std::ofstream(copy, std::ios::binary) << octets; };
     std::ifstream stream(SWITCHMIB_LIBRARY, std::ios::binary);
@@ -537,7 +537,7 @@ TEST_F(HostTest, WhatIsNoModuleLibraryIsRefusedByName) {
 #endif
     for (const std::string& text : {std::string(), std::string("\x7f"), std::string("not an ELF file\n")}) {
         write(text);
-        expect_refusal(copy, "no ELF file");
+        expect_refusal(copy, "not an ELF file");
     }
     // Cut anywhere, also between what is mapped and the section headers at the end.
     for (const std::size_t left : {std::size_t{8}, std::size_t{100}, whole.size() / 2, whole.size() - 1}) {
@@ -551,7 +551,7 @@ TEST_F(HostTest, WhatIsNoModuleLibraryIsRefusedByName) {
     write(with(EI_CLASS, sizeof(void*) == 4 ? ELFCLASS64 : ELFCLASS32));
     expect_refusal(copy, sizeof(void*) == 4 ? "64-bit" : "32-bit");
     write(with(offsetof(Elf32_Ehdr, e_type), ET_EXEC));
-    expect_refusal(copy, "no shared library");
+    expect_refusal(copy, "not a shared library");
 }
 
 }  // namespace tests

@@ -1,4 +1,4 @@
-// What the simulated switch knows of its hardware, through the library: Ethernet statistics, power saving, transceivers
+// The hardware of the simulated switch, through the library: Ethernet statistics, power saving, transceivers
 // and health.
 #include "support/simulated_switch.h"
 

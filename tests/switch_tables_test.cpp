@@ -28,7 +28,7 @@ TEST_F(OnSwitch, ServesEachObjectUnderItsName) {
 }
 
 // GETNEXT meets every row once, in order, with the value that GET has, and the switch refuses nothing that the library
-// asks for. What it does not serve at all is asked for in vain.
+// asks for. Objects that it does not serve have no instances.
 TEST_F(OnSwitch, IsWalkedFromEndToEnd) {
     std::set<std::string> names;
     for (const auto& [name, magic] : switch_.served()) names.insert(name);
@@ -252,7 +252,7 @@ TEST_F(OnSwitch, MovesCountersWhileAnInterfaceIsUp) {
     EXPECT_EQ(octets(1), 2 * after);
 }
 
-TEST_F(OnSwitch, MakesVlansWithTheirPortsAndTakesEverythingOfThemAway) {
+TEST_F(OnSwitch, MakesVlansWithTheirPortsAndRemovesEverythingOfThem) {
     now_ = seconds(7);
     EXPECT_EQ(set({{"dot1qVlanStaticName", {100}, "the lab"},
                    {"dot1qVlanStaticEgressPorts", {100}, ports({13, 14, 17, 25})},
@@ -347,23 +347,23 @@ TEST_F(OnSwitch, KeepsTheRoutesOfAVrfApartButForIpv6) {
 
 // --- Snooping --------------------------------------------------------------------------------------------------------
 
-struct Twin {
+struct Protocol {
     oid type;
     std::string prefix;
     Index group, source;
 };
-const Twin kTwins[] = {{1, "mgmdIgmpSnp", {1, 4, 239, 9, 9, 9}, {1, 4, 10, 0, 0, 7}},
-                       {2,
-                        "mgmdMldSnp",
-                        {2, 16, 0xff, 0x0e, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9},
-                        {2, 16, 0xfe, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 7}}};
+const Protocol kProtocols[] = {{1, "mgmdIgmpSnp", {1, 4, 239, 9, 9, 9}, {1, 4, 10, 0, 0, 7}},
+                               {2,
+                                "mgmdMldSnp",
+                                {2, 16, 0xff, 0x0e, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9},
+                                {2, 16, 0xfe, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 7}}};
 
 TEST_F(OnSwitch, MakesAndRemovesSnoopingRowsOfPorts) {
-    for (const Twin& twin : kTwins) {
-        SCOPED_TRACE(twin.prefix);
-        const Index group = join({{5122, 1034}, twin.group}), source = join({group, twin.source});
-        const Index row = port_of_vlan10(2, twin.type);
-        const auto object = [&](const char* name) { return twin.prefix + name; };
+    for (const Protocol& protocol : kProtocols) {
+        SCOPED_TRACE(protocol.prefix);
+        const Index group = join({{5122, 1034}, protocol.group}), source = join({group, protocol.source});
+        const Index row = port_of_vlan10(2, protocol.type);
+        const auto object = [&](const char* name) { return protocol.prefix + name; };
         now_ = seconds(20);
         EXPECT_EQ(set({{object("GroupStatus"), group, 4}}), 0);
         now_ = seconds(21);
@@ -394,16 +394,16 @@ TEST_F(OnSwitch, MakesAndRemovesSnoopingRowsOfPorts) {
 }
 
 TEST_F(OnSwitch, RenewsLearnedGroups) {
-    for (const Twin& twin : kTwins) {
-        const Index group = rows(twin.prefix + "GroupUpTime").front();
+    for (const Protocol& protocol : kProtocols) {
+        const Index group = rows(protocol.prefix + "GroupUpTime").front();
         now_ = seconds(100);
-        EXPECT_EQ(get(twin.prefix + "GroupUpTime", group), 10000);
-        EXPECT_EQ(get(twin.prefix + "GroupExpiryTime", group), 16000);
-        const Index on_port = port_of_vlan10(5, twin.type);
-        const std::int64_t count = get(twin.prefix + "StatisticColumn4", on_port).number();
+        EXPECT_EQ(get(protocol.prefix + "GroupUpTime", group), 10000);
+        EXPECT_EQ(get(protocol.prefix + "GroupExpiryTime", group), 16000);
+        const Index on_port = port_of_vlan10(5, protocol.type);
+        const std::int64_t count = get(protocol.prefix + "StatisticColumn4", on_port).number();
         now_ = seconds(135);  // a query, and an answer, later
-        EXPECT_EQ(get(twin.prefix + "GroupExpiryTime", group), 25000);
-        EXPECT_GT(get(twin.prefix + "StatisticColumn4", on_port).number(), count);
+        EXPECT_EQ(get(protocol.prefix + "GroupExpiryTime", group), 25000);
+        EXPECT_GT(get(protocol.prefix + "StatisticColumn4", on_port).number(), count);
         now_ = {};
     }
 }

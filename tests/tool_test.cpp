@@ -174,7 +174,7 @@ TEST(ToolIndex, PartsOfIndexAndKey) {
         EXPECT_EQ(services::key_parts({field}, key.data(), key.size() - 1), std::nullopt) << text_of_index;
     }
 
-    // Fields lie in a key as in a C struct, and more may come after them.
+    // Fields are laid out in a key as in a C struct, and more may come after them.
     const std::uint8_t padded[] = {1, 2, 3, 4, 5, 6, 0xee, 0xee, 7, 0, 0, 0, 0xee};
     EXPECT_EQ(services::key_parts({{6, 6}, {2, 4}}, padded, sizeof padded),
               (std::vector<std::string>{"01:02:03:04:05:06", "7"}));
@@ -216,7 +216,7 @@ TEST_F(Tool, GroupsDescribeTables) {
     ASSERT_NE(test, nullptr);
     EXPECT_TRUE(test->is_table && !test->answers);
     EXPECT_FALSE(registry.group("interfacesGlobals")->is_table);
-    // The first column can be set, so it is no index.
+    // The first column can be set, so it is not an index.
     EXPECT_EQ(registry.group("dot1qPortVlanTable")->index_column, "");
     for (const services::Object& object : registry.objects()) {
         ASSERT_NE(object.group, nullptr) << object.name;
@@ -274,9 +274,9 @@ TEST_F(Tool, ScriptedAnswersComeInOrderAndTheLastOneStays) {
     tool::parse_script("config=ok,refused", script);
     tool::parse_script("nobody=1", script);
     answer("ifTable", tests::integer(99), {2, 0, 0, 0});
-    std::vector<std::string> told;
+    std::vector<std::string> lines;
     tool::TracingBackend tracing(
-        *this, registry, [&](const tool::Event& event) { told.push_back(event.line()); }, script);
+        *this, registry, [&](const tool::Event& event) { lines.push_back(event.line()); }, script);
     services::Backend& backend = tracing;
 
     std::uint8_t result[6];
@@ -298,9 +298,9 @@ TEST_F(Tool, ScriptedAnswersComeInOrderAndTheLastOneStays) {
     EXPECT_TRUE(backend.configure({5, "interface port1", "write_it", 1}));
     EXPECT_FALSE(backend.configure({-1, "speed 100", "write_it", 1}));
     EXPECT_FALSE(backend.configure({-1, "speed 10", "write_it", 1}));
-    EXPECT_THAT(told, Contains("show \"show it\" name ifTable magic 3 exact 0 key [ifIndex 1] (scripted) -> 2 octets "
-                               "\"up\", row [ifIndex 2]"));
-    EXPECT_THAT(told, Contains("config mode -1 \"speed 100\" caller write_it (scripted) -> refused"));
+    EXPECT_THAT(lines, Contains("show \"show it\" name ifTable magic 3 exact 0 key [ifIndex 1] (scripted) -> 2 octets "
+                                "\"up\", row [ifIndex 2]"));
+    EXPECT_THAT(lines, Contains("config mode -1 \"speed 100\" caller write_it (scripted) -> refused"));
     EXPECT_THAT(tracing.unused(), ElementsAre("nobody"));
 
     const std::pair<std::string, std::string> cases[] = {
@@ -336,7 +336,7 @@ TEST_F(Tool, KeysOfAnotherLayoutAreShownAsOctets) {
     EXPECT_FALSE(events.back().json["key"].contains("index"));
 }
 
-TEST_F(Tool, ListTellsWhatIsWritableInFact) {
+TEST_F(Tool, ListSaysWhatIsWritableInFact) {
     for (const char* name : {"ifAdminStatus", "ifAlias", "ifStackStatus", "swPortSpeed", "nVlanInterfaceRowStatus"})
         EXPECT_TRUE(tool::writable(loaded().object(name))) << name;
     for (const char* name : {"ifNumber", "ifDescr", "ifName", "swPortIndex", "swPortTableNumber", "nVlanInterfaceVid"})
@@ -403,33 +403,33 @@ TEST_F(Tool, ExplainShowsEveryPhaseWithItsRequests) {
     };
     const auto text = [&](const std::vector<std::string>& words) { return as_text(explained(words), registry); };
 
-    std::vector<std::string> told =
+    std::vector<std::string> lines =
         text({"set", "swPortSpeed.5121=-3", "ifAlias.5122", "s", "x", "_get_port_info=1", "_get_port_info.1=16"});
-    EXPECT_THAT(told, Contains("SET " + port + " = INTEGER: -3"));
-    EXPECT_THAT(told, Contains("  RESERVE1 " + port + " -> noError"));
-    EXPECT_THAT(told, Contains("    config mode 5 \"interface port1\" caller write_swPortSpeed -> accepted"));
-    EXPECT_THAT(told, Contains("  ACTION " + port + " -> notWritable"));
-    EXPECT_THAT(told, Contains("  UNDO ifAlias[5122] -> noError, nothing asked or sent"));
-    EXPECT_EQ(told.back(), "answer notWritable (17) for varbind 1, " + port);
-    EXPECT_THAT(told, Not(Contains(::testing::SizeIs(::testing::Gt(100u)))));
+    EXPECT_THAT(lines, Contains("SET " + port + " = INTEGER: -3"));
+    EXPECT_THAT(lines, Contains("  RESERVE1 " + port + " -> noError"));
+    EXPECT_THAT(lines, Contains("    config mode 5 \"interface port1\" caller write_swPortSpeed -> accepted"));
+    EXPECT_THAT(lines, Contains("  ACTION " + port + " -> notWritable"));
+    EXPECT_THAT(lines, Contains("  UNDO ifAlias[5122] -> noError, nothing asked or sent"));
+    EXPECT_EQ(lines.back(), "answer notWritable (17) for varbind 1, " + port);
+    EXPECT_THAT(lines, Not(Contains(::testing::SizeIs(::testing::Gt(100u)))));
 
-    told = text({"set", port + "=2"});
-    EXPECT_THAT(told, Contains("    config mode -1 \"speed 100\" caller write_swPortSpeed -> refused"));
-    EXPECT_EQ(told.back(), "answer genErr (5) for varbind 1, " + port);
+    lines = text({"set", port + "=2"});
+    EXPECT_THAT(lines, Contains("    config mode -1 \"speed 100\" caller write_swPortSpeed -> refused"));
+    EXPECT_EQ(lines.back(), "answer genErr (5) for varbind 1, " + port);
 
-    told = text({"set", port + "=0", "_nobody=1"});
-    EXPECT_THAT(told, Contains("  FREE " + port + " -> wrongValue"));
-    EXPECT_THAT(told, Contains("answer wrongValue (10) for varbind 1, " + port));
-    EXPECT_EQ(told.back(), "note: no request was named '_nobody'");
+    lines = text({"set", port + "=0", "_nobody=1"});
+    EXPECT_THAT(lines, Contains("  FREE " + port + " -> wrongValue"));
+    EXPECT_THAT(lines, Contains("answer wrongValue (10) for varbind 1, " + port));
+    EXPECT_EQ(lines.back(), "note: no request was named '_nobody'");
 
     // Phases in which nothing happens are one line, with the varbinds where they are not all.
     answer("ifXTable", tests::text("old"));
-    told = text({"set", "ifAlias.5121=x", "ifAlias.5122", "i", "1"});
-    EXPECT_THAT(told, Contains("  RESERVE1 ifAlias[5121] -> noError, nothing asked or sent"));
-    EXPECT_THAT(told, Contains("  RESERVE1 ifAlias[5122] -> wrongType"));
-    told = text({"set", "ifAlias.5121=x", "ifAlias.5122=y"});
-    EXPECT_THAT(told, Contains("  RESERVE1, RESERVE2 -> noError, nothing asked or sent"));
-    EXPECT_THAT(told, Contains("  COMMIT -> noError, nothing asked or sent"));
+    lines = text({"set", "ifAlias.5121=x", "ifAlias.5122", "i", "1"});
+    EXPECT_THAT(lines, Contains("  RESERVE1 ifAlias[5121] -> noError, nothing asked or sent"));
+    EXPECT_THAT(lines, Contains("  RESERVE1 ifAlias[5122] -> wrongType"));
+    lines = text({"set", "ifAlias.5121=x", "ifAlias.5122=y"});
+    EXPECT_THAT(lines, Contains("  RESERVE1, RESERVE2 -> noError, nothing asked or sent"));
+    EXPECT_THAT(lines, Contains("  COMMIT -> noError, nothing asked or sent"));
     EXPECT_THAT(as_lines(explained({"set", "ifAlias.5121=x", "ifAlias.5122=y"})),
                 ElementsAre("interface port1", "desc x", "interface port2", "desc y"));
 
@@ -473,8 +473,8 @@ TEST_F(Tool, WithoutNamesEverythingGoesByNumber) {
     EXPECT_EQ(request.varbinds.front(), (agent::Varbind{alias, Value::octet_string({'x'})}));
     EXPECT_TRUE(request.script.contains("ifXTable.18"));
     agent::Engine engine(bare);
-    const auto told = as_text(tool::explain(request, engine, bare, *this), bare);
-    EXPECT_THAT(told, Contains(HasSubstr("name ifXTable magic 18 exact 1 key 5121")));
+    const auto lines = as_text(tool::explain(request, engine, bare, *this), bare);
+    EXPECT_THAT(lines, Contains(HasSubstr("name ifXTable magic 18 exact 1 key 5121")));
     EXPECT_THAT(tool::list(bare, tool::select(bare, {"1.3.6.1.2.1.2.1"}), tool::ListForm::text),
                 "interfaces 1.3.6.1.2.1.2 (IF-MIB, 1 object)\n    .1  -  INTEGER    read-only\n");
 }

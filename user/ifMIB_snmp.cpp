@@ -40,7 +40,7 @@ Error write_ifAlias(Set& set) {
     return length == 0 ? set.sub("no desc") : set.sub({"desc %s", alias});
 }
 
-// Refused once its checks pass. Unlike other refused columns it parses its index, as its neighbours do.
+// Refused once its checks pass. Unlike other refused columns it parses its index, as the other columns do.
 Error write_ifPromiscuousMode(Set& set) {
     std::int32_t promiscuous;
     InterfaceKey row;

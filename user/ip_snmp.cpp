@@ -186,7 +186,7 @@ bool read_tcp(TcpStatistics& tcp) {
     return true;
 }
 
-// The counter that an IPv6 line adds to, by the letters that tell Udp6InDatagrams, Udp6NoPorts, Udp6InErrors and
+// The counter that an IPv6 line adds to, by the letters that distinguish Udp6InDatagrams, Udp6NoPorts, Udp6InErrors and
 // Udp6OutDatagrams from one another and from all others; null for those.
 Counter* udp6_total(UdpStatistics& udp, const char* line) {
     if (!begins(line, "Udp6") || std::strlen(line) < 7) return nullptr;
@@ -229,7 +229,7 @@ bool read_icmp6(Icmp6Statistics& icmp6) {
     return true;
 }
 
-// Whether a record is read anew: always when forced, as by a GET, else some seconds after the uptime `last`.
+// Whether a record is read again: always when forced, as by a GET, else some seconds after the uptime `last`.
 enum class Cache { unusable, kept, due };
 
 Cache check_cache(std::uint32_t& last, int force) {
@@ -315,7 +315,7 @@ consteval Place icmpv6(Direction direction, std::string_view name) {
     return {Place::icmp6, direction * std::size(kIcmp6Names) + place(kIcmp6Names, name)};
 }
 
-// A null counter is no value.
+// A null counter has no value.
 unsigned char* answer(Counter* counter, const Read& read) {
     if (counter != nullptr) *read.value_length = sizeof *counter;
     return reinterpret_cast<unsigned char*>(counter);

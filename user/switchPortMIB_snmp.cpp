@@ -173,7 +173,7 @@ constexpr Table<InterfaceKey> swPortTable{
         },
 };
 
-// The init function's capital S stands: hosts find it by this name.
+// The init function's capital S is kept: hosts find it by this name.
 MODULE_END_AS(SwitchPortMIB_snmp_init, 12, switchPortMIBGlobals, swPortTable);
 
 }  // namespace switchmib::MODULE

@@ -50,7 +50,7 @@ Number machine_order(const ValueView& value) {
     return number;
 }
 
-// The OBJECT IDENTIFIER in a value, which need not lie aligned; of a longer one than there may be its beginning.
+// The OBJECT IDENTIFIER in a value, which need not be aligned; of a longer one than there may be its beginning.
 class ObjectIdIn {
 public:
     explicit ObjectIdIn(const ValueView& value) : count_(std::min(value.octets.size() / sizeof(oid), std::size(ids_))) {

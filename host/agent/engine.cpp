@@ -26,7 +26,7 @@ public:
     unsigned char* state() const { return state_; }
     WriteMethod* writer() const { return writer_; }
 
-    // Whether the answered name lies in the object and after `name`, as a GETNEXT's must.
+    // Whether the answered name is in the object and after `name`, as a GETNEXT's must.
     bool goes_on_from(std::span<const oid> name) const {
         if (length_ <= services::kMaxSubIds && services::is_under(this->name(), object_.entry) &&
             snmp_oid_compare(name_, length_, name.data(), name.size()) > 0)
@@ -42,7 +42,7 @@ public:
         if (value_length_ <= kMaxValueLength)
             if (const ValueView value{object_.entry.type, {state_, value_length_}}; ber::well_formed(value))
                 return value;
-        complain("a value that is none of its type");
+        complain("a value that is not of its type");
         return std::nullopt;
     }
 
@@ -115,7 +115,7 @@ Engine::Walk::Walk(const Engine& engine, std::span<const oid> from)
 
 VarbindView Engine::Walk::next(std::uint8_t without) {
     const auto& objects = registry_->objects();
-    // The object that the name lies in comes first; every other one is asked for its first instance.
+    // The object that the name is in comes first; every other one is asked for its first instance.
     for (; object_ < objects.size(); ++object_, within_ = false) {
         const services::Object& object = objects[object_];
         if (object.entry.type == without) continue;
@@ -134,7 +134,7 @@ VarbindView Engine::Walk::next(std::uint8_t without) {
 }
 
 SetResult Engine::set(const std::vector<Varbind>& varbinds) {
-    const auto tell = [this](int phase, std::size_t index, int error) {
+    const auto observe = [this](int phase, std::size_t index, int error) {
         if (observer_) observer_(phase, index, error);
     };
 
@@ -153,7 +153,7 @@ SetResult Engine::set(const std::vector<Varbind>& varbinds) {
             else if (!read.answered() && object->entry.acl == kReadWrite)
                 error = kNoCreation;
         }
-        tell(kRead, i, error);
+        observe(kRead, i, error);
         if (error != kNoError) return {error, i + 1};
         assignments.push_back(assignment);
     }
@@ -163,7 +163,7 @@ SetResult Engine::set(const std::vector<Varbind>& varbinds) {
     const auto run = [&](int phase, bool stops) {
         for (std::size_t i = 0; i < assignments.size(); ++i) {
             const int error = assignments[i].run(phase);
-            tell(phase, i, error);
+            observe(phase, i, error);
             if (error == kNoError || result.status != kNoError) continue;
             result = {error, i + 1};
             if (stops) return;

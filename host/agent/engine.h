@@ -14,7 +14,7 @@ namespace agent {
 
 using services::Oid;
 
-// Value tags on the wire. The last three stand for "no value" and are never encoded for SNMPv1.
+// Value tags on the wire. The last three mean "no value" and are never encoded for SNMPv1.
 enum Tag : std::uint8_t {
     kInteger = 0x02,
     kOctetString = 0x04,
@@ -54,7 +54,7 @@ enum Status : int {
     kInconsistentName = 18,
 };
 
-// Phases of a SET, as write methods get them; kRead stands for the read before them.
+// Phases of a SET, as write methods get them; kRead is the read before them.
 enum Phase : int { kRead = -1, kReserve1, kReserve2, kAction, kCommit, kFree, kUndo };
 
 // A value as read and write methods see it: numbers of 4 octets (Counter64: 8) in machine order, an OBJECT IDENTIFIER
@@ -130,7 +130,7 @@ public:
     private:
         const services::Registry* registry_;
         std::size_t object_;  // where it goes on
-        bool within_;         // the name lies in that object
+        bool within_;         // the name is in that object
         std::size_t length_;
         oid name_[services::kMaxSubIds];
     };

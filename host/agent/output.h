@@ -1,4 +1,4 @@
-// What an agent that runs on and on writes to its output.
+// The output of an agent that runs for a long time.
 #pragma once
 
 #include <chrono>

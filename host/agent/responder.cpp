@@ -45,7 +45,7 @@ Message error_response(const Message& request, int status, std::size_t index) {
     Message response = response_to(request);
     response.error_status = sent_status(request.version, status);
     response.error_index = static_cast<std::int32_t>(index);
-    // Nothing but the request's own varbinds can be too big for a response; SNMPv1 wants them all the same.
+    // Nothing but the request's own varbinds can be too big for a response; SNMPv1 requires them nevertheless.
     if (status != kTooBig || request.version == kVersion1) response.varbinds = request.varbinds;
     return response;
 }
@@ -61,7 +61,7 @@ void ResponderOptions::check() const {
     if (community.empty()) throw std::invalid_argument("the community is empty");
     if (!write_community) return;
     if (write_community->empty())
-        throw std::invalid_argument("the write community is empty; leave it out for an agent that nobody writes to");
+        throw std::invalid_argument("the write community is empty; leave the option out for no write access");
     if (*write_community == community)
         throw std::invalid_argument("the write community is the community that reads; name another one");
 }

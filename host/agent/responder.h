@@ -16,7 +16,7 @@ namespace agent {
 
 struct ResponderOptions {
     std::string community = "public";            // reads
-    std::optional<std::string> write_community;  // reads and writes; none: nobody writes
+    std::optional<std::string> write_community;  // reads and writes; none: no write access
     std::size_t max_response = 65507;            // octets of a response
     std::size_t max_varbinds = 128;              // of a request; more are tooBig
     std::size_t max_bulk_varbinds = 512;         // of the response to a GETBULK, which ends there
@@ -49,7 +49,7 @@ public:
 
     const Counters& counters() const { return counters_; }
 
-    // Called for every request before it is carried out, and for its response afterwards (`pdu` tells them apart).
+    // Called for every request before it is carried out, and for its response afterwards (`pdu` says which it is).
     std::function<void(const Message&)> on_message;
     // Called with the reason why a datagram is dropped.
     std::function<void(const std::string&)> on_dropped;

@@ -1,4 +1,4 @@
-// The groups that the agent serves by itself: `system` with sysORTable, and `snmp`.
+// The groups of the agent itself: `system` with sysORTable, and `snmp`.
 #pragma once
 
 #include "agent/responder.h"

@@ -139,7 +139,7 @@ int mac_to_oid(oid* out, const void* field, int count) {
 }
 
 // --- kind 7 ----------------------------------------------------------------------------------------------------------
-// The key has the address as commands spell it, the index its octets. What is no address stays as it is.
+// The key has the address as commands spell it, the index its octets. What is not an address stays as it is.
 
 int family_of(std::uint32_t type) { return type == kIpv4 ? AF_INET : type == kIpv6 ? AF_INET6 : AF_UNSPEC; }
 

@@ -37,7 +37,7 @@ std::optional<std::vector<std::string>> index_parts(const std::vector<IndexField
 // or length; octets after the fields are not shown.
 std::optional<std::vector<std::string>> key_parts(const std::vector<IndexField>& fields, const void* key,
                                                   std::size_t size);
-// The sub-identifiers of one part; none when the text is no value of this kind.
+// The sub-identifiers of one part; none when the text is not a value of this kind.
 std::optional<Oid> index_from_text(const IndexField& field, std::string_view text);
 
 }  // namespace services

@@ -64,8 +64,8 @@ using Symbol = ElfW(Sym);
 
 // Throws with what is wrong with a file that the loader could not map into this process as a whole.
 void check_loadable(const File& file) {
-    if (file.size() < SELFMAG) throw std::runtime_error("it is no ELF file");
-    if (file.text_at(0).compare(0, SELFMAG, ELFMAG) != 0) throw std::runtime_error("it is no ELF file");
+    if (file.size() < SELFMAG) throw std::runtime_error("it is not an ELF file");
+    if (file.text_at(0).compare(0, SELFMAG, ELFMAG) != 0) throw std::runtime_error("it is not an ELF file");
     const Header& own = __ehdr_start;
     const auto header = file.at<Header>(0);
     const unsigned char bits = header.e_ident[EI_CLASS];
@@ -76,7 +76,7 @@ void check_loadable(const File& file) {
         header.e_machine != own.e_machine)
         throw std::runtime_error("it is for another machine (ELF machine " + std::to_string(header.e_machine) +
                                  ", this is " + std::to_string(own.e_machine) + ")");
-    if (header.e_type != ET_DYN) throw std::runtime_error("it is no shared library");
+    if (header.e_type != ET_DYN) throw std::runtime_error("it is not a shared library");
     for (unsigned i = 0; i < header.e_phnum; ++i) {
         const auto segment = file.at<Segment>(header.e_phoff + i * sizeof(Segment));
         if (segment.p_type == PT_LOAD) file.require(segment.p_offset, segment.p_filesz);

@@ -9,7 +9,7 @@ namespace services {
 class Library {
 public:
     // Throws std::runtime_error with a message that names the file when it cannot be loaded or exports no init
-    // function. A path (with a slash) whose file is cut short, no ELF file or for another machine is never mapped.
+    // function. A path (with a slash) whose file is cut short, not an ELF file or for another machine is never mapped.
     explicit Library(const std::string& path);
     ~Library();
     Library(const Library&) = delete;

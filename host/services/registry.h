@@ -43,7 +43,7 @@ struct Object {
 // module.
 std::string published_module(const std::string& descr);
 
-// Whether an OID is an entry's full name or lies below it.
+// Whether an OID is an entry's full name or is below it.
 bool is_under(std::span<const oid> oid, const VariableEntry& entry);
 
 class Registry {
@@ -62,7 +62,7 @@ public:
     std::size_t modules() const { return modules_; }
     // False when the library was built without names: objects go by number then, and there are no groups.
     bool has_names() const { return has_names_; }
-    // Where an OID lies: the index of the first object that sorts after it, and the object that it is in, null when
+    // Where an OID is: the index of the first object that sorts after it, and the object that it is in, null when
     // nothing is registered there.
     struct Place {
         std::size_t after;

@@ -56,7 +56,7 @@ public:
     virtual std::optional<std::string> interface_name(std::uint32_t ifindex) = 0;
 };
 
-// What the request being served carries besides its varbinds. An absent name is handed to the library as null.
+// What the request being served has besides its varbinds. The library gets null for an absent name.
 struct Context {
     std::optional<std::string> vrf;
     std::optional<std::string> snmp_context;

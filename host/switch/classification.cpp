@@ -8,7 +8,7 @@ namespace {
 
 enum Frame : std::uint32_t { kEthernet2 = 1, kSnap = 2, kLlc = 5 };
 
-// The octets of a protocol value in commands, in which the low digit comes first; none where it is no such value.
+// The octets of a protocol value in commands, in which the low digit comes first; none where it is another text.
 std::optional<Index> protocol_of(std::string_view digits) {
     constexpr std::string_view kDigits = "0123456789abcdef";
     if (digits.size() != 4) return {};

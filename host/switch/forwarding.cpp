@@ -128,7 +128,7 @@ Outcome Forwarding::set_fixed(const Arguments& arguments, bool fixed) {
     const std::uint32_t vid = arguments[1].number;
     if (!vlans_.has(vid)) return refused("there is no such VLAN");
     if (port == nullptr) return refused("there is no such port");
-    if (!(arguments[0].octets[0] & 1)) return refused("the address is no multicast address");
+    if (!(arguments[0].octets[0] & 1)) return refused("the address is not a multicast address");
     const Index row = join({{vid}, arguments[0].index()});
     const auto group = groups_.find(row);
     if (!fixed && (group == groups_.end() || !group->second.fixed.has(port->number)))

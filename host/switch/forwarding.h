@@ -15,18 +15,18 @@ public:
     void interface_went(std::uint32_t ifindex, bool up) override;
     void vlan_removed(std::uint32_t vid) override;
 
-    // A port wants the frames to a group, an IP address as in an index, or no longer wants them.
+    // A port joins or leaves a group, which is an IP address as in an index.
     void join_group(std::uint32_t vid, std::uint32_t ifindex, const Index& group);
     void leave_group(std::uint32_t vid, std::uint32_t ifindex, const Index& group);
 
 private:
-    // A station behind a port. It talks for a while, is silent for a while, and so on: its address is there while it
-    // talks, and then until it has aged.
+    // A station on a port. It sends for some time, is silent for some time, and so on: its address is there while it
+    // sends, and then until it has aged.
     struct Station {
         std::uint32_t ifindex = 0;  // 0: the switch itself
         Duration talks{};           // in each cycle; kCycle: always
         Duration shift{};           // how far into its first cycle it was at the start
-        Duration forgotten{};       // when the port last went down or the address aged: it is learned anew
+        Duration forgotten{};       // when the port last went down or the address aged: it is learned again
     };
     // Ports that frames to a multicast address in a VLAN go to.
     struct Group {

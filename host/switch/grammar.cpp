@@ -28,7 +28,7 @@ std::vector<std::string> split(std::string_view words, std::string_view separato
     return parts;
 }
 
-// A number in its one usual spelling: no sign but a minus, no leading zeros.
+// A number as printf writes it: no sign but a minus, no leading zeros.
 std::optional<std::int64_t> parse_number(std::string_view text) {
     std::int64_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);

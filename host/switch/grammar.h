@@ -39,7 +39,7 @@ using Arguments = std::vector<Argument>;
 //     {int}             a 32-bit number as "%d" or "%u" prints it, an argument
 //     {64..12288}       a number in that range
 //     {mac}             a MAC address, its octets separated by '-' or ':'
-//     {octets}          up to 16 octets in the same spelling
+//     {octets}          up to 16 octets, written in the same way
 //     {ipv4}            an address of that type; {ipv6}; {address} is of either
 //     {ipv4/bits}       with a slash and a prefix length; {ipv6/bits}; {address/bits}, where "0/0" is the prefix of no
 //                       address
@@ -71,7 +71,7 @@ public:
         Arguments arguments{};
     };
     Match match(std::string_view line) const;
-    // The same into a result that is used again, whose arguments keep their room.
+    // The same into a result that is used again, whose arguments keep their memory.
     void match(std::string_view line, Match& match) const;
 
     const std::string& text() const { return text_; }

@@ -26,7 +26,7 @@ private:
     std::int32_t low_ = 11, high_ = 79;  // thresholds of the temperature
 };
 
-// A number from 0 to 99 that looks like chance.
+// A number from 0 to 99 that seems random.
 std::uint32_t scatter(std::uint64_t n) {
     n = (n ^ n >> 30) * 0xbf58476d1ce4e5b9;
     n = (n ^ n >> 27) * 0x94d049bb133111eb;

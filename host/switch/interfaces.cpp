@@ -93,7 +93,7 @@ Lines<Interface> Interfaces::lines(Description& d, std::uint32_t low, std::uint3
         if (entry == interfaces_.end())
             refusal = "the interface is gone";
         else if (entered.object < low || entered.object > high)
-            refusal = fmt::format("{} is no {}", entry->second.name, kind);
+            refusal = fmt::format("{} is not a {}", entry->second.name, kind);
         else
             return &entry->second;
         return nullptr;

@@ -1,4 +1,4 @@
-// What all interfaces have, whatever they are; areas make theirs here and say what is at their other end.
+// What all interfaces have, whatever they are; areas make theirs here and say what is connected to them.
 #pragma once
 
 #include "switch/area.h"
@@ -53,7 +53,7 @@ public:
 
     // Lines of interface mode that all interfaces take.
     Lines<Interface> lines(Description&);
-    // Those of one kind, whose ifIndexes are low to high; the others refuse them as "NAME is no KIND".
+    // Those of one kind, whose ifIndexes are low to high; the others refuse them as "NAME is not a KIND".
     Lines<Interface> lines(Description&, std::uint32_t low, std::uint32_t high, std::string kind);
 
 private:

@@ -1,4 +1,4 @@
-// Switch ports: their table, what they are to whoever asks for one, and the lines that set what only ports have.
+// Switch ports: their table, what lookups say of one, and the lines that set what only ports have.
 #include "switch/ports.h"
 
 #include <fmt/format.h>
@@ -52,7 +52,7 @@ Interface interface_of(const Port& port) {
 
 enum Duplex : std::uint32_t { kFull = 1, kHalf = 2, kAutoDuplex = 3 };
 
-// A speed as the table has it, the words that set it, and what it comes to; 0: what both ends can do.
+// A speed as the table has it, the words that set it, and its Mbit/s; 0: the most that both ends can do.
 struct Speed {
     std::int32_t value;
     const char* words;
@@ -83,7 +83,7 @@ std::optional<Medium> medium_of(const Port& port, std::string_view word) {
     return word == "fiber" ? kFiber : kCopper;
 }
 
-// Fiber has one speed. Two copper ends at that speed need a master: a combo port insists on being told.
+// Fiber has one speed. Two copper ends at that speed need a master, which lines of a combo port must name.
 Outcome set_speed(Port& port, Medium medium, const Speed& speed) {
     if (port.flags & Port::kSpeedFixed) return refused("its speed cannot be set");
     const bool gigabit = speed.value == kGigabit, fiber = medium == kFiber;

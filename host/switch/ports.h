@@ -1,4 +1,4 @@
-// Switch ports, and what others may know of them.
+// Switch ports, as other areas use them.
 #pragma once
 
 #include "switch/interfaces.h"

@@ -138,7 +138,7 @@ std::size_t Routes::in_default_vrf() const {
     return static_cast<std::size_t>(std::distance(routes_.begin(), routes_.lower_bound({kDefaultVrf + 1})));
 }
 
-// The interface behind which a next hop is; 0: none is known.
+// The interface through which a next hop is reached; 0: there is none.
 std::uint32_t Routes::interface_to(std::uint32_t vrf, const Index& next_hop) const {
     for (auto entry = routes_.lower_bound({vrf}); entry != routes_.end() && entry->first[0] == vrf; ++entry)
         if (entry->second.protocol == kConnected && covers(entry->second.destination, next_hop))
@@ -199,12 +199,12 @@ Outcome Routes::set(const Vrf& vrf, const Argument& destination, const Argument&
                     const Argument& type, const Argument& id) {
     const Index to = destination.index(), hop = next_hop.index();
     if (has_host_bits(to)) return refused("the destination has bits after its prefix");
-    if (is_unspecified(hop)) return refused("the next hop is no host");
+    if (is_unspecified(hop)) return refused("the next hop is not a host");
     if (type.text == "vlan" && !vlans_.has(id.number)) return refused("there is no such VLAN");
     if (type.text == "tunnel" && id.number >= kVlanIfIndexBase - kTunnelIfIndexBase)
         return refused("there is no such tunnel");
     const auto known = routes_.find(join({{vrf.number}, to, hop}));
-    if (known != routes_.end() && known->second.protocol != kStatic) return refused("the route is no static one");
+    if (known != routes_.end() && known->second.protocol != kStatic) return refused("the route is not static");
     Route& route = make(vrf.number, to, hop);
     if (known == routes_.end()) route.since = uptime();
     route.protocol = kStatic;

@@ -18,7 +18,7 @@ namespace {
 #define ADD_AREA(name) add_##name,
 constexpr void (*kAreas[])(Switch&) = {SWITCH_AREAS(ADD_AREA)};
 
-// A switch that has been running for a while: its counters have something to show at once.
+// A switch that has been running for a while: its counters are not zero at the start.
 constexpr Duration kRunningFor = std::chrono::hours(12 * 24 + 5);
 
 std::function<Duration()> clock_of(const Options& options) {

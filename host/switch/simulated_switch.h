@@ -33,7 +33,7 @@ struct Options {
     // Time since the switch started, never falling. None: real time, of a switch that had been running for 12 days
     // when it was constructed.
     std::function<std::chrono::milliseconds()> clock;
-    // Takes a line for every request that was refused, with the reason; a row that does not exist is no refusal.
+    // Takes a line for every request that was refused, with the reason; a row that does not exist is not refused.
     // Control characters are escaped. None: the lines are dropped.
     std::function<void(const std::string&)> log;
     Size size{};

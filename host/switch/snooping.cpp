@@ -128,7 +128,7 @@ Snooping::Snooping(Switch& its_switch, const Words& words)
         if (VlanInterfaces::is_one(ifindex)) interfaces_[ifindex].router_ports.set(25, true);
 }
 
-// A host behind a port has reported a group, and from which source it wants it.
+// A host on a port has reported a group, and a source that it asks for.
 void Snooping::learn(oid port, oid vid, const Index& group) {
     const Index on_port{kPortIfIndexBase + port}, on_vlan{kVlanIfIndexBase + vid};
     const Membership member{false, Duration(), octets({10, 0, vid, 100 + port})};
@@ -154,7 +154,7 @@ void Snooping::forget(std::uint32_t vid) {
 
 // --- Tables ----------------------------------------------------------------------------------------------------------
 
-// The routers are behind trunks.
+// The routers are on trunks.
 PortList Snooping::found_routers(const VlanSnooping& on_vlan, oid ifindex) const {
     PortList found;
     for (const auto& [port, settings] : vlans_.ports()) {
@@ -201,7 +201,7 @@ void Snooping::add_interface_tables(Description& d) {
              .key = {kInteger, kInteger},
              .rows = rows_of(interfaces_, {{2, name("State"), &VlanSnooping::enabled},
                                            {3, name("QuerierState"), &VlanSnooping::querier},
-                                           {4, name("Column4"), &VlanSnooping::querier},  // no other querier is about
+                                           {4, name("Column4"), &VlanSnooping::querier},  // there is no other querier
                                            {5, name("ImmediateLeave"), &VlanSnooping::immediate_leave},
                                            {6, name("MinimumVersion"), 1},  // any
                                            {7, name("HostBaseFastLeave"), &VlanSnooping::host_based_leave}})
@@ -278,7 +278,7 @@ Outcome Snooping::static_group(const Entered& entered, const Arguments& argument
     if (!ports_.all().contains(port)) return refused("there is no such port");
     const Index group = arguments[0].index();
     if (words_.type == kIgmpType ? group[2] / 16 != 14 : group[2] != 255)
-        return refused("the group is no multicast address");
+        return refused("the group is not a multicast address");
     auto& rows = arguments[1].present ? sources_ : groups_;
     const Index index = join({{port, entered.object}, group, arguments[1].index()});
     const auto row = rows.find(index);

@@ -37,7 +37,7 @@ bool same_octets(const Argument& said, const Index& index, std::size_t at, std::
     return true;
 }
 
-// An address, which an absent argument stands for when it has no type that can be spelled. Where the type was forced,
+// An address. An absent argument is one of a type that commands cannot name. Where the type was forced,
 // the index gets the one that was asked for, so that a walk goes on from there.
 bool same_address(const Argument& said, Index& index, const Part& part, bool forced_type) {
     const oid type = index[part.type_at];
@@ -203,7 +203,7 @@ bool TableStore::agree(const Entry& entry, Index& index, const Arguments& argume
     const Parts parts = entry.table.key.parts(index);
     for (std::size_t i = 0; i < entry.comparisons.size(); ++i) {
         const Comparison& comparison = entry.comparisons[i];
-        // What follows an address that is cut short cannot be told apart.
+        // What follows an address that is cut short cannot be compared.
         if (comparison.part >= parts.count) return true;
         const Argument& said = arguments[comparison.argument];
         const Part& part = parts.parts[comparison.part];
@@ -243,14 +243,14 @@ std::optional<Answer> TableStore::find(const Entry& entry, const services::ShowR
     const auto column = static_cast<std::size_t>(object - objects.begin());
     const std::size_t key_size = request.key != nullptr ? static_cast<std::size_t>(std::max(request.key_size, 0)) : 0;
     if (key_size != table.key.size()) {
-        refusal = fmt::format("its key has {} octets instead of {}", key_size, table.key.size());
+        refusal = fmt::format("its key has {} octets, not {}", key_size, table.key.size());
         return {};
     }
     if (request.request_class != table.request_class) {
-        refusal = fmt::format("its class is {} instead of {}", request.request_class, table.request_class);
+        refusal = fmt::format("its class is {}, not {}", request.request_class, table.request_class);
         return {};
     }
-    thread_local Pattern::Match match;  // keeps the room for its arguments
+    thread_local Pattern::Match match;  // keeps the memory of its arguments
     entry.pattern.match(request.command, match);
     if (!match.whole) {
         refusal = fmt::format("expected '{}'", entry.pattern.text());

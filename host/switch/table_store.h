@@ -151,7 +151,7 @@ Rows rows_of(std::map<Key, Row>&& constant, std::type_identity_t<Columns<Row>> c
             }};
 }
 
-// Rows that are worked out from what several areas know: `from` finds the first one at or after an index.
+// Rows that are computed from several areas: `from` finds the first one at or after an index.
 template <class Row>
 using FindRow = std::function<std::optional<std::pair<Index, Row>>(const Index&)>;
 template <class Row>

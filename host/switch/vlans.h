@@ -1,4 +1,4 @@
-// VLANs and their ports, as others may know them.
+// VLANs and their ports, as other areas use them.
 #pragma once
 
 #include "switch/ports.h"

@@ -35,7 +35,7 @@ std::optional<std::int64_t> integer_in(std::string_view text, std::int64_t lowes
     return number;
 }
 
-// Octets written as pairs of hex digits; blanks, colons and hyphens may stand between them.
+// Octets written as pairs of hex digits; blanks, colons and hyphens may be between them.
 std::optional<std::vector<std::uint8_t>> octets_from_hex(std::string_view text) {
     std::vector<std::uint8_t> octets;
     while (!text.empty()) {

@@ -13,7 +13,7 @@
 
 namespace tool {
 
-// The caller asked for something that cannot be; the message names it. Ends the tool with exit code 2.
+// The command line is wrong; the message names it. Ends the tool with exit code 2.
 struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

@@ -223,7 +223,7 @@ CommandLine::CommandLine()
         if (each == Command::list) continue;
         command.add_option("--vrf", options.vrf, "VRF of the requests")->type_name("NAME");
         command.add_option("--snmp-context", options.snmp_context, "SNMP context of the requests")->type_name("NAME");
-        command.add_flag("--freeze", options.freeze, "stop the switch's clock: counters and timers stand still");
+        command.add_flag("--freeze", options.freeze, "stop the switch's clock: counters and timers do not move");
         const auto add_size = [&](const char* name, std::size_t& size, std::size_t most, const char* description) {
             command.add_option(name, size, fmt::format("{}, up to {}", description, most))
                 ->type_name("N")

@@ -30,7 +30,8 @@ agent::Varbind parse_assignment(const services::Registry& registry, std::string_
     agent::Varbind varbind{parse_oid(registry, word.substr(0, equals)), {}};
     const services::Object* const object = registry.find(varbind.name);
     if (object == nullptr)
-        throw UsageError(fmt::format("{}: no such object is registered; say OID TYPE VALUE to try all the same", word));
+        throw UsageError(
+            fmt::format("{}: no such object is registered; say OID TYPE VALUE to try it nevertheless", word));
     try {
         varbind.value = parse_value(registry, *object, word.substr(equals + 1));
     } catch (const UsageError& error) {

@@ -36,7 +36,7 @@ struct Explanation {
     std::vector<std::string> unused;      // scripted names that no request had
 };
 
-// Runs the request against `backend`, which should be a throw-away one. Owns services().backend and log meanwhile.
+// Runs the request against `backend`, which keeps what a SET changes. Owns services().backend and log meanwhile.
 Explanation explain(const Explained& request, agent::Engine& engine, const services::Registry& registry,
                     services::Backend& backend);
 

@@ -11,7 +11,7 @@
 
 namespace tool {
 
-// "INTEGER", "STRING", "Counter32"...; "type 0x47" for a tag that nobody knows.
+// "INTEGER", "STRING", "Counter32"...; "type 0x47" for an unknown tag.
 std::string type_name(std::uint8_t tag);
 // "noError", "wrongValue"...; "error 99" outside the protocol's range.
 std::string status_name(int status);

@@ -122,7 +122,7 @@ int serve(const Options& options) {
             log.info("  {}", event.line());
     };
 
-    // What anybody can cause without the wish for a trace.
+    // Lines that any sender can cause, with or without --verbose.
     agent::LineLimit limit(options.log_rate, [&](const std::string& text) { say("left out", text); });
 
     services::Services& host = services::services();

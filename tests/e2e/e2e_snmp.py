@@ -135,11 +135,11 @@ def check_refusals(agent):
           f"GET of a known, an unknown object and an unknown row: {status} {got}")
     status, index, _ = old_reader.get(descr, unknown)
     check((status, index) == (2, 2), f"SNMPv1 GET of an unknown object: {(status, index)}, not (2, 2)")
-    behind = (2, 39, 999)
-    for title, (status, _, got) in (("GETNEXT", reader.next(behind)), ("GETBULK", reader.bulk(0, 5, behind))):
-        check(status == 0 and got and got[0][0] == behind and got[0][1].tagSet == END_OF_MIB_VIEW,
+    end = (2, 39, 999)
+    for title, (status, _, got) in (("GETNEXT", reader.next(end)), ("GETBULK", reader.bulk(0, 5, end))):
+        check(status == 0 and got and got[0][0] == end and got[0][1].tagSet == END_OF_MIB_VIEW,
               f"{title} after everything: {status} {got}")
-    check(old_reader.next(behind)[0] == 2, "SNMPv1 GETNEXT after everything is not noSuchName")
+    check(old_reader.next(end)[0] == 2, "SNMPv1 GETNEXT after everything is not noSuchName")
     print("unknown: noSuchObject, noSuchInstance, endOfMibView and SNMPv1's noSuchName")
 
 
@@ -205,7 +205,7 @@ def check_system(agent):
 
 
 def check_closed_output(mibhost, library):
-    """Nobody reads the log any more, and it goes on."""
+    """The reader of the log is gone, and the agent goes on."""
     with Agent(mibhost, library, "-v", "--freeze") as agent:
         agent.close_output()
         for _ in range(3):

@@ -148,7 +148,7 @@ TEST_F(Framework, OddTableAsksAsItSays) {
     EXPECT_EQ(logged.at(0).text, "bad index -1\n");
     EXPECT_EQ(get("probeOdd", {13}).writer, kUntouched);  // a command that is not formed
     EXPECT_EQ(get("probeOddNever", {1}).value, std::nullopt);
-    EXPECT_EQ(logged.back().text, "odd 1\n");  // a tracing table forms it all the same
+    EXPECT_EQ(logged.back().text, "odd 1\n");  // a tracing table forms it nevertheless
     EXPECT_THAT(shown, IsEmpty());
     EXPECT_EQ(get("probeOddCleared", {1}).writer, nullptr);
     EXPECT_EQ(get_command("probeOddText", {1}), "odd text");

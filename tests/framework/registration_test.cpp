@@ -50,7 +50,7 @@ std::map<Oid, std::string> table_arrays() {
                 (entry == nullptr || each.size() > entry->size()))
                 entry = &each;
         if (entry == nullptr)
-            ADD_FAILURE() << name << " is no registered table's";
+            ADD_FAILURE() << name << " is not a registered table's";
         else
             EXPECT_TRUE(arrays.emplace(*entry, name).second) << name << ": the table has another array already";
     }
@@ -142,7 +142,7 @@ TEST(Registration, ModulesAreAsTheirGoldenFilesSay) {
         if (writes_golden())
             std::ofstream(path) << text;
         else
-            EXPECT_EQ(text, read(path)) << "tools/golden writes it anew";
+            EXPECT_EQ(text, read(path)) << "tools/golden writes it again";
     }
     for (const auto& file : std::filesystem::directory_iterator(kGolden))
         EXPECT_TRUE(expected.contains(file.path())) << file.path() << " is of no registered module";
@@ -181,7 +181,7 @@ TEST(Registration, OtherExportsAreAsTheirGoldenFileSays) {
     std::set<std::string> golden;
     std::ifstream file(path);
     for (std::string line; std::getline(file, line);) golden.insert(line);
-    EXPECT_EQ(lines, golden) << "tools/golden writes it anew";
+    EXPECT_EQ(lines, golden) << "tools/golden writes it again";
 }
 
 TEST(Registration, TablesAndModulesAreKnownByName) {
@@ -191,7 +191,7 @@ TEST(Registration, TablesAndModulesAreKnownByName) {
     EXPECT_EQ(registry.parse("ifYTable"), std::nullopt);
 }
 
-TEST(Registration, EntriesCarryDenseMagicsTypesAndAccess) {
+TEST(Registration, EntriesHaveDenseMagicsTypesAndAccess) {
     for (const auto& registration : registrations()) {
         const auto* count = loaded().symbol<const std::size_t>(registration.descr + "_variables_count");
         EXPECT_EQ(*count, registration.count);
@@ -213,7 +213,7 @@ TEST(Registration, EntriesCarryDenseMagicsTypesAndAccess) {
     }
 }
 
-TEST(Registration, RefusalIsToldInTwoDebugLinesOnlyWhenDebuggingIsOn) {
+TEST(Registration, RefusalIsLoggedInTwoDebugLinesOnlyWhenDebuggingIsOn) {
     auto& host = services::services();
     std::vector<std::string> lines;
     host.log = [&](const services::LogLine& line) { lines.push_back(line.token + "|" + line.text); };

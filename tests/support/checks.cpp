@@ -308,7 +308,7 @@ private:
                 waits(request, true);
         }
         if (phase_ == action) return;
-        // What is no check must not refuse.
+        // What is not a check must not refuse.
         Request request = request_with(values.front());
         if (!makes(Step::interface)) waits(request, false);
         if (!makes(Step::index) && !writable_.scalar_) {

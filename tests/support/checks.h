@@ -111,7 +111,7 @@ Order unparsed();      // no index
 // An object with its write method's checks.
 class Writable {
 public:
-    // `index` is that of a row which is accepted. {0} stands for a scalar, whose OID is not checked.
+    // `index` is that of a row which is accepted. {0} is a scalar's, whose OID is not checked.
     Writable(std::string object, Oid index, std::uint8_t type, Values values);
 
     Writable& order(Order steps);  // usual() when it is not given

@@ -1,4 +1,4 @@
-// The kernel's files and uptime as a test wants them. The test executable defines fopen() and sysinfo() itself, which
+// The kernel's files and uptime as a test sets them. The test executable defines fopen() and sysinfo() itself, which
 // the library finds before libc's: while a FakeProc exists, what the library reads under /proc/ is the test's.
 #pragma once
 
@@ -14,7 +14,7 @@ public:
     FakeProc(const FakeProc&) = delete;
     FakeProc& operator=(const FakeProc&) = delete;
 
-    // By path: those under /proc/, which can't be opened unless they stand here, and any others that a test wants.
+    // By path: those under /proc/, which can't be opened unless they are here, and any others.
     std::map<std::string, std::string> files;
     std::map<std::string, int> opened;  // how often each was, or would have been
 

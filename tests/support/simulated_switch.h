@@ -49,7 +49,7 @@ struct Assigned {
     Fact value;
 };
 
-// A clock that does not move by itself, and a log of what the switch refuses.
+// A clock that tests move, and a log of what the switch refuses.
 class OnSwitch : public testing::Test {
 protected:
     explicit OnSwitch(const Size& size = {});

@@ -34,7 +34,7 @@ protected:
     Assignment status(const Oid& route, int value) { return {"inetCidrRouteStatus", route, Integer, integer(value)}; }
 };
 
-TEST_F(Routes, CommandsCarryTheVrfForIpv4Only) {
+TEST_F(Routes, CommandsNameTheVrfForIpv4Only) {
     EXPECT_THAT(commands_of_get({}), ElementsAre("show inetcidr-table  0   0 "));
     EXPECT_THAT(commands_of_get(kRoute), ElementsAre("show inetcidr-table  1  10.0.0.0/8 1 10.1.1.1"));
     EXPECT_THAT(commands_of_get(kRoute6), ElementsAre("show inetcidr6-table  2001:db8::/32 2 fe80::1"));

@@ -46,7 +46,7 @@ protected:
         return value;
     }
     Number value(const std::string& object, const Oid& index = {0}) { return number(get(object, index)); }
-    // What a GETNEXT answers: the index and the value, or nothing at all.
+    // What a GETNEXT answers: the index and the value, or nothing.
     using Row = std::optional<std::pair<Oid, std::uint32_t>>;
     Row row_after(const std::string& object, const Oid& index = {}) {
         const ReadResult result = next(object, index);
@@ -94,7 +94,7 @@ TEST_F(KernelStatistics, ScalarsAnswerTheFewThatAreServed) {
     proc.files[kSnmp] = lines_of("Ip", "1 64");
     proc.files[kForwarding] = "0\n";
     EXPECT_EQ(value("ipForwarding"), 1u);
-    EXPECT_EQ(value("ipv6IpForwarding"), 0u) << "IPv6's stays as the kernel tells it";
+    EXPECT_EQ(value("ipv6IpForwarding"), 0u) << "IPv6's stays as the kernel has it";
 
     std::vector<std::string> answering;
     for (const services::Object& object : loaded().registry.objects()) {
@@ -258,14 +258,14 @@ TEST_F(KernelStatistics, MessagesWalkByTypeWithinAVersion) {
             proc.files[kSnmp6] += std::string("Icmp6In") + message.key + " " + std::to_string(message.in) +
                                   "\nIcmp6Out" + message.key + " " + std::to_string(message.out()) + "\n";
     // Every type that could be asked, and the one after it.
-    const auto check = [&](const Oid& index, bool listed, const MessageType* behind) {
+    const auto check = [&](const Oid& index, bool listed, const MessageType* after) {
         SCOPED_TRACE(services::to_string(index));
         if (!listed) {
             EXPECT_EQ(value("icmpMsgStatsInPkts", index), std::nullopt);
         }
-        const auto row = [&](std::uint32_t number) { return Row({{behind->version, behind->type}, number}); };
-        EXPECT_EQ(row_after("icmpMsgStatsInPkts", index), behind != nullptr ? row(behind->in) : std::nullopt);
-        EXPECT_EQ(row_after("icmpMsgStatsOutPkts", index), behind != nullptr ? row(behind->out()) : std::nullopt);
+        const auto row = [&](std::uint32_t number) { return Row({{after->version, after->type}, number}); };
+        EXPECT_EQ(row_after("icmpMsgStatsInPkts", index), after != nullptr ? row(after->in) : std::nullopt);
+        EXPECT_EQ(row_after("icmpMsgStatsOutPkts", index), after != nullptr ? row(after->out()) : std::nullopt);
     };
     const MessageType* at = kMessageTypes;
     for (const std::uint32_t version : {1u, 2u})
@@ -304,7 +304,7 @@ TEST_F(KernelStatistics, GetsReadAlwaysAndGetNextsEveryThreeSeconds) {
     proc.uptime += 1;
     EXPECT_EQ(row_after("ipSystemStatsInReceives", {1}), Row({{2}, 2}));
     EXPECT_EQ(proc.opened[kSnmp6], 2);
-    // A GET reads anew, and begins the three seconds anew.
+    // A GET reads again, and begins the three seconds again.
     proc.uptime += 2;
     proc.files[kSnmp6] = "Ip6InReceives 3\n";
     EXPECT_EQ(value("ipSystemStatsInReceives", {2}), 3u);
@@ -379,7 +379,7 @@ TEST_F(KernelStatistics, Ipv4LinesAreReadByPosition) {
     EXPECT_EQ(icmp[25], 25u);
     EXPECT_EQ(value("icmpMsgStatsInPkts", {1, 3}), 99u);
 
-    // What a short line doesn't tell, and what isn't a number, stays; -1 and greater numbers are cut to 32 bits.
+    // What a short line doesn't have, and what isn't a number, stays; -1 and greater numbers are cut to 32 bits.
     proc.files[kSnmp] = "Icmp: -1 4294967297 x 7\n Icmp: 5\nicmp: 5\n";
     icmp = read_icmp().values;
     EXPECT_EQ(icmp[0], 4294967295u);
@@ -411,13 +411,13 @@ TEST_F(KernelStatistics, Ipv6LinesAreReadByKey) {
     values = read_ip6().values;
     EXPECT_EQ(values[4], 8u);
     EXPECT_EQ(values[15], 9u);
-    EXPECT_EQ(values[2], 4294967295u) << "a line without a number tells nothing";
+    EXPECT_EQ(values[2], 4294967295u) << "a line without a number changes nothing";
     EXPECT_EQ(values[23], 4u);
     EXPECT_EQ(read_icmp6().values[3], 6u);
     EXPECT_EQ(read_icmp6().values[33], 7u);
 }
 
-TEST_F(KernelStatistics, TcpTellsWhetherTheLastTwoAreThere) {
+TEST_F(KernelStatistics, TcpSaysWhetherTheLastTwoAreThere) {
     const auto flags = [](std::uint16_t errors, std::uint16_t resets) {
         const std::uint16_t halves[] = {errors, resets};
         std::uint32_t word;
@@ -446,9 +446,9 @@ TEST_F(KernelStatistics, UdpCountsIpv6In) {
         "Udp6RcvbufErrors 100\nUdp6SndbufErrors 100\nUdp6InCsumErrors 100\nUdp6\nUdp6In\n"
         "UdpLite6InDatagrams 100\n";
     EXPECT_THAT(read_udp().values, ElementsAre(11, 22, 33, 44));
-    EXPECT_THAT(read_udp().values, ElementsAre(11, 22, 33, 44)) << "added once, to what the other file tells";
+    EXPECT_THAT(read_udp().values, ElementsAre(11, 22, 33, 44)) << "added once, to what the other file has";
     proc.files[kSnmp] = lines_of("Udp", "-1 20");
-    EXPECT_THAT(read_udp().values, ElementsAre(0, 22, 36, 48)) << "what isn't read anew is added to";
+    EXPECT_THAT(read_udp().values, ElementsAre(0, 22, 36, 48)) << "what isn't read again is added to";
 }
 
 TEST_F(KernelStatistics, SysctlsAreReadForEveryLineAndFromWhereTheHostSays) {

@@ -4,7 +4,7 @@ namespace tests {
 
 class SwitchPorts : public RecordingHost {
 protected:
-    // What _get_port_info tells of every port.
+    // What _get_port_info answers for every port.
     void port_is(std::uint32_t type, std::uint32_t medium) {
         answers["_get_port_info"] = [=](const services::ShowRequest& request) {
             return Answer{integer(request.magic == 1 ? type : medium), {}};
@@ -115,7 +115,7 @@ TEST_F(SwitchPorts, WritesAreCheckedAndSentAsTheirPortTakesThem) {
     expect_checks({
         Writable(duplex).before(is(kPlain, kCopper)).sends({{1, line("duplex full")}, {2, line("duplex half")}}),
         Writable(duplex).before(is(kCombo, kCopper)).sends({{3, line("duplex auto copper")}}),
-        // The value 0 lies in the range, and is refused all the same.
+        // The value 0 is in the range, and is refused nevertheless.
         Writable("swPortSpeed", {5121}, Integer, between(-3, 12).bad(0))
             .order(on_interface())
             .before(is(kPlain, kCopper)),

@@ -166,7 +166,7 @@ Error write_vlan_list(Set& set) {
     VlanList current;  // empty when the lookup is refused
     set.lookup(show, column, current.octets, sizeof current.octets);
     const std::uint32_t mode = number_of(set, show, 2);
-    // A port that cannot be entered is passed over in silence, on purpose.
+    // A port that cannot be entered is passed over without an error, on purpose.
     if (set.enter(name) != noError) return noError;
     const auto change = [&](AddVlan* line) {
         return [&set, mode, line](int vid) {

@@ -1,5 +1,5 @@
-// IEEE 802.1Q bridge: its VLANs, forwarding database, static multicast entries and protocol groups, and MVRP. A twin of
-// the Q-bridge whose rows name the bridge's component, too.
+// IEEE 802.1Q bridge: its VLANs, forwarding database, static multicast entries and protocol groups, and MVRP. Its
+// tables are those of the Q-bridge, with the bridge's component in each index.
 #define MODULE ieee8021QBridgeMib
 #include "L2/vlans.h"
 #include "framework/module.h"

@@ -66,7 +66,7 @@ Error write_dot1dPortDefaultUserPriority(Set& set) {
     TRY(set.integer(priority));
     TRY(set.row(row));
     TRY(set.interface_name(row.ifindex, name));
-    // genErr, not wrongValue, and before ACTION only: managers know it so.
+    // genErr, not wrongValue, and before ACTION only: managers expect it.
     if ((set.phase == reserve1 || set.phase == reserve2) && set.range(priority, 0, 7) != noError) return genErr;
     if (!set.acting()) return noError;
     TRY(set.enter(name));

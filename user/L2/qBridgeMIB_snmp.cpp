@@ -1,4 +1,4 @@
-// Q-BRIDGE-MIB: the VLANs, who belongs to them, and each port's VLAN settings; the forwarding database, multicast groups
+// Q-BRIDGE-MIB: the VLANs, their members, and each port's VLAN settings; the forwarding database, multicast groups
 // and static multicast addresses by VLAN.
 //
 // A VLAN's row may be set column by column or at once. With a row status in the request, its columns only stage their

@@ -11,7 +11,7 @@ namespace {
 constexpr int kShortRun = 2;
 constexpr int kShortString = 6;
 
-// A text being written: the room that is left, with one octet kept for the NUL.
+// A text being written: the space that is left, with one octet kept for the NUL.
 struct Writing {
     char* at;
     char* end;
@@ -145,8 +145,7 @@ Spec take_spec(const char*& format, std::va_list& arguments) {
     return spec;
 }
 
-// Puts what the conversion at `format` stands for; returns what follows it. Apart, so that the common conversions stay
-// fast.
+// Writes the conversion at `format`; returns what follows it. Not inline, so that the common conversions stay fast.
 [[gnu::noinline]] const char* put_other(Writing& out, const char* format, std::va_list& arguments) {
     const char* const percent = format++;
     const Spec spec = take_spec(format, arguments);

@@ -26,7 +26,7 @@ typedef struct VariableEntry VariableEntry;
 typedef int WriteMethod(int action, unsigned char* value, unsigned char type, size_t length, unsigned char* state,
                         oid* name, size_t name_length);
 
-// A GET (exact 1) or GETNEXT (exact 0) of one object. `entry` carries the object's full OID. A GETNEXT writes the
+// A GET (exact 1) or GETNEXT (exact 0) of one object. `entry` has the object's full OID. A GETNEXT writes the
 // answered OID over `name`, which has room for 128 sub-identifiers and 8 readable ones after them. Returns the value,
 // `*value_length` octets, or null when there is no such instance.
 typedef unsigned char* ReadMethod(const VariableEntry* entry, oid* name, size_t* name_length, int exact,
@@ -70,7 +70,7 @@ typedef struct InetText {  // kind 7
     char text[64];  // NUL-padded
     uint32_t prefix_length;
 } InetText;
-typedef struct CountedString {  // kind 14: lies beside the key, `data` points at the octets' place in the key
+typedef struct CountedString {  // kind 14: kept outside the key; `data` points to its octets in the key
     uint32_t length;
     uint32_t capacity;
     unsigned char* data;

@@ -55,7 +55,7 @@ inline constexpr Kind Kind::prefix{11, sizeof(InetPrefix), 4};
 inline constexpr Kind Kind::pair_on_interface{12, sizeof(InetPairOnInterface), 4};
 inline constexpr Kind Kind::address_pair{13, 2 * sizeof(InetAddress), 4};
 
-// What the codec knows of a key type.
+// A key type as the codec uses it.
 struct KeyShape {
     struct Field {
         std::uint8_t kind;

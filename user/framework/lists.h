@@ -1,4 +1,4 @@
-// Member lists: the octet strings that stand for ports and VLANs, the difference between two of them, and walks over
+// Member lists: octet strings with a bit for each port or VLAN, the difference between two of them, and walks over
 // their members. Member n, from 1, is octet (n - 1) / 8, mask 0x80 >> (n - 1) % 8.
 #pragma once
 

@@ -10,7 +10,7 @@
 #define LOG_ERROR(...) anprintf(62, 0, 104, 0, __VA_ARGS__)
 
 // Ends the writer with the error of a step that failed, and logs it. Which refusals are logged, and how, differs from
-// writer to writer; log filters know them so.
+// writer to writer; log filters rely on them.
 #define TRY_LOGGED(step, text)                                               \
     do {                                                                     \
         if (const ::switchmib::Error failed_ = (step); failed_ != noError) { \

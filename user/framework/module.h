@@ -195,7 +195,7 @@ void register_module(const Registration& module, const char* init, const char* s
     SWITCHMIB_VARIABLES(module, entries, __VA_ARGS__);   \
     SWITCHMIB_EXPORT void init() { SWITCHMIB_REGISTER(module); }
 
-// The same for the module that the source file is: a second step, so that MODULE is replaced by what it stands for.
+// The same for the module that the source file is: a second step, so that MODULE is replaced by its value.
 #define SWITCHMIB_EXPAND(macro, ...) macro(__VA_ARGS__)
 #define SWITCHMIB_JOIN_(a, b) a##b
 #define SWITCHMIB_JOIN(a, b) SWITCHMIB_JOIN_(a, b)

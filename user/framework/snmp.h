@@ -10,7 +10,7 @@
 #define SWITCHMIB_INT : int
 #define SWITCHMIB_NODISCARD [[nodiscard]]
 namespace switchmib {
-#else  // C11 knows none of these
+#else  // C11 has none of these
 #define SWITCHMIB_U8
 #define SWITCHMIB_U16
 #define SWITCHMIB_INT

@@ -77,7 +77,7 @@ struct Writer {
     enum Kind : std::uint8_t { none, function, refusal, clear };
     Kind kind;
     WriterFunction* write;
-    const char* name;  // of the function; null: it serves several objects, and goes by the name of each
+    const char* name;  // of the function; null: it serves several objects, and has the name of each
     Refusal refused;
 
     constexpr Writer() : Writer(none) {}

@@ -457,7 +457,7 @@ constexpr Table<PortKey> filter_table{
 TWIN_TABLES(AccGrpTable, ACCGRPTABLE, 7);
 TWIN_RESULT(RETVALUE_mgmdSnpAccGrpTable);
 
-// The name that was written last, and its row, for the status of the same row: one for both protocols, kept for good.
+// The name that was written last, and its row, for the status of the same row: one for both protocols, never cleared.
 struct AccessGroup {
     PortKey row;
     char name[32 + 1];

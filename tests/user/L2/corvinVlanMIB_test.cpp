@@ -118,7 +118,7 @@ TEST_F(CorvinVlans, ChecksOfTheLists) {
                                          "-1 switchport hybrid allowed vlan add " + how + " 1"));
         for (const Sent& line : sent) EXPECT_EQ(line.caller, "write_" + object);
         forget();
-        refused_lines = {"interface port1"};  // passed over in silence
+        refused_lines = {"interface port1"};  // passed over
         EXPECT_EQ(set_list(list, Bytes{0x80}), noError);
         EXPECT_EQ(sent.size(), 1u);
         refused_lines.clear();

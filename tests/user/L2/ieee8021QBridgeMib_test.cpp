@@ -173,7 +173,7 @@ TEST_F(IeeeQBridge, MvrpLinesAreTraced) {
     set_all();
     EXPECT_THAT(logged, IsEmpty());
     debugging = -1;
-    refused_lines = {"mvrp global"};  // traced all the same
+    refused_lines = {"mvrp global"};  // traced nevertheless
     set_all();
     debugging = 0;
     std::string expected;
@@ -209,7 +209,7 @@ TEST_F(IeeeQBridge, StaticPortsWaitForTheRowStatus) {
     EXPECT_THAT(lines(), ElementsAre(line + "port3", line + "port3"));
     EXPECT_EQ(set({status(active), ports(port_list({4}))}), noError);
     EXPECT_EQ(lines().back(), line + "port4");
-    // What is pending for VLANs is none of theirs.
+    // What is pending for VLANs does not count here.
     EXPECT_EQ(write(reserve1, "ieee8021QBridgeVlanStaticRowStatus", {1, 10}, Integer, integer(active)), noError);
     EXPECT_EQ(write(action, ports({}).object, entry, OctetString, port_list({6})), noError);
     EXPECT_EQ(lines().back(), line + "port6");

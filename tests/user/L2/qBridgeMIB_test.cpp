@@ -70,7 +70,7 @@ TEST_F(QBridge, LayoutOfTheStagedVlan) {
     EXPECT_EQ(record[49], 0x02);
     EXPECT_EQ(record[61], 0x01);
     EXPECT_EQ(Bytes(record + 76, record + 84), (Bytes{1, 0, 0, 0, 0, 0, 0, 0}));
-    // The twin's record is its own: nothing is pending there.
+    // The IEEE module has a record of its own: nothing is pending there.
     EXPECT_EQ(write(action, "ieee8021QBridgeVlanStaticName", {1, 10}, OctetString, text("x")), noError);
     EXPECT_THAT(lines(), ElementsAre("5 vlan 10", "-1 name x"));
     EXPECT_EQ(write(undo, "dot1qVlanStaticRowStatus", {1}, Integer, integer(7)), wrongValue);

@@ -148,7 +148,7 @@ TEST_P(StaticVlans, RowIsAppliedByItsStatus) {
 }
 
 TEST_P(StaticVlans, RowIsStagedAcrossRequests) {
-    // The columns act on their own, too: nobody knows of the row status that is to come.
+    // The columns act on their own, too: the row status comes later.
     EXPECT_EQ(set({name(10, "office")}), noError);
     EXPECT_EQ(set({egress(10, port_list({3}))}), noError);
     forget();
@@ -257,7 +257,7 @@ TEST_P(StaticVlans, UntaggedPortsMustBeEgressPorts) {
     EXPECT_EQ(set({egress(10, port_list({1})), untagged(10, port_list({1, 2})), status(10, createAndGo)}), genErr);
     EXPECT_THAT(sent, IsEmpty());
     EXPECT_TRUE(pending());  // a refused RESERVE1 leaves the flag set
-    // Without a row status the check waits for RESERVE2, and an empty egress list is no reason.
+    // Without a row status the check waits for RESERVE2, and an empty egress list is not a reason.
     EXPECT_EQ(set({egress(10, port_list({1})), untagged(10, port_list({2}))}), genErr);
     EXPECT_THAT(sent, IsEmpty());
     EXPECT_EQ(set({egress(10, port_list({})), untagged(10, port_list({2}))}), noError);

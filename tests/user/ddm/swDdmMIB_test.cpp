@@ -50,7 +50,7 @@ TEST_F(Transceivers, SettingsAreLinesOfTheirOwn) {
 }
 
 TEST_F(Transceivers, ThresholdsAreTextsThatNaRemoves) {
-    // A text that is too long is no wrongLength.
+    // A text that is too long is not wrongLength.
     const Order order{step::type, step::column, step::index, step::interface, step::value};
     const struct {
         const char* object;

@@ -131,7 +131,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Protocols, Snooping, ::testing::Bool(),
                          [](const auto& mld) { return mld.param ? "mld" : "igmp"; });
 
-TEST_P(Snooping, TablesStandProtocolByProtocol) {
+TEST_P(Snooping, TablesAreRegisteredProtocolByProtocol) {
     const auto& all = loaded().registrations;
     const auto module = std::ranges::find(all, "harrowMgmdSnoopingMIB", &services::Registration::descr);
     ASSERT_NE(module, all.end());
@@ -180,7 +180,7 @@ TEST_P(Snooping, ReadsTraceForceTheProtocolAndUseTheirOwnBuffers) {
             if (start) continue;
             EXPECT_EQ(result.name, oid_of(column, index));
         }
-        // The columns of the index, and what is no column, are traced, but not served.
+        // The columns of the index, and what is not a column, are traced, but not served.
         for (int magic = 0; magic <= reading.columns + 1; ++magic) {
             forget();
             const bool served = magic >= reading.first && magic <= reading.columns;
@@ -327,7 +327,7 @@ TEST_P(Snooping, AccessGroupsAreNamedFirstAndAppliedByTheStatusOfTheSameRow) {
     EXPECT_EQ(write_name(reserve1, "5121.1034.1", "video"), "");
     EXPECT_EQ(write_status("5121.1034.1", createAndGo), "0");  // only ACTION keeps a name
     EXPECT_EQ(write_name(action, "5121.1034.1", "video"), "|video 5121 v:1034");
-    for (const int again : {1, 2}) {  // kept for good
+    for (const int again : {1, 2}) {  // never cleared
         SCOPED_TRACE(again);
         EXPECT_EQ(write_status("5121.1034.1", createAndGo),
                   "0|5 interface port1|-1 " + line + "|interface port1|" + line);
@@ -351,10 +351,10 @@ TEST_P(Snooping, AccessGroupsAreNamedFirstAndAppliedByTheStatusOfTheSameRow) {
     EXPECT_EQ(write_status("5121.1024.1", destroy), "10|!SNMP_ERR_WRONGVALUE");
     // A name is 32 octets and ends at a NUL; the other protocol's status finds it under the same row.
     forget();
-    const std::string twin = mld_ ? "mgmdIgmpSnpAccGrpStatus" : "mgmdMldSnpAccGrpStatus";
+    const std::string other = mld_ ? "mgmdIgmpSnpAccGrpStatus" : "mgmdMldSnpAccGrpStatus";
     for (const std::string& name : {std::string(40, 'n'), std::string("a\0b", 3)})
         EXPECT_EQ(set({{named("AccessGroup"), {5121, 1034, 1}, OctetString, text(name)},
-                       {twin, {5121, 1034, 1}, Integer, integer(createAndGo)}}),
+                       {other, {5121, 1034, 1}, Integer, integer(createAndGo)}}),
                   noError);
     const std::string config = mld_ ? "-1 ip igmp snooping access-group " : "-1 ipv6 mld snooping access-group ";
     EXPECT_THAT(lines(), ElementsAre("5 interface port1", config + std::string(32, 'n') + " vlan 10",
