@@ -11,6 +11,8 @@
     area(power_saving)     \
     area(routes)           \
     area(snooping)         \
+    area(streams)          \
+    area(time_sync)        \
     area(transceivers)     \
     area(vlan_interfaces)  \
     area(vlans)            \

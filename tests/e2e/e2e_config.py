@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Configures a running agent with pysnmp in SETs of several varbinds, and reads all of it back: a VLAN with its ports,
-the hardware, the bridge, routes, snooping."""
+the hardware, the bridge, routes, snooping, streams and the clock."""
 
 import sys
 
@@ -237,6 +237,26 @@ def snooping(agent, client):
     print("snooping: states, static groups, limits, access groups and router ports of IGMP and MLD read back")
 
 
+def streams(agent, client):
+    """Stream registration, the bandwidth of a port's stream classes, and the clock's priority."""
+    ieee = (1, 3, 111, 2, 802, 1, 1)
+    srp, queuing, clock = ieee + (19, 1), ieee + (16, 1), ieee + (20, 1)
+    priority, grandmaster = clock + (1, 6), clock + (3, 4)
+    for column, row, value, lines in (
+            (srp + (1, 1, 1, 2), (1,), Integer32(1), ["msrp talker-pruning"]),
+            (srp + (1, 2, 1, 4), (port(2),), Gauge32(20), ["interface port2", "msrp sr-pvid 20"]),
+            (queuing + (1, 1, 1, 2), (port(1), 1), Gauge32(5000000),
+             [f"msrp_snmp interface {port(1)} delta-bandwidth class-b 5000000"]),
+            (priority, (0,), Gauge32(1), ["gptp priority priority1 1"])):
+        configure(agent, client, [(column + row, value)], lines)
+        expect(client, {(column, row): value})
+    expect(client, {(grandmaster, (0,)): client.value(clock + (1, 1, 0))})  # it is the best clock now
+    for root, count in ((srp, 3 + 26 * 2 + 3 * 6), (queuing, 2 * 26 * 2), (clock, 42 + 26 * (31 + 16))):
+        walked = client.walk(root, 25)
+        check(len(walked) == count, f"a walk of {dotted(root)} has {len(walked)} instances, not {count}")
+    print("streams: pruning, VLAN and bandwidth set and read back; the clock becomes the grandmaster by its priority")
+
+
 def run(mibhost, library):
     with Agent(mibhost, library, "--write-community", "private", "-v") as agent:
         client = Client(agent.port, "private")
@@ -246,6 +266,7 @@ def run(mibhost, library):
         bridge(agent, client)
         routes(agent, client)
         snooping(agent, client)
+        streams(agent, client)
         check(agent.stop() == 0, "the agent does not end with exit code 0")
 
 
