@@ -5,6 +5,7 @@
 #include "framework/host.h"
 #include "framework/index.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -17,9 +18,11 @@ struct AddressText {
 };
 
 // False when the host cannot convert the address; the text is then whatever it was.
-inline bool to_text(const InetAddress& address, AddressText& text) {
-    return UIB_SNMP_Inet_Addr_To_Str(&address, text.text, sizeof text.text) == 0;
+template <std::size_t size>
+bool to_text(const InetAddress& address, char (&text)[size]) {
+    return UIB_SNMP_Inet_Addr_To_Str(&address, text, size) == 0;
 }
+inline bool to_text(const InetAddress& address, AddressText& text) { return to_text(address, text.text); }
 
 // An address as commands have it: a blank for one that cannot be converted, and `none` for one without a type.
 inline const char* address_word(const InetAddress& address, AddressText& text) {
