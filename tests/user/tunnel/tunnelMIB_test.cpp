@@ -1,0 +1,162 @@
+#include "support/recording_host.h"
+
+#include <cstdlib>
+
+namespace tests {
+
+class Tunnels : public RecordingHost {
+protected:
+    // The log without what every line begins with, which is checked; only errors are logged.
+    std::string log() const override {
+        const std::string front = "<MIB_TNL>(";
+        std::string log;
+        for (const services::LogLine& line : logged) {
+            EXPECT_EQ(line.channel, "an");
+            EXPECT_EQ(line.category, 92);
+            EXPECT_EQ(line.level, 104);
+            EXPECT_THAT(line.text, ::testing::StartsWith(front));
+            EXPECT_GT(std::atoi(&line.text[front.size()]), 0);
+            log += line.text.substr(line.text.find("):") + 2);
+        }
+        return log;
+    }
+    int set_status(const Oid& index, int value) {
+        forget();
+        return set("tunnelInetConfigStatus", index, Integer, integer(value));
+    }
+};
+
+// From 192.0.2.1 to 203.0.113.9.
+Oid tunnel(oid method, oid id) { return {1, 4, 192, 0, 2, 1, 1, 4, 203, 0, 113, 9, method, id}; }
+
+TEST_F(Tunnels, AreShownByInterfaceAndByTheirEnds) {
+    answer("tunnelIfTable", integer(64), integer(897));
+    EXPECT_EQ(next("tunnelIfHopLimit").name, oid_of("tunnelIfHopLimit", {897}));
+    get("tunnelIfLocalAddress", {897});
+    get("tunnelInetConfigIfIndex", tunnel(12, 1));
+    next("tunnelInetConfigIfIndex");
+    next("tunnelInetConfigIfIndex", {2, 16, 0x20, 1});
+    EXPECT_THAT(commands(), ElementsAre("show snmp tunnel if 0", "show snmp tunnel if 897",
+                                        "show snmp tunnel inetconfig 192.0.2.1 203.0.113.9 12 1",
+                                        "show snmp tunnel inetconfig 0.0.0.0 0.0.0.0 0 0",
+                                        "show snmp tunnel inetconfig 2001:: 0.0.0.0 0 0"));
+    EXPECT_EQ(shown[2].key.size(), 64u);
+    EXPECT_THAT(logged, IsEmpty());  // commands are no errors
+}
+
+TEST_F(Tunnels, AddressThatIsNoTextIsLoggedAndHandsOutNothing) {
+    const std::pair<Oid, std::string> odd[] = {{{3, 1, 9, 1, 4, 1, 2, 3, 4, 12, 1}, "!src_str\n"},
+                                               {{3, 1, 9, 3, 1, 9, 12, 1}, "!src_str\n"},
+                                               {{1, 4, 1, 2, 3, 4, 3, 1, 9, 12, 1}, "!dest_str\n"}};
+    for (const auto& [index, line] : odd) {
+        forget();
+        EXPECT_EQ(get("tunnelInetConfigStatus", index).writer, kUntouched);
+        EXPECT_EQ(log(), line);
+        EXPECT_THAT(shown, IsEmpty());
+    }
+    EXPECT_NE(get("tunnelConfigStatus", {1, 2, 3}).writer, kUntouched);
+    EXPECT_EQ(get("tunnelConfigIfIndex").writer, kUntouched);
+}
+
+TEST_F(Tunnels, EndIsSetAndMayCreateTheTunnel) {
+    const std::pair<std::string, std::string> ends[] = {{"tunnelIfLocalInetAddress", "source"},
+                                                        {"tunnelIfRemoteInetAddress", "destination"}};
+    for (const auto& [object, end] : ends) {
+        const Bytes address{192, 0, 2, 1};
+        const Lines some{"4 show interface tunnel2", "5 interface tunnel 2", "-1 tunnel " + end + " 192.0.2.1"};
+        expect_checks({Writable(object, {898}, OctetString, octets(4, 4).good(address))
+                           .order({step::type, step::column, step::index, step::length.answers(genErr)})
+                           .sends({{address, some},
+                                   {Bytes{0, 0, 0, 0},
+                                    {"4 show interface tunnel2", "5 interface tunnel 2", "-1 no tunnel " + end}}})
+                           .refused_first_line(Writable::is_ignored)
+                           .logs({{Step::length, "!invalid length\n"}})});
+        // A refused address takes the tunnel away again only if it was not there. Whether that is accepted, or the
+        // probe is, is not logged.
+        for (const bool is_new : {true, false}) {
+            forget();
+            refused_lines = {"tunnel " + end + " 192.0.2.1", "no interface tunnel 2"};
+            if (is_new) refused_lines.push_back("show interface tunnel2");
+            EXPECT_EQ(set(object, {898}, OctetString, address), genErr);
+            Lines expected = some;
+            if (is_new) expected.push_back("5 no interface tunnel 2");
+            EXPECT_EQ(lines(), expected);
+            EXPECT_EQ(log(), "!tunnel " + end + " 192.0.2.1\n");
+        }
+        forget();
+        refused_lines = {"interface tunnel 2", "show interface tunnel2"};
+        EXPECT_EQ(set(object, {898}, OctetString, address), genErr);
+        EXPECT_THAT(lines(), ElementsAre("4 show interface tunnel2", "5 interface tunnel 2"));
+        EXPECT_EQ(log(), "!interface tunnel 2\n");
+        refused_lines.clear();
+    }
+    // The tunnel's number is not checked.
+    forget();
+    EXPECT_EQ(set("tunnelIfLocalInetAddress", {5}, OctetString, {1, 2, 3, 255}), noError);
+    EXPECT_THAT(lines(),
+                ElementsAre("4 show interface tunnel-891", "5 interface tunnel -891", "-1 tunnel source 1.2.3.255"));
+}
+
+TEST_F(Tunnels, CreationIsUndoneWhenALaterLineFails) {
+    const std::pair<oid, std::string> modes[] = {{1, "-1 no tunnel mode"},
+                                                 {11, "-1 tunnel mode ipv6ip 6to4"},
+                                                 {12, "-1 tunnel mode ipv6ip"},
+                                                 {13, "-1 tunnel mode ipv6ip isatap"}};
+    for (const auto& [method, mode] : modes) {
+        const std::string row = "192.0.2.1 203.0.113.9 " + std::to_string(method) + " 7";
+        const Lines lines_of_creation{"4 snmp check tunnel create " + row, "5 interface tunnel 7",
+                                      "-1 tunnel source 192.0.2.1", "-1 tunnel destination 203.0.113.9", mode};
+        EXPECT_EQ(set_status(tunnel(method, 7), createAndGo), noError);
+        EXPECT_EQ(lines(), lines_of_creation);
+        for (std::size_t refused = 0; refused < lines_of_creation.size(); ++refused) {
+            refused_line = refused;
+            EXPECT_EQ(set_status(tunnel(method, 7), createAndGo), genErr);
+            Lines expected(lines_of_creation.begin(),
+                           lines_of_creation.begin() + static_cast<std::ptrdiff_t>(refused) + 1);
+            EXPECT_EQ(log(), "!" + expected.back().substr(expected.back().find(' ') + 1) + "\n");
+            if (refused >= 2) expected.push_back("5 no interface tunnel 7");
+            EXPECT_EQ(lines(), expected);
+        }
+        refused_line.reset();
+        EXPECT_EQ(set_status(tunnel(method, 7), destroy), noError);
+        EXPECT_THAT(lines(), ElementsAre("4 snmp check tunnel destroy " + row, "5 no interface tunnel 7"));
+    }
+    // Addresses of other types are empty, in the lines too.
+    EXPECT_EQ(set_status({2, 2, 0x20, 1, 0, 0, 13, 1}, createAndGo), noError);
+    EXPECT_THAT(lines(), ElementsAre("4 snmp check tunnel create   13 1", "5 interface tunnel 1", "-1 tunnel source ",
+                                     "-1 tunnel destination ", "-1 tunnel mode ipv6ip isatap"));
+}
+
+TEST_F(Tunnels, RowsAreCheckedInTheirOrder) {
+    for (const oid id : {1u, 127u})
+        expect_checks({Writable("tunnelInetConfigStatus", tunnel(12, id), Integer, between(active, destroy))
+                           .sends({{active, {}}, {notInService, {}}, {notReady, {}}, {createAndWait, {}}})});
+    // The method, then the number, then the value.
+    const std::tuple<oid, oid, int, int, std::string> refusals[] = {{2, 128, 7, genErr, "!EncapsMethod 2\n"},
+                                                                    {0, 1, active, genErr, "!EncapsMethod 0\n"},
+                                                                    {10, 1, active, genErr, "!EncapsMethod 10\n"},
+                                                                    {14, 1, active, genErr, "!EncapsMethod 14\n"},
+                                                                    {12, 0, 7, genErr, "!ID 0\n"},
+                                                                    {12, 128, active, genErr, "!ID 128\n"},
+                                                                    {12, 1, 0, wrongValue, "!invalid value 0\n"},
+                                                                    {12, 1, -1, wrongValue, "!invalid value -1\n"}};
+    for (const auto& [method, id, value, error, line] : refusals) {
+        forget();
+        EXPECT_EQ(write(reserve1, "tunnelInetConfigStatus", tunnel(method, id), Integer, integer(value)), error);
+        EXPECT_EQ(log(), line);
+    }
+    const Oid anything{9, 9};
+    expect_checks({
+        Writable("tunnelIfHopLimit", anything, Integer, any_number()).order(unparsed()).refused(),
+        Writable("tunnelIfTOS", anything, Integer, any_number()).order(unparsed()).refused(),
+        Writable("tunnelIfFlowLabel", anything, Integer, any_number()).order(unparsed()).refused(),
+        Writable("tunnelIfEncapsLimit", anything, Integer, any_number()).order(unparsed()).refused(),
+        Writable("tunnelIfAddressType", anything, Integer, between(0, 4).good(16).bad(15).bad(17))
+            .order(unparsed())
+            .sends_nothing(),
+        Writable("tunnelConfigStatus", anything, Integer, between(active, destroy)).order(unparsed()).refused(),
+        Writable("tunnelInetConfigStorageType", anything, Integer, between(1, 5)).order(unparsed()).refused(),
+    });
+}
+
+}  // namespace tests
