@@ -1,13 +1,13 @@
-// IP-MIB, the ip and icmp groups: the kernel's protocol counters. No object here asks the backend: the values come from
-// the kernel's statistics files, through readers that are exported for the host's own modules as well.
+// IP-MIB, the ip and icmp groups. The protocol counters are the kernel's, from its statistics files, and nobody is asked
+// for them. Interfaces, addresses, neighbours and router advertisements are the backend's.
 #define MODULE ip
+#include "framework/address.h"
+#include "framework/ifindex.h"
 #include "framework/module.h"
-
-#include <sys/sysinfo.h>
+#include "framework/write.h"
+#include "ip_statistics.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <span>
 #include <string_view>
@@ -16,264 +16,6 @@ namespace switchmib::MODULE {
 
 MODULE_OID(kMib2, 4);
 SWITCHMIB_MODULE_OID(icmp, kMib2, 5);
-
-// --- the kernel's records --------------------------------------------------------------------------------------------
-
-// The "Ip:" and "Icmp:" lines give their values by position, IPv6's lines by a key. These are the names of the values
-// in the order of their records, for ICMP those of the "In" values and again those of the "Out" values.
-constexpr std::string_view kIpNames[] = {
-    "Forwarding", "DefaultTTL", "InReceives",  "InHdrErrors", "InAddrErrors", "ForwDatagrams",   "InUnknownProtos",
-    "InDiscards", "InDelivers", "OutRequests", "OutDiscards", "OutNoRoutes",  "ReasmTimeout",    "ReasmReqds",
-    "ReasmOKs",   "ReasmFails", "FragOKs",     "FragFails",   "FragCreates",  "RoutingDiscards",
-};
-constexpr std::string_view kIp6Names[] = {
-    "InReceives",      "InHdrErrors",  "InTooBigErrors", "InNoRoutes",       "InAddrErrors", "InUnknownProtos",
-    "InTruncatedPkts", "InDiscards",   "InDelivers",     "OutForwDatagrams", "OutRequests",  "OutDiscards",
-    "OutNoRoutes",     "ReasmTimeout", "FragOKs",        "FragFails",        "FragCreates",  "ReasmReqds",
-    "ReasmOKs",        "ReasmFails",   "InMcastPkts",    "OutMcastPkts",
-};
-constexpr std::string_view kIcmpNames[] = {
-    "Msgs",  "Errors",   "DestUnreachs", "TimeExcds",     "ParmProbs", "SrcQuenchs",   "Redirects",
-    "Echos", "EchoReps", "Timestamps",   "TimestampReps", "AddrMasks", "AddrMaskReps",
-};
-constexpr std::string_view kIcmp6Names[] = {
-    "Msgs",
-    "Errors",
-    "DestUnreachs",
-    "AdminProhibs",
-    "TimeExcds",
-    "ParmProblems",
-    "PktTooBigs",
-    "Echos",
-    "EchoReplies",
-    "RouterSolicits",
-    "RouterAdvertisements",
-    "NeighborSolicits",
-    "NeighborAdvertisements",
-    "Redirects",
-    "GroupMembQueries",
-    "GroupMembResponses",
-    "GroupMembReductions",
-};
-
-// What the exported readers fill. A counter is the kernel's modulo 2^32.
-using Counter = std::uint32_t;
-constexpr std::size_t kIp6Sysctls = 2;  // forwarding and hop limit, before IPv6's counters
-struct IpStatistics {
-    Counter counters[std::size(kIpNames)];
-};
-struct Ip6Statistics {
-    Counter counters[kIp6Sysctls + std::size(kIp6Names)];
-};
-struct IcmpStatistics {
-    Counter counters[2 * std::size(kIcmpNames)];
-};
-struct Icmp6Statistics {
-    Counter counters[2 * std::size(kIcmp6Names)];
-};
-struct TcpStatistics {
-    Counter counters[14];          // RtoAlgorithm, ..., InErrs, OutRsts
-    std::uint16_t in_errs_valid;   // 1 when the kernel gives InErrs
-    std::uint16_t out_rsts_valid;  // 1 when it gives OutRsts
-};
-struct UdpStatistics {
-    Counter counters[4];  // of IPv4 and IPv6 together: InDatagrams, NoPorts, InErrors, OutDatagrams
-};
-static_assert(sizeof(IpStatistics) == 80 && sizeof(IcmpStatistics) == 104 && sizeof(Ip6Statistics) == 96);
-static_assert(sizeof(Icmp6Statistics) == 136 && sizeof(TcpStatistics) == 60 && sizeof(UdpStatistics) == 16);
-
-// --- the readers -----------------------------------------------------------------------------------------------------
-
-// A host may point them elsewhere.
-SWITCHMIB_EXPORT char proc_ipv6_hoplimit[256];
-constinit char proc_ipv6_hoplimit[256] = "/proc/sys/net/ipv6/conf/default/hop_limit";
-SWITCHMIB_EXPORT char proc_ipv6_forwarding[256];
-constinit char proc_ipv6_forwarding[256] = "/proc/sys/net/ipv6/conf/all/forwarding";
-
-// Takes the first `digits` characters of a file as a number; what doesn't begin with one leaves `value` as it is. -1:
-// the file can't be opened.
-int read_sysctl(const char* path, int digits, unsigned long& value) {
-    std::FILE* file = std::fopen(path, "r");
-    if (file == nullptr) return -1;
-    char text[8] = {};
-    char* end = text;
-    if (std::fgets(text, digits + 1, file) != nullptr)
-        if (const unsigned long number = std::strtoul(text, &end, 10); end != text) value = number;
-    static_cast<void>(std::fclose(file));
-    return 0;
-}
-
-SWITCHMIB_EXPORT int ip6_snmp_hop_limit_get(unsigned long* hops) { return read_sysctl(proc_ipv6_hoplimit, 3, *hops); }
-SWITCHMIB_EXPORT int ip6_snmp_forwarding_get(unsigned long* forwards) {
-    return read_sysctl(proc_ipv6_forwarding, 1, *forwards);
-}
-
-constexpr const char* kSnmpFile = "/proc/net/snmp";
-constexpr const char* kSnmp6File = "/proc/net/snmp6";
-
-// False: the file can't be opened. Longer lines than the buffer's come in pieces.
-template <class Take>
-bool for_each_line(const char* path, Take take) {
-    std::FILE* file = std::fopen(path, "r");
-    if (file == nullptr) return false;
-    char line[1024];
-    while (std::fgets(line, sizeof line, file) != nullptr) take(static_cast<const char*>(line));
-    static_cast<void>(std::fclose(file));
-    return true;
-}
-
-bool begins(const char* line, std::string_view with) { return std::strncmp(line, with.data(), with.size()) == 0; }
-
-// Takes the number at `text` and moves after it; without one, both stay. Cut to 32 bits whatever the machine: -1 is
-// 4294967295.
-bool take_number(const char*& text, Counter& number) {
-    char* end;
-    const unsigned long long value = std::strtoull(text, &end, 10);
-    if (end == text) return false;
-    number = static_cast<Counter>(value);
-    text = end;
-    return true;
-}
-
-// Takes the numbers of a tagged line by position; counters that it has no number for stay. (The line of names has the
-// same tag and no number.) Returns how many there were, -1 for a line with another tag.
-int take_numbers(const char* line, std::string_view tag, std::span<Counter> counters) {
-    if (!begins(line, tag)) return -1;
-    const char* text = line + tag.size();
-    int count = 0;
-    for (Counter& counter : counters) {
-        if (!take_number(text, counter)) break;
-        ++count;
-    }
-    return count;
-}
-
-// Takes the number after a line's first word.
-bool take_value(const char* line, Counter& value) {
-    const char* text = line + std::strcspn(line, " \t\n");
-    return take_number(text, value);
-}
-
-// Takes the value of a line whose key is, or begins with, the prefix and one of the names.
-void take_keyed(const char* line, std::string_view prefix, std::span<const std::string_view> names, Counter* counters) {
-    if (!begins(line, prefix)) return;
-    for (std::size_t i = 0; i < names.size(); ++i)
-        if (begins(line + prefix.size(), names[i])) take_value(line, counters[i]);
-}
-
-bool read_ip(IpStatistics& ip) {
-    constexpr Counter kNotForwarding = 2;                          // the MIB's number for the kernel's 0
-    const std::span in_file = std::span(ip.counters).first<19>();  // without RoutingDiscards, which stay 0
-    if (!for_each_line(kSnmpFile, [&](const char* line) { take_numbers(line, "Ip: ", in_file); })) return false;
-    if (ip.counters[0] == 0) ip.counters[0] = kNotForwarding;
-    return true;
-}
-
-bool read_icmp(IcmpStatistics& icmp) {
-    return for_each_line(kSnmpFile, [&](const char* line) { take_numbers(line, "Icmp: ", icmp.counters); });
-}
-
-bool read_tcp(TcpStatistics& tcp) {
-    constexpr Counter kOtherAlgorithm = 1;
-    const auto take = [&](const char* line) {
-        const int count = take_numbers(line, "Tcp: ", tcp.counters);
-        if (count < 0) return;
-        tcp.in_errs_valid = count > 12;
-        tcp.out_rsts_valid = count > 13;
-    };
-    if (!for_each_line(kSnmpFile, take)) return false;
-    if (tcp.counters[0] == 0) tcp.counters[0] = kOtherAlgorithm;
-    return true;
-}
-
-// The counter that an IPv6 line adds to, by the letters that distinguish Udp6InDatagrams, Udp6NoPorts, Udp6InErrors and
-// Udp6OutDatagrams from one another and from all others; null for those.
-Counter* udp6_total(UdpStatistics& udp, const char* line) {
-    if (!begins(line, "Udp6") || std::strlen(line) < 7) return nullptr;
-    if (line[4] == 'O') return &udp.counters[3];
-    if (line[4] == 'N') return &udp.counters[1];
-    return line[6] == 'D' ? &udp.counters[0] : line[6] == 'E' ? &udp.counters[2] : nullptr;
-}
-
-bool read_udp(UdpStatistics& udp) {
-    if (!for_each_line(kSnmpFile, [&](const char* line) { take_numbers(line, "Udp: ", udp.counters); })) return false;
-    for_each_line(kSnmp6File, [&](const char* line) {
-        Counter* total = udp6_total(udp, line);
-        if (Counter value; total != nullptr && take_value(line, value)) *total += value;
-    });
-    return true;
-}
-
-void take_sysctl(int (*get)(unsigned long*), Counter& value) {
-    unsigned long number = value;
-    get(&number);
-    value = static_cast<Counter>(number);
-}
-
-// Without IPv6 a kernel has no file; what was read before stays.
-bool read_ip6(Ip6Statistics& ip6) {
-    for_each_line(kSnmp6File, [&](const char* line) {
-        // For every line, on purpose: an empty file leaves the sysctls' values alone too.
-        take_sysctl(ip6_snmp_forwarding_get, ip6.counters[0]);
-        take_sysctl(ip6_snmp_hop_limit_get, ip6.counters[1]);
-        take_keyed(line, "Ip6", kIp6Names, ip6.counters + kIp6Sysctls);
-    });
-    return true;
-}
-
-bool read_icmp6(Icmp6Statistics& icmp6) {
-    for_each_line(kSnmp6File, [&](const char* line) {
-        take_keyed(line, "Icmp6In", kIcmp6Names, icmp6.counters);
-        take_keyed(line, "Icmp6Out", kIcmp6Names, icmp6.counters + std::size(kIcmp6Names));
-    });
-    return true;
-}
-
-// Whether a record is read again: always when forced, as by a GET, else some seconds after the uptime `last`.
-enum class Cache { unusable, kept, due };
-
-Cache check_cache(std::uint32_t& last, int force) {
-    constexpr std::uint32_t kSecondsKept = 3;
-    struct sysinfo info;
-    if (sysinfo(&info) != 0) return Cache::unusable;
-    const auto now = static_cast<std::uint32_t>(info.uptime);
-    if (force) last = 0;
-    const std::uint32_t elapsed = now < last ? ~last + now : now - last;
-    if (last != 0 && elapsed < kSecondsKept) return Cache::kept;
-    last = now;  // also when the file then can't be opened
-    return Cache::due;
-}
-
-// A reader: its cache, copied to the caller. -1, and a record of zeros, when there is no uptime or no file.
-template <auto read, class Record>
-int read_cached(Record* record, int force) {
-    static Record cache;
-    static std::uint32_t last;
-    *record = {};
-    const Cache state = check_cache(last, force);
-    if (state == Cache::unusable || (state == Cache::due && !read(cache))) return -1;
-    *record = cache;
-    return 0;
-}
-
-SWITCHMIB_EXPORT int ip_snmp_linux_read_ip_stat(IpStatistics* record, int force) {
-    return read_cached<read_ip>(record, force);
-}
-SWITCHMIB_EXPORT int ip_snmp_linux_read_icmp_stat(IcmpStatistics* record, int force) {
-    return read_cached<read_icmp>(record, force);
-}
-SWITCHMIB_EXPORT int ip_snmp_linux_read_ip6_stat(Ip6Statistics* record, int force) {
-    return read_cached<read_ip6>(record, force);
-}
-SWITCHMIB_EXPORT int ip_snmp_linux_read_icmp6_stat(Icmp6Statistics* record, int force) {
-    return read_cached<read_icmp6>(record, force);
-}
-SWITCHMIB_EXPORT int ip_snmp_linux_read_tcp_stat(TcpStatistics* record, int force) {
-    return read_cached<read_tcp>(record, force);
-}
-SWITCHMIB_EXPORT int ip_snmp_linux_read_udp_stat(UdpStatistics* record, int force) {
-    return read_cached<read_udp>(record, force);
-}
 
 // --- what is served --------------------------------------------------------------------------------------------------
 
@@ -325,7 +67,7 @@ struct VersionKey {
     std::uint32_t version;
     static constexpr Kind index[] = {Kind::integer};
 };
-constexpr std::uint32_t kStart = 0, kIpv4 = 1, kIpv6 = 2;
+constexpr std::uint32_t kStart = 0;
 
 // A column's counters: a row for each IP version, or for IPv6 alone.
 struct Counters {
@@ -445,6 +187,72 @@ constexpr Table<MediaKey> ipNetToMediaTable{
             {2, "ipNetToMediaPhysAddress", OctetString, ReadWrite},
             {3, "ipNetToMediaNetAddress", IpAddress, ReadWrite},
             {4, "ipNetToMediaType", Integer, ReadWrite},
+        },
+};
+
+// --- ip: ipv4InterfaceTable and ipv6InterfaceTable -------------------------------------------------------------------
+
+// Rows of an interface end with the last port's: those after it have no value and no write method.
+template <class Key>
+bool is_interface_row(Key& row, const Read&) {
+    return row.ifindex <= kLastPortIfIndex;
+}
+
+// Enters a VLAN interface; the lines here have no name for another one, which is genErr.
+Error enter_vlan_interface(const Set& set, std::uint32_t ifindex) {
+    if (!is_vlan_interface(ifindex)) return genErr;
+    return set.global({"interface vlan%d", ifindex - kVlanIfIndexBase});
+}
+
+Error vlan_interface_line(const Set& set, std::uint32_t ifindex, const char* line) {
+    TRY(enter_vlan_interface(set, ifindex));
+    return set.sub(line);
+}
+
+TABLE(ipv4InterfaceTable, IPV4INTERFACETABLE, 28, 1);
+
+constexpr Table<InterfaceKey> ipv4InterfaceTable{
+    .id = IPV4INTERFACETABLE,
+    .accepts = is_interface_row<InterfaceKey>,
+    .command =
+        [](const InterfaceKey& row) {
+            const VrfPart vrf;
+            return Command("show ipinterface ifindex %d%s%s", row.ifindex, vrf.word, vrf.name);
+        },
+    .columns =
+        {
+            {1, "ipv4InterfaceIfIndex", Integer, ReadOnly},
+            {2, "ipv4InterfaceReasmMaxSize", Integer, ReadOnly},
+            {3, "ipv4InterfaceEnableStatus", Integer, ReadWrite},
+            {4, "ipv4InterfaceRetransmitTime", Unsigned32, ReadOnly},
+        },
+};
+
+TABLE(ipv6InterfaceTable, IPV6INTERFACETABLE, 30, 1);
+
+Error write_ipv6InterfaceEnableStatus(Set& set) {
+    std::int32_t status;
+    InterfaceKey row;
+    const char* line;
+    TRY(set.integer(status));
+    TRY(set.row(row));
+    TRY(set.choose({{1, "ipv6 enable"}, {2, "no ipv6 enable"}}, line));
+    return set.acting() ? vlan_interface_line(set, row.ifindex, line) : noError;
+}
+
+constexpr Table<InterfaceKey> ipv6InterfaceTable{
+    .id = IPV6INTERFACETABLE,
+    .accepts = is_interface_row<InterfaceKey>,
+    .command = "show ipv6interface ifindex %d",
+    .columns =
+        {
+            {1, "ipv6InterfaceIfIndex", Integer, ReadOnly},
+            {2, "ipv6InterfaceReasmMaxSize", Unsigned32, ReadOnly},
+            {3, "ipv6InterfaceIdentifier", OctetString, ReadOnly},
+            {5, "ipv6InterfaceEnableStatus", Integer, ReadWrite, WRITER(write_ipv6InterfaceEnableStatus)},
+            {6, "ipv6InterfaceReachableTime", Unsigned32, ReadOnly},
+            {7, "ipv6InterfaceRetransmitTime", Unsigned32, ReadOnly},
+            {8, "ipv6InterfaceForwarding", Integer, ReadWrite, cleared},
         },
 };
 
@@ -573,6 +381,471 @@ constexpr Table<VersionInterfaceKey> ipIfStatsTable{
             {45, "ipIfStatsHCOutBcastPkts", Counter64, ReadOnly},
             {46, "ipIfStatsDiscontinuityTime", TimeTicks, ReadOnly},
             {47, "ipIfStatsRefreshRate", Unsigned32, ReadOnly},
+        },
+};
+
+// --- ip: ipAddressPrefixTable ----------------------------------------------------------------------------------------
+
+TABLE(ipAddressPrefixTable, IPADDRESSPREFIXTABLE, 32, 1);
+
+struct PrefixKey {
+    std::uint32_t ifindex;
+    InetPrefix prefix;
+    static constexpr Kind index[] = {Kind::integer, Kind::prefix};
+};
+
+constexpr Table<PrefixKey> ipAddressPrefixTable{
+    .id = IPADDRESSPREFIXTABLE,
+    .accepts = is_interface_row<PrefixKey>,
+    .command = [](const PrefixKey& row) -> Command {
+        const InetAddress& address = row.prefix.address;
+        AddressText text;
+        Text<64> prefix;
+        if (is_ip(address.type)) {
+            if (!to_text(address, text)) return no_answer;
+            prefix = {" %s/%d", text.text, row.prefix.length};
+        }
+        const VrfPart vrf;
+        return {"show ipaddress prefix %d %d %s%s%s", row.ifindex, address.type, prefix.c_str(), vrf.word, vrf.name};
+    },
+    .columns =
+        {
+            {1, "ipAddressPrefixIfIndex", Integer, ReadOnly},
+            {2, "ipAddressPrefixType", Integer, ReadOnly},
+            {3, "ipAddressPrefixPrefix", OctetString, ReadOnly},
+            {4, "ipAddressPrefixLength", Unsigned32, ReadOnly},
+            {5, "ipAddressPrefixOrigin", Integer, ReadOnly},
+            {6, "ipAddressPrefixOnLinkFlag", Integer, ReadOnly},
+            {7, "ipAddressPrefixAutonomousFlag", Integer, ReadOnly},
+            {8, "ipAddressPrefixAdvPreferredLifetime", Unsigned32, ReadOnly},
+            {9, "ipAddressPrefixAdvValidLifetime", Unsigned32, ReadOnly},
+        },
+};
+
+// --- ip: ipAddressTable ----------------------------------------------------------------------------------------------
+
+TABLE(ipAddressTable, IPADDRESSTABLE, 34, 1);
+
+struct AddressKey {
+    InetAddress address;
+    static constexpr Kind index[] = {Kind::address};
+};
+
+// An address as the backend gets it in place of its part of the key, and fills it with the next row's.
+struct AddressRecord {
+    std::uint32_t type;
+    unsigned char ipv4[4];
+    unsigned char ipv6[16];
+};
+static_assert(sizeof(AddressRecord) == 24);
+
+void fill_record(const InetAddress& address, AddressRecord& record) {
+    record.type = address.type;
+    if (address.type == kIpv4) std::memcpy(record.ipv4, address.octets, sizeof record.ipv4);
+    if (address.type == kIpv6) std::memcpy(record.ipv6, address.octets, sizeof record.ipv6);
+}
+
+InetAddress take_record(const AddressRecord& record) { return take_address(record.type, record.ipv4, record.ipv6); }
+
+template <class Row>
+bool is_same(const Row& a, const Row& b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+// The interface, type and status that were written last, each with the row that it was written for. A row status takes
+// them; none is cleared after it.
+SWITCHMIB_EXPORT std::uint32_t ipAddressTable_ifindex, ipAddressTable_type, ipAddressTable_status;
+SWITCHMIB_EXPORT InetAddress key_ifindex, key_type, key_status;
+constinit std::uint32_t ipAddressTable_ifindex = 0, ipAddressTable_type = 0, ipAddressTable_status = 0;
+constinit InetAddress key_ifindex{}, key_type{}, key_status{};
+
+Error write_ipAddressIfIndex(Set& set) {
+    std::int32_t ifindex;
+    AddressKey row;
+    TRY(set.integer(ifindex));
+    TRY(set.row(row));
+    if (!set.acting()) return noError;
+    ipAddressTable_ifindex = static_cast<std::uint32_t>(ifindex);
+    key_ifindex = row.address;
+    return noError;
+}
+
+// The only type and status of an IPv4 address, and of a row that is created.
+constexpr std::uint32_t kUnicast = 1, kPreferred = 1;
+
+// Keeps a type or status, from 1 to `last`.
+Error keep(const Set& set, std::int32_t last, std::uint32_t only, std::uint32_t& kept, InetAddress& key) {
+    std::int32_t number;
+    AddressKey row;
+    TRY(set.integer(number));
+    TRY(set.row(row));
+    TRY(set.range(number, 1, last));
+    if (!set.acting()) return noError;
+    const auto given = static_cast<std::uint32_t>(number);
+    if (row.address.type == kIpv4 && given != only) return genErr;
+    kept = given;
+    key = row.address;
+    return noError;
+}
+
+Error write_ipAddressType(Set& set) { return keep(set, 3, kUnicast, ipAddressTable_type, key_type); }
+
+Error write_ipAddressStatus(Set& set) { return keep(set, 8, kPreferred, ipAddressTable_status, key_status); }
+
+// The row statuses of the tables here, which know no other states.
+Error creates_or_destroys(std::int32_t status) {
+    return status == createAndGo || status == destroy ? noError : wrongValue;
+}
+
+Error write_ipAddressRowStatus(Set& set) {
+    std::int32_t status;
+    AddressKey row;
+    TRY(set.integer(status));
+    TRY(set.row(row));
+    TRY(creates_or_destroys(status));
+    if (!set.acting()) return noError;
+    const InetAddress& address = row.address;
+    const std::uint32_t ifindex = ipAddressTable_ifindex;
+    if (!is_same(key_ifindex, address) || ifindex == 0) return genErr;
+    if (is_ip(address.type)) {
+        if (is_same(key_type, address) && ipAddressTable_type != kUnicast) return genErr;
+        if (is_same(key_status, address) && ipAddressTable_status != kPreferred) return genErr;
+    }
+    const char* no = status == destroy ? "no " : "";
+    AddressText text;
+    const char* word = address_word(address, text);
+    if (address.type != kIpv6) return set.global({"%sipaddresstable ip %d %s", no, ifindex, word});
+    const Command line("%sipv6 address %s", no, word);
+    const bool on_vlan = is_vlan_interface(ifindex);
+    if (!on_vlan && status == createAndGo) return genErr;
+    // Where the interface is refused, the address goes out all the same, on purpose: in global mode.
+    if (on_vlan && enter_vlan_interface(set, ifindex) == noError) return set.sub(line);
+    return set.global(line);
+}
+
+constexpr Table<AddressKey, AddressRecord> ipAddressTable{
+    .id = IPADDRESSTABLE,
+    .command =
+        [](const AddressKey& row) {
+            AddressText text;
+            const VrfPart vrf;
+            return Command("show ipaddress %d %s%s%s", row.address.type, address_word(row.address, text), vrf.word,
+                           vrf.name);
+        },
+    .fill = [](const AddressKey& row, AddressRecord& record) { fill_record(row.address, record); },
+    .take = [](const AddressRecord& record, AddressKey& row) { row.address = take_record(record); },
+    .columns =
+        {
+            {1, "ipAddressAddrType", Integer, ReadOnly},
+            {2, "ipAddressAddr", OctetString, ReadOnly},
+            {3, "ipAddressIfIndex", Integer, ReadWrite, WRITER(write_ipAddressIfIndex)},
+            {4, "ipAddressType", Integer, ReadWrite, WRITER(write_ipAddressType)},
+            {5, "ipAddressPrefix", ObjectIdentifier, ReadOnly},
+            {6, "ipAddressOrigin", Integer, ReadOnly},
+            {7, "ipAddressStatus", Integer, ReadWrite, WRITER(write_ipAddressStatus)},
+            {8, "ipAddressCreated", TimeTicks, ReadOnly, never},
+            {9, "ipAddressLastChanged", TimeTicks, ReadOnly, never},
+            {10, "ipAddressRowStatus", Integer, ReadWrite, WRITER(write_ipAddressRowStatus)},
+            {11, "ipAddressStorageType", Integer, ReadWrite, never},
+        },
+};
+
+// --- ip: ipNetToPhysicalTable ----------------------------------------------------------------------------------------
+
+TABLE(ipNetToPhysicalTable, IPNETTOPHYSICALTABLE, 35, 1);
+
+struct NeighbourKey {
+    std::uint32_t ifindex;
+    InetAddress address;
+    static constexpr Kind index[] = {Kind::integer, Kind::address};
+};
+
+struct NeighbourRecord {
+    std::uint32_t ifindex;
+    AddressRecord address;
+};
+static_assert(sizeof(NeighbourRecord) == 28);
+
+constexpr std::uint32_t kDynamic = 3, kStatic = 4;
+
+// The MAC address and the type that were written last, each with the row that it was written for. Nothing clears them.
+constinit Mac pending_mac{};
+constinit NeighbourKey pending_mac_row{};
+constinit std::uint32_t pending_type = kStatic;
+constinit NeighbourKey pending_type_row{};
+
+// The MAC address has a blank of its own before it, on purpose: there are two.
+Command arp_line(const AddressText& address) { return {"ip arp %s  %s", address.text, lower(pending_mac).c_str()}; }
+
+Error write_ipNetToPhysicalPhysAddress(Set& set) {
+    NeighbourKey row;
+    TRY(set.type(OctetString));
+    TRY(set.length(sizeof pending_mac));
+    TRY(set.row(row));
+    if (!set.acting()) return noError;
+    pending_mac_row = row;
+    set.copy(&pending_mac, sizeof pending_mac);
+    if (is_same(pending_type_row, row) && pending_type != kStatic) return genErr;
+    AddressText address;
+    if (!to_text(row.address, address)) return genErr;
+    return vlan_interface_line(set, row.ifindex, arp_line(address));  // for IPv6 as well, on purpose
+}
+
+Error write_ipNetToPhysicalType(Set& set) {
+    std::int32_t type;
+    NeighbourKey row;
+    TRY(set.integer(type));
+    TRY(set.row(row));
+    TRY(set.range(type, kDynamic, kStatic));
+    if (!set.acting()) return noError;
+    pending_type = static_cast<std::uint32_t>(type);
+    pending_type_row = row;
+    return noError;
+}
+
+// A neighbour's line in its VLAN interface. An interface that is refused keeps the line back and is no error, on purpose.
+Error static_neighbour_line(const Set& set, const NeighbourKey& row, const Command& line) {
+    if (!is_vlan_interface(row.ifindex)) return genErr;
+    return enter_vlan_interface(set, row.ifindex) == noError ? set.sub(line) : noError;
+}
+
+Error create_neighbour(const Set& set, const NeighbourKey& row, const AddressText& address) {
+    if (row.address.type == kIpv4) return static_neighbour_line(set, row, arp_line(address));
+    // A static IPv6 neighbour is not made here, on purpose.
+    return row.address.type == kIpv6 ? noError : genErr;
+}
+
+// The type that was written last counts, whichever row it was for.
+Error destroy_neighbour(const Set& set, const NeighbourKey& row, const AddressText& address) {
+    const bool is_static = pending_type == kStatic;
+    if (row.address.type == kIpv4) {
+        if (!is_static) return set.executive({"clear ip arp %s", address.text});
+        return static_neighbour_line(set, row, {"no ip arp %s", address.text});
+    }
+    if (row.address.type != kIpv6 || !is_static || !is_vlan_interface(row.ifindex)) return genErr;
+    return set.global({"no ipv6 neighbor %s vlan%d", address.text, row.ifindex - kVlanIfIndexBase});
+}
+
+Error write_ipNetToPhysicalRowStatus(Set& set) {
+    std::int32_t status;
+    NeighbourKey row;
+    AddressText address;
+    TRY(set.integer(status));
+    TRY(set.row(row));
+    TRY(creates_or_destroys(status));
+    if (!set.acting()) return noError;
+    if (status == createAndGo) {
+        if (!is_same(pending_mac_row, row)) return genErr;
+        // The interface of an IPv6 neighbour is the one that was written last for an address, on purpose.
+        if (row.address.type == kIpv6 && !is_vlan_interface(ipAddressTable_ifindex)) return genErr;
+    }
+    if (!to_text(row.address, address)) return genErr;
+    return status == createAndGo ? create_neighbour(set, row, address) : destroy_neighbour(set, row, address);
+}
+
+constexpr Table<NeighbourKey, NeighbourRecord> ipNetToPhysicalTable{
+    .id = IPNETTOPHYSICALTABLE,
+    .accepts = is_interface_row<NeighbourKey>,
+    .command =
+        [](const NeighbourKey& row) {
+            AddressText text;
+            const VrfPart vrf;
+            return Command("show ipnettophysical ifindex %d %d %s%s%s", row.ifindex, row.address.type,
+                           address_word(row.address, text), vrf.word, vrf.name);
+        },
+    .fill =
+        [](const NeighbourKey& row, NeighbourRecord& record) {
+            record.ifindex = row.ifindex;
+            fill_record(row.address, record.address);
+        },
+    .take =
+        [](const NeighbourRecord& record, NeighbourKey& row) {
+            row = {record.ifindex, take_record(record.address)};
+        },
+    .columns =
+        {
+            {1, "ipNetToPhysicalIfIndex", Integer, ReadOnly},
+            {2, "ipNetToPhysicalNetAddressType", Integer, ReadOnly},
+            {3, "ipNetToPhysicalNetAddress", OctetString, ReadOnly},
+            {4, "ipNetToPhysicalPhysAddress", OctetString, ReadWrite, WRITER(write_ipNetToPhysicalPhysAddress)},
+            {5, "ipNetToPhysicalLastUpdated", TimeTicks, ReadOnly, never},
+            {6, "ipNetToPhysicalType", Integer, ReadWrite, WRITER(write_ipNetToPhysicalType)},
+            {7, "ipNetToPhysicalState", Integer, ReadOnly},
+            {8, "ipNetToPhysicalRowStatus", Integer, ReadWrite, WRITER(write_ipNetToPhysicalRowStatus)},
+        },
+};
+
+// --- ip: ipv6ScopeZoneIndexTable and ipDefaultRouterTable, which never answer ----------------------------------------
+
+TABLE(ipv6ScopeZoneIndexTable, IPV6SCOPEZONEINDEXTABLE, 36, 1);
+
+constexpr Table<InterfaceKey> ipv6ScopeZoneIndexTable{
+    .id = IPV6SCOPEZONEINDEXTABLE,
+    .answers = false,
+    .columns =
+        {
+            {1, "ipv6ScopeZoneIndexIfIndex", Integer, ReadOnly},
+            {2, "ipv6ScopeZoneIndexLinkLocal", Unsigned32, ReadOnly},
+            {3, "ipv6ScopeZoneIndex3", Unsigned32, ReadOnly},
+            {4, "ipv6ScopeZoneIndexAdminLocal", Unsigned32, ReadOnly},
+            {5, "ipv6ScopeZoneIndexSiteLocal", Unsigned32, ReadOnly},
+            {6, "ipv6ScopeZoneIndex6", Unsigned32, ReadOnly},
+            {7, "ipv6ScopeZoneIndex7", Unsigned32, ReadOnly},
+            {8, "ipv6ScopeZoneIndexOrganizationLocal", Unsigned32, ReadOnly},
+            {9, "ipv6ScopeZoneIndex9", Unsigned32, ReadOnly},
+            {10, "ipv6ScopeZoneIndexA", Unsigned32, ReadOnly},
+            {11, "ipv6ScopeZoneIndexB", Unsigned32, ReadOnly},
+            {12, "ipv6ScopeZoneIndexC", Unsigned32, ReadOnly},
+            {13, "ipv6ScopeZoneIndexD", Unsigned32, ReadOnly},
+        },
+};
+
+TABLE(ipDefaultRouterTable, IPDEFAULTROUTERTABLE, 37, 1);
+
+struct DefaultRouterKey {
+    InetAddress address;
+    std::uint32_t ifindex;
+    static constexpr Kind index[] = {Kind::address, Kind::integer};
+};
+
+constexpr Table<DefaultRouterKey> ipDefaultRouterTable{
+    .id = IPDEFAULTROUTERTABLE,
+    .answers = false,
+    .columns =
+        {
+            {1, "ipDefaultRouterAddressType", Integer, ReadOnly},
+            {2, "ipDefaultRouterAddress", OctetString, ReadOnly},
+            {3, "ipDefaultRouterIfIndex", Integer, ReadOnly},
+            {4, "ipDefaultRouterLifetime", Unsigned32, ReadOnly},
+            {5, "ipDefaultRouterPreference", Integer, ReadOnly},
+        },
+};
+
+// --- ip: ipv6RouterAdvertTable ---------------------------------------------------------------------------------------
+
+TABLE(ipv6RouterAdvertTable, IPV6ROUTERADVERTTABLE, 39, 1);
+
+enum Parameter {
+    sendAdverts,
+    maxInterval,
+    minInterval,
+    managedFlag,
+    otherConfigFlag,
+    reachableTime,
+    retransmitTime,
+    curHopLimit,
+    defaultLifetime,
+    kParameters
+};
+
+// The line that sets a parameter: a flag's for 1 and for 2, or a number's.
+struct ParameterLine {
+    const char* yes = nullptr;
+    const char* no = nullptr;
+    NumberFormat number{};
+
+    constexpr bool is_flag() const { return yes != nullptr; }
+};
+constexpr ParameterLine kParameterLines[] = {
+    {"no ipv6 nd suppress-ra", "ipv6 nd suppress-ra"},
+    {.number = NumberFormat("ipv6 nd ra-interval %d")},
+    {.number = NumberFormat("ipv6 nd ra-min-interval %d")},
+    {"ipv6 nd managed-config-flag", "no ipv6 nd managed-config-flag"},
+    {"ipv6 nd other-config-flag", "no ipv6 nd other-config-flag"},
+    {.number = NumberFormat("ipv6 nd reachable-time %d")},
+    {.number = NumberFormat("ipv6 nd retrans-timer %d")},
+    {.number = NumberFormat("ipv6 hop-limit %d")},
+    {.number = NumberFormat("ipv6 nd ra-lifetime %d")},
+};
+static_assert(std::size(kParameterLines) == kParameters);
+
+Command parameter_line(Parameter parameter, std::uint32_t value) {
+    const ParameterLine& line = kParameterLines[parameter];
+    if (line.is_flag()) return {"%s", value == 1 ? line.yes : line.no};
+    return {line.number, value};
+}
+
+// The values that were written for rows that do not exist, by parameter: each with its interface alone. A row status
+// takes them. A destroy, of whatever interface, forgets them all.
+struct Pending {
+    std::uint32_t value;
+    std::uint32_t ifindex;
+};
+constinit Pending pending[kParameters]{};
+
+Error write_parameter(const Set& set, Parameter parameter) {
+    const bool is_flag = kParameterLines[parameter].is_flag();
+    std::uint32_t value;
+    InterfaceKey row;
+    TRY(set.type(is_flag ? Integer : Unsigned32));
+    TRY(set.length(sizeof value));
+    TRY(set.row(row));
+    set.copy(&value, sizeof value);
+    if (is_flag && value != 1 && value != 2) return wrongValue;
+    if (!set.acting()) return noError;
+    if (set.current == nullptr) {
+        pending[parameter] = {value, row.ifindex};
+        return noError;
+    }
+    return vlan_interface_line(set, row.ifindex, parameter_line(parameter, value));
+}
+template <Parameter parameter>
+Error write_parameter(Set& set) {
+    return write_parameter(set, parameter);
+}
+
+// Sends the first value that waits for the interface, and no other, on purpose: managers repeat the row status for each.
+// A minimum interval waits for its maximum.
+Error send_pending(const Set& set, std::uint32_t ifindex) {
+    const auto waits = [ifindex](Parameter parameter) { return pending[parameter].ifindex == ifindex; };
+    for (const Parameter parameter : {sendAdverts, maxInterval, managedFlag, otherConfigFlag, reachableTime,
+                                      retransmitTime, curHopLimit, defaultLifetime}) {
+        if (!waits(parameter)) continue;
+        Pending& value = pending[parameter];
+        if (parameter == maxInterval && waits(minInterval)) {
+            Pending& minimum = pending[minInterval];
+            TRY(set.sub({"ipv6 nd ra-interval %d %d", value.value, minimum.value}));
+            minimum = {};
+        } else {
+            TRY(set.sub(parameter_line(parameter, value.value)));
+        }
+        value = {};
+        break;
+    }
+    return noError;
+}
+
+Error write_ipv6RouterAdvertRowStatus(Set& set) {
+    std::int32_t status;
+    InterfaceKey row;
+    TRY(set.integer(status));
+    TRY(set.row(row));
+    TRY(creates_or_destroys(status));
+    if (!set.acting()) return noError;
+    TRY(enter_vlan_interface(set, row.ifindex));
+    if (status == createAndGo) return send_pending(set, row.ifindex);
+    for (Pending& value : pending) value = {};
+    return set.sub("ipv6 nd suppress-ra");
+}
+
+constexpr Table<InterfaceKey> ipv6RouterAdvertTable{
+    .id = IPV6ROUTERADVERTTABLE,
+    .accepts = is_interface_row<InterfaceKey>,
+    .command = "show ipv6rtadv ifindex %d",
+    .columns =
+        {
+            {1, "ipv6RouterAdvertIfIndex", Integer, ReadOnly},
+            {2, "ipv6RouterAdvertSendAdverts", Integer, ReadWrite, SHARED(write_parameter<sendAdverts>)},
+            {3, "ipv6RouterAdvertMaxInterval", Unsigned32, ReadWrite, SHARED(write_parameter<maxInterval>)},
+            {4, "ipv6RouterAdvertMinInterval", Unsigned32, ReadWrite, SHARED(write_parameter<minInterval>)},
+            {5, "ipv6RouterAdvertManagedFlag", Integer, ReadWrite, SHARED(write_parameter<managedFlag>)},
+            {6, "ipv6RouterAdvertOtherConfigFlag", Integer, ReadWrite, SHARED(write_parameter<otherConfigFlag>)},
+            {7, "ipv6RouterAdvertLinkMTU", Unsigned32, ReadWrite, cleared},
+            {8, "ipv6RouterAdvertReachableTime", Unsigned32, ReadWrite, SHARED(write_parameter<reachableTime>)},
+            {9, "ipv6RouterAdvertRetransmitTime", Unsigned32, ReadWrite, SHARED(write_parameter<retransmitTime>)},
+            {10, "ipv6RouterAdvertCurHopLimit", Unsigned32, ReadWrite, SHARED(write_parameter<curHopLimit>)},
+            {11, "ipv6RouterAdvertDefaultLifetime", Unsigned32, ReadWrite, SHARED(write_parameter<defaultLifetime>)},
+            {12, "ipv6RouterAdvertRowStatus", Integer, ReadWrite, WRITER(write_ipv6RouterAdvertRowStatus)},
         },
 };
 
@@ -713,7 +986,9 @@ constexpr Table<MessageKey> icmpMsgStatsTable{
         },
 };
 
-VARIABLES(128, ipGlobals, ipAddrTable, ipNetToMediaTable, ipSystemStatsTable, ipIfStatsTable);
+VARIABLES(197, ipGlobals, ipAddrTable, ipNetToMediaTable, ipv4InterfaceTable, ipv6InterfaceTable, ipSystemStatsTable,
+          ipIfStatsTable, ipAddressPrefixTable, ipAddressTable, ipNetToPhysicalTable, ipv6ScopeZoneIndexTable,
+          ipDefaultRouterTable, ipv6RouterAdvertTable);
 SWITCHMIB_VARIABLES(icmp, 35, icmpGlobals, icmpStatsTable, icmpMsgStatsTable);
 
 SWITCHMIB_EXPORT void MODULE_INIT() {

@@ -2,6 +2,8 @@
 // Integrators get this header as a part of exports.h, which the build makes of it and of the library's symbols.
 #pragma once
 
+#include "host.h"
+
 #include <stddef.h>
 #include <stdint.h>
 
@@ -136,6 +138,16 @@ int ip6_snmp_hop_limit_get(unsigned long* hops);
 int ip6_snmp_forwarding_get(unsigned long* forwards);
 extern char proc_ipv6_hoplimit[256];  // the paths of those files; a host may change them
 extern char proc_ipv6_forwarding[256];
+
+// ---------------------------------------------------------------------------------------------------------------------
+// ip: what was written last for a row of ipAddressTable, and for which row
+
+extern uint32_t ipAddressTable_ifindex;
+extern uint32_t ipAddressTable_type;
+extern uint32_t ipAddressTable_status;
+extern InetAddress key_ifindex;
+extern InetAddress key_type;
+extern InetAddress key_status;
 
 #ifdef __cplusplus
 }  // extern "C"
