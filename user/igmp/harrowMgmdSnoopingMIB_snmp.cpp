@@ -6,12 +6,10 @@
 #define MODULE harrowMgmdSnoopingMIB
 #include "framework/address.h"
 #include "framework/ifindex.h"
-#include "framework/log.h"
 #include "framework/module.h"
 #include "framework/twins.h"
 #include "framework/write.h"
-
-#include <algorithm>
+#include "igmp/multicast.h"
 
 namespace switchmib::MODULE {
 
@@ -43,38 +41,31 @@ struct Mld {
     static constexpr const char* no_limit = "no ipv6 mld snooping limit";
 };
 
-// The OIDs of two tables, MGMDIGMPSNPTABLE_oid and MGMDMLDSNPTABLE_oid; SNPTABLE<P> is one of them.
-#define TWIN_TABLES(Name, NAME, arc)                                 \
-    TABLE(mgmdIgmpSnp##Name, MGMDIGMPSNP##NAME, Igmp::type, arc, 1); \
-    TABLE(mgmdMldSnp##Name, MGMDMLDSNP##NAME, Mld::type, arc, 1);    \
-    template <class P>                                               \
-    constexpr TableId SNP##NAME = P::type == Igmp::type ? MGMDIGMPSNP##NAME : MGMDMLDSNP##NAME
-
 // The result buffer that two tables share. The backend puts numbers into it.
 #define TWIN_RESULT(buffer) RESULT_BUFFER(buffer, 400)
 
 // --- the log ---------------------------------------------------------------------------------------------------------
 
-void log_bad_index(const Read&, const char* table, int) {
+void log_unparsed_index(const Read&, const char* table, int) {
     LOG_ERROR("MGMD$SNPMIB-ERR$ret < 0$%s$%d\n", table, __LINE__);
 }
 
-void trace_command(const Read& read, const char* table, const Command& command) {
+void trace_lower(const Read& read, const char* table, const Command& command) {
     LOG_TRACE("MGMD$SNPMIB$%s %d cmd : %s m:%d\n", table, __LINE__, command.c_str(), read.entry->magic);
 }
 
 // The same with a capital M, in the access groups and statistics.
-void trace_command_upper(const Read& read, const char* table, const Command& command) {
+void trace_upper(const Read& read, const char* table, const Command& command) {
     LOG_TRACE("MGMD$SNPMIB$%s %d cmd : %s M:%d\n", table, __LINE__, command.c_str(), read.entry->magic);
 }
 
-void trace_line(const Set& set, const Command& text, int line = __builtin_LINE()) {
-    LOG_TRACE("MGMD$SNPMIB$ %s$%s$%d\n", text.c_str(), set.caller, line);
+void trace_line(const Set& set, const char* text, int line = __builtin_LINE()) {
+    LOG_TRACE("MGMD$SNPMIB$ %s$%s$%d\n", text, set.caller, line);
 }
 
 // The same without the blank, in the limits and access groups.
-void trace_port_line(const Set& set, const Command& text, int line = __builtin_LINE()) {
-    LOG_TRACE("MGMD$SNPMIB$%s$%s$%d\n", text.c_str(), set.caller, line);
+void trace_port_line(const Set& set, const char* text, int line = __builtin_LINE()) {
+    LOG_TRACE("MGMD$SNPMIB$%s$%s$%d\n", text, set.caller, line);
 }
 
 // --- scalars ---------------------------------------------------------------------------------------------------------
@@ -93,7 +84,7 @@ constexpr Scalars harrowMgmdSnoopingMIBGlobals{
 
 // --- VLANs: mgmdIgmpSnpTable, mgmdMldSnpTable ------------------------------------------------------------------------
 
-TWIN_TABLES(Table, TABLE, 2);
+TWIN_TABLES(SnpTable, SNPTABLE, 2);
 TWIN_RESULT(RETVALUE_mgmdSnpTable);
 
 struct SnoopedVlanKey {
@@ -119,10 +110,7 @@ Error write_switch(const Set& set, const char* feature) {
     trace_line(set, interface);
     TRY(set.range(state, kOn, kOff));
     if (!set.acting()) return noError;
-    TRY(set.global(interface));
-    const Command line("%s%s%s", state == kOn ? "" : "no ", P::config, feature);
-    trace_line(set, line);
-    return set.sub(line);
+    return send_in_mode(set, interface, {"%s%s%s", state == kOn ? "" : "no ", P::config, feature}, trace_line);
 }
 
 template <class P, const auto& feature>
@@ -170,7 +158,7 @@ constexpr Table<SnoopedVlanKey> snp_table{
         [](const Read&, const char* table, const Command& command) {
             LOG_TRACE("MGMD$SNPMIB$%s %d cmd : %s \n", table, __LINE__, command.c_str());
         },
-    .bad_index = log_bad_index,
+    .bad_index = log_unparsed_index,
     .result = RETVALUE_mgmdSnpTable,
     .columns =
         {
@@ -186,7 +174,7 @@ constexpr Table<SnoopedVlanKey> snp_table{
 
 // --- groups: mgmdIgmpSnpGroupTable, mgmdMldSnpGroupTable -------------------------------------------------------------
 
-TWIN_TABLES(GroupTable, GROUPTABLE, 3);
+TWIN_TABLES(SnpGroupTable, SNPGROUPTABLE, 3);
 TWIN_RESULT(RETVALUE_mgmdSnpGroupTable);
 
 struct GroupKey {
@@ -206,12 +194,13 @@ Error write_static(const Set& set, std::int32_t status, std::uint32_t port_ifind
     const Command interface = enter_line(vlan_ifindex);
     TRY(set.row_status(status));
     if (!set.acting() || (status != createAndGo && status != destroy)) return noError;
-    LOG_TRACE("MGMD$SNPMIB$%s:%d cmd:%s\n", set.caller, __LINE__, interface.c_str());
-    TRY(set.global(interface));
+    const auto trace = [](const Set& its_set, const char* text, int line) {
+        LOG_TRACE("MGMD$SNPMIB$%s:%d cmd:%s\n", its_set.caller, line, text);
+    };
+    trace(set, interface, __LINE__);
     const Command line("%s%s static-group %s interface %s", status == destroy ? "no " : "", P::config, group.c_str(),
                        port.text);
-    LOG_TRACE("MGMD$SNPMIB$%s:%d cmd:%s\n", set.caller, __LINE__, line.c_str());
-    return set.sub(line);
+    return send_in_mode(set, interface, line, trace);
 }
 
 template <class P>
@@ -240,8 +229,8 @@ constexpr Table<GroupKey> group_table{
             return Command("show debugging %s snooping snmp group %d %d %d %s", P::show, row.idx, row.v_idx, P::type,
                            group);
         },
-    .formed = trace_command,
-    .bad_index = log_bad_index,
+    .formed = trace_lower,
+    .bad_index = log_unparsed_index,
     .result = RETVALUE_mgmdSnpGroupTable,
     .columns =
         {
@@ -261,7 +250,7 @@ constexpr Table<GroupKey> group_table{
 
 // --- sources of groups: mgmdIgmpSnpGroupSrcTable, mgmdMldSnpGroupSrcTable --------------------------------------------
 
-TWIN_TABLES(GroupSrcTable, GROUPSRCTABLE, 4);
+TWIN_TABLES(SnpGroupSrcTable, SNPGROUPSRCTABLE, 4);
 TWIN_RESULT(RETVALUE_mgmdSnpGroupSrcTable);
 
 struct SourceKey {
@@ -302,8 +291,8 @@ constexpr Table<SourceKey> source_table{
             return Command("show debugging %s snp snmp source %d %d %d %s %s", P::show, row.idx, row.v_idx, P::type,
                            group, source);
         },
-    .formed = trace_command,
-    .bad_index = log_bad_index,
+    .formed = trace_lower,
+    .bad_index = log_unparsed_index,
     .result = RETVALUE_mgmdSnpGroupSrcTable,
     .columns =
         {
@@ -317,7 +306,7 @@ constexpr Table<SourceKey> source_table{
 
 // --- router ports: mgmdIgmpSnpMrouterTable, mgmdMldSnpMrouterTable ---------------------------------------------------
 
-TWIN_TABLES(MrouterTable, MROUTERTABLE, 5);
+TWIN_TABLES(SnpMrouterTable, SNPMROUTERTABLE, 5);
 TWIN_RESULT(RETVALUE_mgmdSnpMrouterTable);
 
 struct RouterKey {
@@ -343,10 +332,9 @@ Error write_router_ports(Set& set) {
     TRY(set.global(interface));
     Text<16> numbers[kWords];
     for (int i = 0; i < kWords; ++i) {
-        std::uint32_t word = 0;
-        for (int octet = 0; octet < 4; ++octet) word |= std::uint32_t{octets[4 * i + octet]} << 8 * octet;
-        if (word != 0) LOG_TRACE("portlist.p[%d]:%x\n", i, word);
-        numbers[i] = {" %d", static_cast<std::int32_t>(word)};
+        const std::int32_t word = port_word(octets + 4 * i);
+        if (word != 0) LOG_TRACE("portlist.p[%d]:%x\n", i, static_cast<std::uint32_t>(word));
+        numbers[i] = {" %d", word};
         LOG_TRACE("MGMD$SNPMIB$ %s$%s$%d\n", numbers[i].c_str(), set.caller, __LINE__);
     }
     // Two blanks after the ifIndex.
@@ -368,7 +356,7 @@ constexpr Table<RouterKey> router_table{
         },
     .formed = [](const Read&, const char* table,
                  const Command& command) { LOG_TRACE("MGMD$SNPMIB$cmd:%s$%s$%d\n", command.c_str(), table, __LINE__); },
-    .bad_index = log_bad_index,
+    .bad_index = log_unparsed_index,
     .result = RETVALUE_mgmdSnpMrouterTable,
     .columns =
         {
@@ -402,12 +390,11 @@ Command port_command(PortKey& row, const char* table, const char* words) {
 
 // --- limits: mgmdIgmpSnpFilterTable, mgmdMldSnpFilterTable -----------------------------------------------------------
 
-TWIN_TABLES(FilterTable, FILTERTABLE, 6);
+TWIN_TABLES(SnpFilterTable, SNPFILTERTABLE, 6);
 TWIN_RESULT(RETVALUE_mgmdSnpFilterTable);
 
 template <class P>
 Error write_limit(Set& set) {
-    constexpr std::uint32_t kMost = 2048;
     std::uint32_t limit;  // 0 removes it
     PortKey row;
     InterfaceName port;
@@ -417,18 +404,16 @@ Error write_limit(Set& set) {
     TRY(set.row(row));  // not logged
     TRY(set.unsigned32(limit));
     LOG_TRACE("MGMD$SNPMIB$%d type:%d$%s$%d\n", row.ifindex, row.type, set.caller, __LINE__);
-    TRY_LOGGED(limit <= kMost ? noError : wrongValue, "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGVALUE");
+    TRY_LOGGED(limit <= kMostGroups ? noError : wrongValue, "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGVALUE");
     static_cast<void>(Set::interface_name(row.ifindex, port));
     TRY_LOGGED(row.vid() != 0 ? noError : wrongValue, "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGVALUE");
     LOG_TRACE("MGMD$SNPMIB$%s v:%d %d$%s$%d\n", port.text, row.vid(), limit, set.caller, __LINE__);
     const Command interface("interface %s", port.text);
     trace_port_line(set, interface);
     if (!set.acting()) return noError;
-    TRY_LOGGED(set.global(interface), "MGMD$SNPMIB-ERR$SNMP_ERR_GENERR");
     const Command line = limit != 0 ? Command("%s limit %d vlan %d", P::config, limit, row.vid())
                                     : Command("%s vlan %d", P::no_limit, row.vid());
-    trace_port_line(set, line);
-    TRY_LOGGED(set.sub(line), "MGMD$SNPMIB-ERR$SNMP_ERR_GENERR");
+    TRY_LOGGED(send_in_mode(set, interface, line, trace_port_line), "MGMD$SNPMIB-ERR$SNMP_ERR_GENERR");
     return noError;
 }
 
@@ -440,8 +425,8 @@ constexpr Table<PortKey> filter_table{
             constexpr const char* kTable = SNPFILTERTABLE<P>.name;
             return port_command<P>(row, kTable, "filter");
         },
-    .formed = trace_command,
-    .bad_index = log_bad_index,
+    .formed = trace_lower,
+    .bad_index = log_unparsed_index,
     .result = RETVALUE_mgmdSnpFilterTable,
     .columns =
         {
@@ -454,25 +439,17 @@ constexpr Table<PortKey> filter_table{
 
 // --- access groups: mgmdIgmpSnpAccGrpTable, mgmdMldSnpAccGrpTable ----------------------------------------------------
 
-TWIN_TABLES(AccGrpTable, ACCGRPTABLE, 7);
+TWIN_TABLES(SnpAccGrpTable, SNPACCGRPTABLE, 7);
 TWIN_RESULT(RETVALUE_mgmdSnpAccGrpTable);
 
-// The name that was written last, and its row, for the status of the same row: one for both protocols, never cleared.
-struct AccessGroup {
-    PortKey row;
-    char name[32 + 1];
-};
-AccessGroup access_group;
+AccessGroup<PortKey> access_group;
 
-template <class P>
 Error write_access_group(Set& set) {
     PortKey row;
     TRY_LOGGED(set.type(OctetString), "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGTYPE");
     TRY(set.row(row));
-    AccessGroup given{row, {}};
-    TRY(set.text(given.name));  // a longer one is cut
+    TRY(access_group.keep(set, row));
     if (!set.acting()) return noError;
-    access_group = given;
     LOG_TRACE("MGMD$SNPMIB$%s %d v:%d$%s$%d\n", access_group.name, row.ifindex, row.vlan_ifindex, set.caller, __LINE__);
     return noError;
 }
@@ -487,16 +464,13 @@ Error write_access_group_status(Set& set) {
     TRY(set.row(row));
     TRY(set.integer(status));
     TRY(set.row_status(status));
-    if (!set.acting() || (status != createAndGo && status != destroy)) return noError;
-    if (!(access_group.row == row)) return noError;
+    if (!access_group.applies(set, status, row)) return noError;
     const Command interface = enter_line(row.ifindex);
     TRY_LOGGED(row.vid() != 0 ? noError : wrongValue, "MGMD$SNPMIB-ERR$SNMP_ERR_WRONGVALUE");
     if (status == createAndGo) trace_port_line(set, interface);
-    TRY_LOGGED(set.global(interface), "MGMD$SNPMIB-ERR$SNMP_ERR_GENERR");
     const Command line("%s%s access-group %s vlan %d", status == destroy ? "no " : "", P::config, access_group.name,
                        row.vid());
-    trace_port_line(set, line);
-    TRY_LOGGED(set.sub(line), "MGMD$SNPMIB-ERR$SNMP_ERR_GENERR");
+    TRY_LOGGED(send_in_mode(set, interface, line, trace_port_line), "MGMD$SNPMIB-ERR$SNMP_ERR_GENERR");
     return noError;
 }
 
@@ -508,22 +482,22 @@ constexpr Table<PortKey> access_group_table{
             constexpr const char* kTable = SNPACCGRPTABLE<P>.name;
             return port_command<P>(row, kTable, "access-group");
         },
-    .formed = trace_command_upper,
-    .bad_index = log_bad_index,
+    .formed = trace_upper,
+    .bad_index = log_unparsed_index,
     .result = RETVALUE_mgmdSnpAccGrpTable,
     .columns =
         {
             {1, name_of<P, "AccGrpIfIndex">, Integer, ReadOnly, never},
             {2, name_of<P, "AccGrpVlanIfIndex">, Integer, ReadOnly, never},
             {3, name_of<P, "AccGrpType">, Integer, ReadOnly, never},
-            {4, name_of<P, "AccessGroup">, OctetString, ReadWrite, SHARED(write_access_group<P>)},
+            {4, name_of<P, "AccessGroup">, OctetString, ReadWrite, SHARED(write_access_group)},
             {5, name_of<P, "AccGrpStatus">, Integer, ReadWrite, SHARED(write_access_group_status<P>)},
         },
 };
 
 // --- hosts: mgmdIgmpSnpHostTable, mgmdMldSnpHostTable ----------------------------------------------------------------
 
-TWIN_TABLES(HostTable, HOSTTABLE, 8);
+TWIN_TABLES(SnpHostTable, SNPHOSTTABLE, 8);
 TWIN_RESULT(RETVALUE_mgmdSnpHostTable);
 
 struct HostKey {
@@ -552,7 +526,7 @@ constexpr Table<HostKey> host_table{
                            row.ifindex, host);
         },
     // Logged with its result, unlike in the other tables.
-    .formed = trace_command,
+    .formed = trace_lower,
     .bad_index = [](const Read&, const char* table,
                     int result) { LOG_ERROR("MGMD$SNPMIB-ERR$ret:%d$%s$%d\n", result, table, __LINE__); },
     .result = RETVALUE_mgmdSnpHostTable,
@@ -568,7 +542,7 @@ constexpr Table<HostKey> host_table{
 
 // --- statistics: mgmdIgmpSnpStatisticTable, mgmdMldSnpStatisticTable -------------------------------------------------
 
-TWIN_TABLES(StatisticTable, STATISTICTABLE, 9);
+TWIN_TABLES(SnpStatisticTable, SNPSTATISTICTABLE, 9);
 TWIN_RESULT(RETVALUE_mgmdSnpStatisticsTable);
 
 template <class P>
@@ -579,8 +553,8 @@ constexpr Table<PortKey> statistic_table{
             constexpr const char* kTable = SNPSTATISTICTABLE<P>.name;
             return port_command<P>(row, kTable, "statistics");
         },
-    .formed = trace_command_upper,
-    .bad_index = log_bad_index,
+    .formed = trace_upper,
+    .bad_index = log_unparsed_index,
     .result = RETVALUE_mgmdSnpStatisticsTable,
     .columns =
         {
@@ -600,7 +574,7 @@ constexpr Table<PortKey> statistic_table{
 
 // --- statistics of groups: mgmdIgmpSnpStatisticGroupTable, mgmdMldSnpStatisticGroupTable -----------------------------
 
-TWIN_TABLES(StatisticGroupTable, STATISTICGROUPTABLE, 10);
+TWIN_TABLES(SnpStatisticGroupTable, SNPSTATISTICGROUPTABLE, 10);
 TWIN_RESULT(RETVALUE_mgmdSnpStatisticsGroupTable);
 
 struct StatisticGroupKey {
@@ -623,8 +597,8 @@ constexpr Table<StatisticGroupKey> statistic_group_table{
             return Command("show debugging %s snooping snmp statistics group %d %d %s", P::show, row.vlan, P::type,
                            group);
         },
-    .formed = trace_command,
-    .bad_index = log_bad_index,
+    .formed = trace_lower,
+    .bad_index = log_unparsed_index,
     .result = RETVALUE_mgmdSnpStatisticsGroupTable,
     .columns =
         {
