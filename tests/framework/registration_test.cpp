@@ -85,7 +85,7 @@ public:
         return shown.empty() ? "" : shown.front().command();
     }
     bool hands_out_writer(const std::string& object) {
-        return std::ranges::any_of(std::vector<Oid>{{}, {0}, {1}, {5121}}, [&](const Oid& index) {
+        return std::ranges::any_of(std::vector<Oid>{{}, {0}, {1}, {5121}, {1, 1}}, [&](const Oid& index) {
             WriteMethod* writer = get(object, index).writer;
             return writer != kUntouched && writer != nullptr;
         });
