@@ -1,0 +1,125 @@
+#!/usr/bin/python3
+"""Holds the texts of the private modules against the built library: the same objects with the same OIDs, types, access
+and indexes."""
+
+import collections
+import sys
+
+sys.dont_write_bytecode = True  # nothing is left in the source tree
+
+from mib_exceptions import ACCESSIBLE_INDEX, NEVER_ANSWER, NEVER_WRITABLE, NOT_ACCESSIBLE
+from mib_texts import Failure, Texts, main, mibhost, modules
+
+# What the library registers for each base type.
+TYPES = {"Enumeration": "INTEGER", "Integer32": "INTEGER", "OctetString": "STRING", "Unsigned32": "Gauge32",
+         "TimeTicks": "Timeticks", "IpAddress": "IpAddress"}
+
+ADDRESS = ["InetAddressType", "InetAddress"]
+# The fields that each kind of index has in a text.
+KINDS = {2: ["number"], 6: ["MacAddress"], 7: ADDRESS + ["number"], 10: ADDRESS, 13: ADDRESS * 2,
+         14: ["counted string"]}
+
+
+def field(syntax):
+    """How an index object stands in KINDS."""
+    for name in ("MacAddress", *ADDRESS):
+        if name in syntax.types:
+            return name
+    if syntax.base != "OctetString":
+        return "number"
+    sizes = {size for sizes in syntax.ranges for size in sizes}
+    return "counted string" if len(sizes) != 1 else "fixed string"
+
+
+def check_names(texts):
+    """Every name is there once in all modules: managers use names without their module."""
+    yield from (f"{name} is there twice" for name in texts.repeated)
+    count = collections.Counter(name.lower() for name in texts.nodes)
+    yield from (f"{name} differs from another name in case only" for name, n in count.items() if n > 1)
+
+
+def check_object(node, registered, texts):
+    """One object of a text and the library's."""
+    name = node.name
+    if node.oid != registered["oid"]:
+        yield f"{name}: OID {node.oid} in the text, {registered['oid']} in the library"
+    if TYPES.get(node.syntax.base) != registered["type"]:
+        yield f"{name}: {node.syntax.base} in the text, {registered['type']} in the library"
+    if node.kind != ("column" if "table" in registered else "scalar"):
+        yield f"{name}: a {node.kind} in the text alone"
+    if name in NOT_ACCESSIBLE:
+        expected = "noaccess"
+    else:
+        expected = {"read-only": "readonly", "read-write": "readwrite"}[registered["access"]]
+    if node.access != expected:
+        yield f"{name}: {node.access} in the text, {expected} in the library"
+    if (registered["access"] == "read-write" and not registered["writable"]) != (name in NEVER_WRITABLE):
+        yield f"{name}: wrongly listed as having a write method, or as having none"
+    if node.kind == "column":
+        row = texts.row(node)
+        if row.name.removesuffix("Entry") + "Table" != registered["table"]:
+            yield f"{name}: in {row.name} in the text, in {registered['table']} in the library"
+
+
+def check_index(table, kinds, texts):
+    """The index of a table: objects that a manager can follow, of the kinds that the library has."""
+    row = texts.nodes[table.removesuffix("Table") + "Entry"]
+    if row.implied:
+        yield f"{row.name}: its index is IMPLIED"
+    fields = []
+    for name in row.index:
+        node = texts.objects.get(name)
+        if node is None:
+            yield f"{row.name}: {name} in its index is no object of these modules"
+            return
+        fields.append(field(node.syntax))
+    expected = [name for kind in kinds for name in KINDS[kind]]
+    if fields != expected:
+        yield f"{row.name}: index {fields} in the text, {expected} in the library"
+
+
+def check_access(texts, program, library):
+    """Index objects are not-accessible where they answer nothing, and nowhere else."""
+    indexes = {name for node in texts.nodes.values() for name in node.index}
+    hidden = {name for name, node in texts.objects.items() if node.access == "noaccess"}
+    for listed, found, what in (
+            (set(NOT_ACCESSIBLE), hidden, "not-accessible"),
+            (set(ACCESSIBLE_INDEX), indexes - hidden, "an index object that is accessible")):
+        yield from (f"{name} is {what}, and not listed" for name in found - listed)
+        yield from (f"{name} is listed, but not {what}" for name in listed - found)
+    # Whatever is asked for, such an object asks the switch nothing and answers nothing.
+    for name in sorted(hidden | set(NEVER_ANSWER)):
+        if any(event["event"] == "show" for event in mibhost(program, library, "explain", "get", name)):
+            yield f"{name} asks the switch"
+    walked = {line["name"] for line in mibhost(program, library, "walk", "1.3.6.1.4.1")}
+    yield from (f"{name} answers" for name in walked & (hidden | set(NEVER_ANSWER)))
+    readable = {name for name, node in texts.objects.items() if node.access != "noaccess"} - set(NEVER_ANSWER)
+    yield from (f"{name} answers nothing in a walk" for name in readable - walked)
+
+
+def run(root_directory, program, library):
+    texts = Texts(root_directory)
+    by_module = collections.defaultdict(list)
+    for line in mibhost(program, library, "list"):
+        by_module[line["module"]].append(line)
+    wrong = list(check_names(texts))
+    for module in modules():
+        oid, identity = texts.identity(module)
+        registered = {line["name"]: line for line in by_module.get(identity, [])}
+        written = {name for name, node in texts.objects.items() if node.module == module}
+        wrong += [f"{module}: the library has no {name}" for name in sorted(written - set(registered))]
+        wrong += [f"{module}: the text has no {name}" for name in sorted(set(registered) - written)]
+        for name in sorted(written & set(registered)):
+            if not registered[name]["oid"].startswith(oid + "."):
+                wrong.append(f"{name} is not below {identity}")
+            wrong += check_object(texts.objects[name], registered[name], texts)
+        tables = {line["table"]: line["kinds"] for line in registered.values() if "table" in line}
+        for table, kinds in tables.items():
+            wrong += check_index(table, kinds, texts)
+    wrong += check_access(texts, program, library)
+    if wrong:
+        raise Failure("\n".join(wrong))
+    print(f"{len(modules())} modules, {len(texts.objects)} objects: the texts have what the library has")
+
+
+main(run, "ROOT_DIRECTORY", "MIBHOST", "LIBRARY")

@@ -1,0 +1,117 @@
+#!/usr/bin/python3
+"""Tries every writable object of the texts at the ends of its ranges, at each named number and just beyond, through the
+library: it accepts what a text allows and refuses the rest."""
+
+import sys
+
+sys.dont_write_bytecode = True  # nothing is left in the source tree
+
+from mib_exceptions import ALWAYS_REFUSED, CHECKED_BY_THE_SWITCH, CUT, NEVER_WRITABLE, ONLY_READ
+from mib_texts import Failure, Texts, main, mibhost
+
+OF_NUMBERS = {"Enumeration": (-2**31, 2**31 - 1), "Integer32": (-2**31, 2**31 - 1), "Unsigned32": (0, 2**32 - 1)}
+ENDLESS = 600  # octets that a text without a largest size has to admit
+
+# What the switch says when the library asks what a port is: a value has to be accepted in one of these cases.
+PORTS = [
+    "_get_port_info.1=0 _get_port_info.2=1",          # one copper connector
+    "_get_port_info.1=2 _get_port_info.2=1",          # a combo port on copper
+    "_get_port_info.1=2 _get_port_info.2=2",          # a combo port on fiber
+    "_get_port_info.1=268435456 _get_port_info.2=2",  # one that can be broken out
+]
+
+# What a row status applies, to be set before it in the same request.
+BEFORE = {"nVlanSubnetVlanRowStatus": "nVlanSubnetVlanId=10"}
+
+
+def sub_ids(node, multicast):
+    """Sub-identifiers for an index object. Interfaces are port 1 and the one of VLAN 10."""
+    syntax = node.syntax
+    if "MacAddress" in syntax.types:
+        return [2, 0x50, 0, 0, 0, 1]
+    if "InetAddressType" in syntax.types:
+        return [2 if "Mld" in node.name else 1]
+    if "InetAddress" in syntax.types:
+        if "Mld" in node.name:
+            return [16, 0xff, 0x3e] + [0] * 13 + [1]
+        return [4, 239, 1, 0, 1] if multicast else [4, 10, 0, 10, 0]
+    if "InterfaceIndex" in syntax.types:
+        return [1034 if "Vlan" in node.name else 5121]
+    if syntax.base == "OctetString":
+        return [2, 8, 0]
+    if syntax.names:
+        return [2 if "Mld" in node.name else 1]
+    return [10]
+
+
+def index_of(node, texts):
+    if node.kind == "scalar":
+        return ".0"
+    multicast = node.name.startswith("mgmd")
+    ids = [i for name in texts.row(node).index for i in sub_ids(texts.objects[name], multicast)]
+    return "".join(f".{i}" for i in ids)
+
+
+def as_argument(syntax, value):
+    """A number, or a text of so many octets, as a word of a set."""
+    if syntax.base == "OctetString":
+        return "text:" + "1" * value if "DisplayString" in syntax.types else "hex:" + "00" * value
+    return str(value)
+
+
+def candidates(syntax):
+    """Numbers or sizes in and just out of what the syntax admits."""
+    low, high = OF_NUMBERS.get(syntax.base, (0, 65535))
+    if syntax.names:
+        numbers = syntax.names.values()
+        inside, around = set(numbers), set(range(min(numbers) - 1, max(numbers) + 2))
+    else:
+        ends = {end for ends in syntax.ranges or [(low, min(high, ENDLESS) if syntax.base == "OctetString" else high)]
+                for end in ends}
+        inside, around = ends, {near for end in ends for near in (end - 1, end + 1)}
+    return sorted(inside), sorted(n for n in around if low <= n <= high and not syntax.admits(n))
+
+
+def run(root_directory, program, library):
+    texts = Texts(root_directory)
+    wrong = []
+    tried = 0
+
+    def answers(node, value):
+        """The errors of a SET, one for each case of PORTS that matters."""
+        nonlocal tried
+        index = index_of(node, texts)
+        varbinds = [f"{node.name}{index}={as_argument(node.syntax, value)}"]
+        if node.name in BEFORE:
+            varbinds.insert(0, BEFORE[node.name].replace("=", index + "="))
+        for ports in PORTS if node.name.startswith("swPort") else [""]:
+            tried += 1
+            events = mibhost(program, library, "explain", "set", *varbinds, "config=ok", *ports.split())
+            answer = next(event for event in events if event["event"] == "answer" and "error" in event)
+            yield answer["error"]
+
+    for name, node in sorted(texts.objects.items()):
+        if node.access != "readwrite" or name in NEVER_WRITABLE:
+            continue
+        inside, outside = candidates(node.syntax)
+        for value in inside:
+            errors = set(answers(node, value))
+            if name in ALWAYS_REFUSED:
+                expected = errors == {ALWAYS_REFUSED[name]}
+            elif value in ONLY_READ.get(name, ()):
+                expected = "noError" not in errors
+            else:
+                expected = "noError" in errors
+            if not expected:
+                wrong.append(f"{name}: {value} is in the text, and answered with {', '.join(sorted(errors))}")
+        unchecked = name in CHECKED_BY_THE_SWITCH or (name in CUT and node.syntax.base == "OctetString")
+        for value in outside:
+            errors = set(answers(node, value))
+            if ("noError" in errors) != unchecked:
+                wrong.append(f"{name}: {value} is not in the text, and answered with {', '.join(sorted(errors))}")
+    if wrong:
+        raise Failure("\n".join(wrong))
+    print(f"{tried} SETs: the library accepts and refuses what the texts say")
+
+
+main(run, "ROOT_DIRECTORY", "MIBHOST", "LIBRARY")
