@@ -33,7 +33,9 @@ protected:
             const Entry entry{get("dot1qTpFdbPort", row).number(), row[0]};
             EXPECT_TRUE(database.emplace(Index(row.begin() + 1, row.end()), entry).second);
             counts[row[0]] += entry.port != 0;  // the switch's own address was not learned
+            EXPECT_EQ(get("ieee8021QBridgeTpFdbPort", join({{1}, row})), entry.port);
         }
+        EXPECT_EQ(rows("ieee8021QBridgeTpFdbStatus").size(), database.size());
         const std::vector<Index> by_address = rows("dot1dTpFdbAddress");
         EXPECT_EQ(by_address.size(), database.size());
         for (const Index& mac : by_address) {
@@ -41,7 +43,9 @@ protected:
             EXPECT_TRUE(database.contains(mac) && get("dot1dTpFdbPort", mac) == database[mac].port);
         }
         for (const Index& vlan : rows("dot1qFdbDynamicCount"))
-            EXPECT_EQ(get("dot1qFdbDynamicCount", vlan), counts[vlan[0]]);
+            for (const auto& [object, row] :
+                 {std::pair("dot1qFdbDynamicCount", vlan), {"ieee8021QBridgeFdbDynamicCount", join({{1}, vlan})}})
+                EXPECT_EQ(get(object, row), counts[vlan[0]]) << object;
         EXPECT_TRUE(log_.empty()) << log_.front();
         return database;
     }
@@ -53,6 +57,8 @@ protected:
                       std::initializer_list<std::uint32_t> learned) {
         EXPECT_EQ(get("dot1qTpGroupEgressPorts", group), ports(egress));
         EXPECT_EQ(get("dot1qTpGroupLearnt", group), ports(learned));
+        EXPECT_EQ(get("ieee8021QBridgeTpGroupEgressPorts", join({{1}, group})), ports(egress));
+        EXPECT_EQ(get("ieee8021QBridgeTpGroupLearnt", join({{1}, group})), ports(learned));
     }
 };
 
@@ -88,12 +94,51 @@ TEST_F(Forwarded, FollowsPortsAndVlans) {
     for (const auto& [mac, entry] : all()) EXPECT_NE(entry.vid, 10u);
 }
 
+TEST_F(Forwarded, PhonesAreStationsWithAKnownOui) {
+    const Index oui{2, 0x48, 0, 0, 0, 0, 255, 255, 255, 255, 0, 0}, other{2, 0x48, 0, 0, 10, 0, 255, 255, 0, 0, 255, 0};
+    EXPECT_EQ(rows("dVoiceVlanDeviceMac").size(), 3u);  // port 12 has no cable
+    for (const Index& row : rows("dVoiceVlanDeviceMac")) {
+        const Index mac(row.begin() + 1, row.end());
+        EXPECT_EQ(get("dVoiceVlanDeviceMac", row), std::string(mac.begin(), mac.end()));
+        EXPECT_EQ(get("dot1dTpFdbPort", mac), row[0] - 5120);
+        EXPECT_EQ(get("dVoiceVlanLldpMedDeviceColumn4", {row[0]}), get("dVoiceVlanDeviceMac", row));
+    }
+    EXPECT_EQ(get("dVoiceVlanStatusText2"), "3 phones");
+    // A port that looks for phones finds what its stations' addresses say.
+    expect({{"dVoiceVlanIfEnabled", {5129}, 2}, {"dVoiceVlanIfEnabled", {5125}, 1}});
+    EXPECT_EQ(rows("dVoiceVlanDeviceMac").front()[0], 5125u);
+    EXPECT_EQ(set({{"dVoiceVlanOuiDes", other, "office phones"}, {"dVoiceVlanOuiRowStatus", other, 4}}), 0);
+    EXPECT_GT(rows("dVoiceVlanDeviceMac").size(), 3u);
+    EXPECT_EQ(get("dVoiceVlanOuiDes", other), "office phones");
+    expect({{"dVoiceVlanOuiDes", oui, "phones at desks"}});
+    EXPECT_EQ(get("dVoiceVlanDeviceColumn3", {5130, 2, 0x48, 0, 0, 20, 10}), "phones at desks");
+    EXPECT_EQ(set({{"dVoiceVlanOuiRowStatus", oui, 6}, {"dVoiceVlanOuiRowStatus", other, 6}}), 0);
+    EXPECT_TRUE(rows("dVoiceVlanDeviceMac").empty());
+    expect({
+        {"dVoiceVlanIfMode", {5121}, 2},
+        {"dVoiceVlanIfMode", {5121}, 3},
+        {"dVoiceVlanIfMode", {5121}, 1},
+        {"dVoiceVlanQos", {0}, 7},
+        {"dVoiceVlanQos", {0}, 8, "'8' does not fit"},
+        {"dVoiceVlanAgingTime", {0}, 30},
+        {"dVoiceVlanVlanId", {0}, 0},
+        {"dVoiceVlanVlanId", {0}, 30},
+        {"dVoiceVlanVlanId", {0}, 99, "no such VLAN"},
+        {"dVoiceVlanIfMode", {1034}, 1, "no switch port"},
+    });
+    EXPECT_EQ(set({{"dot1qVlanStaticRowStatus", {30}, 6}}), 0);
+    EXPECT_EQ(get("dVoiceVlanVlanId"), 0);
+    EXPECT_EQ(get("dVoiceVlanStatusText1"), "disabled");
+    EXPECT_FALSE(configure(5, "no voice vlan mac-address 02-48-00-00-00-00 ff-ff-ff-ff-00-00"));
+}
+
 TEST_F(Forwarded, AgingTimeDecidesHowLongSilentStationsStay) {
     const std::size_t usual = all().size();
     expect({{"dot1dTpAgingTime", {0}, 10}});
     const std::size_t few = all().size();
     EXPECT_LT(few, usual);
-    expect({{"dot1dTpAgingTime", {0}, 0}});
+    expect({{"ieee8021QBridgeFdbAgingTime", {1, 10}, 0}});  // of all VLANs
+    EXPECT_EQ(get("dot1dTpAgingTime"), 0);
     EXPECT_EQ(all().size(), few);  // what has aged has to be learned again
     now_ += seconds(1200);
     EXPECT_GT(all().size(), usual);
@@ -112,6 +157,17 @@ TEST_F(Forwarded, GroupsAreThoseOfSnoopingAndTheStaticOnes) {
     EXPECT_EQ(get("dot1qStaticMulticastStatus", fixed), kNone);
     expect_group(kLearned, {5, 13}, {5, 13});
 
+    const Index ieee{1, 20, 1, 0, 94, 1, 0, 9, 0}, same{20, 1, 0, 94, 1, 0, 9, 0};
+    EXPECT_EQ(set({{"ieee8021QBridgeStaticMulticastStaticEgressPorts", ieee, ports({9, 13})},
+                   {"ieee8021QBridgeStaticMulticastRowStatus", ieee, 4}}),
+              0);
+    EXPECT_EQ(get("dot1qStaticMulticastStaticEgressPorts", same), ports({9, 13}));
+    expect({{"ieee8021QBridgeStaticMulticastStaticEgressPorts", ieee, ports({13, 25})}});
+    EXPECT_EQ(get("dot1qStaticMulticastStaticEgressPorts", same), ports({13, 25}));
+    EXPECT_EQ(get("ieee8021QBridgeStaticMulticastRowStatus", ieee), 1);
+    EXPECT_EQ(set({{"ieee8021QBridgeStaticMulticastRowStatus", ieee, 6}}), 0);
+    EXPECT_EQ(get("dot1qStaticMulticastStatus", same), kNone);
+
     const Index member{5125, 1034, 1, 4, 239, 1, 0, 99}, group{10, 1, 0, 94, 1, 0, 99};
     EXPECT_EQ(set({{"mgmdIgmpSnpGroupStatus", member, 4}}), 0);
     expect_group(group, {5}, {5});
@@ -127,7 +183,7 @@ TEST_F(Forwarded, GroupsAreThoseOfSnoopingAndTheStaticOnes) {
         EXPECT_FALSE(configure(5, refused)) << refused;
 }
 
-TEST_F(Forwarded, KeepsPrioritiesAndTimers) {
+TEST_F(Forwarded, KeepsPrioritiesTimersAndFilteringModes) {
     expect({
         {"dot1dPortDefaultUserPriority", {5123}, 7},
         {"ieee8021BridgePortMrpJoinTime", {5123}, 40},
@@ -135,6 +191,10 @@ TEST_F(Forwarded, KeepsPrioritiesAndTimers) {
         {"ieee8021BridgePortMrpLeaveAllTime", {5123}, 2000},
         {"ieee8021BridgePortMrpJoinTime", {5123}, -1, "expected"},
         {"ieee8021BridgePortMrpJoinTime", {1}, 40, "no such port"},
+        {"nL2FDBMcastFilterMode", {5123}, 1},
+        {"nL2FDBMcastFilterMode", {5123}, 3},
+        {"nL2FDBMcastFilterMode", {5123}, 2},
+        {"nL2FDBMcastFilterMode", {1034}, 1, "no switch port"},
     });
     // A row index that ends early is not passed over.
     EXPECT_EQ(next("dot1dRegenUserPriority", {5123}), (Index{5123, 0}));

@@ -144,5 +144,89 @@ TEST_F(OnSwitch, MakesAndRemovesClassifications) {
     EXPECT_TRUE(log_.empty()) << log_.front();
 }
 
+// --- private VLANs ---------------------------------------------------------------------------------------------------
+
+class OnPrivateVlans : public OnSwitch {
+protected:
+    static constexpr int kPrimary = 1, kIsolated = 2, kCommunity = 3;
+
+    int create(std::uint32_t vid, int type, std::uint32_t primary) {
+        return set({{"nPrivateVlanVlanType", {vid}, type},
+                    {"nPrivateVlanVlanAssocPriVlan", {vid}, primary},
+                    {"nPrivateVlanVlanRowStatus", {vid}, kCreateAndGo}});
+    }
+    int remove(std::uint32_t vid, int type) {
+        return set({{"nPrivateVlanVlanType", {vid}, type}, {"nPrivateVlanVlanRowStatus", {vid}, kDestroy}});
+    }
+    int map(std::uint32_t n, std::uint32_t vid, std::uint32_t primary) {
+        return set({{"nPrivateVlanIfVlanMapPriVlan", {5120 + n, vid}, primary},
+                    {"nPrivateVlanIfVlanMapRowStatus", {5120 + n, vid}, kCreateAndGo}});
+    }
+    void expect_port(std::uint32_t n, std::initializer_list<std::uint32_t> in, int pvid) {
+        EXPECT_EQ(get("nVlanPortIfUntagAllowVlanLstFirst2K", port(n)), vlans(in)) << n;
+        EXPECT_EQ(get("dot1qPvid", port(n)), pvid) << n;
+    }
+};
+
+TEST_F(OnPrivateVlans, HaveTypesAndPrimaryVlans) {
+    EXPECT_EQ(create(100, kPrimary, 0), 0);
+    EXPECT_EQ(create(101, kCommunity, 100), 0);
+    EXPECT_EQ(get("nPrivateVlanVlanType", {101}), kCommunity);
+    EXPECT_EQ(get("nPrivateVlanVlanAssocPriVlan", {101}), 100);
+    EXPECT_EQ(get("dot1qVlanStaticName", {101}), "VLAN0101");  // it was made
+    EXPECT_NE(create(101, kCommunity, 100), 0);
+    expect({{"nPrivateVlanVlanType", {101}, kIsolated},
+            {"nPrivateVlanVlanAssocPriVlan", {101}, 10},
+            {"nPrivateVlanVlanAssocPriVlan", {101}, 30, "no primary VLAN"},
+            {"nPrivateVlanVlanAssocPriVlan", {100}, 10, "no secondary VLAN"},
+            {"nPrivateVlanVlanType", {1}, kPrimary, "default VLAN"}});
+    EXPECT_EQ(set({{"nPrivateVlanSyncSecVlans", {0}, 1}}), 0);
+    EXPECT_NE(remove(101, kCommunity), 0);
+    EXPECT_EQ(remove(101, kIsolated), 0);
+    EXPECT_EQ(get("nPrivateVlanVlanType", {101}), kNone);
+    // What becomes secondary is no primary VLAN of others.
+    expect({{"nPrivateVlanVlanType", {10}, kIsolated}});
+    EXPECT_EQ(get("nPrivateVlanVlanAssocPriVlan", {30}), 0);
+}
+
+TEST_F(OnPrivateVlans, PortsAreInBothVlansOfTheirPairs) {
+    expect_port(19, {10, 30}, 30);  // a host
+    expect_port(20, {10, 30}, 10);  // what it reaches
+    EXPECT_EQ(create(40, kCommunity, 10), 0);
+    EXPECT_NE(map(19, 40, 10), 0);  // a host has one pair
+    EXPECT_NE(map(1, 40, 10), 0);   // and an access port none
+    EXPECT_NE(map(20, 40, 30), 0);
+    EXPECT_EQ(map(20, 40, 10), 0);
+    expect_port(20, {10, 30, 40}, 10);
+    EXPECT_EQ(set({{"nPrivateVlanIfVlanMapRowStatus", {5140, 30}, kDestroy}}), 0);
+    expect_port(20, {10, 40}, 10);
+    EXPECT_EQ(set({{"nPrivateVlanIfVlanMapRowStatus", {5139, 30}, kDestroy}}), 0);
+    expect_port(19, {1}, 1);
+    expect({{"nVlanPortIfMode", port(1), 5}});
+    EXPECT_EQ(map(1, 40, 10), 0);
+    expect_port(1, {10, 40}, 40);
+    // Another mode ends the pairs, the same one too.
+    log_.clear();
+    expect({{"nVlanPortIfMode", port(1), 5}});
+    expect_port(1, {1}, 1);
+    EXPECT_EQ(get("nPrivateVlanIfVlanMapPriVlan", {5121, 40}), kNone);
+    expect({{"nVlanPortIfMode", port(20), 1}});
+    expect_port(20, {1}, 1);
+    EXPECT_TRUE(rows("nPrivateVlanIfVlanMapPriVlan").empty());
+}
+
+TEST_F(OnPrivateVlans, GoWithTheirVlans) {
+    EXPECT_EQ(set({{"dot1qVlanStaticRowStatus", {30}, kDestroy}}), 0);
+    EXPECT_EQ(get("nPrivateVlanVlanType", {30}), kNone);
+    EXPECT_TRUE(rows("nPrivateVlanIfVlanMapPriVlan").empty());
+    for (const std::uint32_t n : {19u, 20u}) expect_port(n, {1}, 1);
+    EXPECT_EQ(create(31, kIsolated, 10), 0);
+    EXPECT_EQ(map(19, 31, 10), 0);
+    EXPECT_EQ(set({{"ieee8021QBridgeVlanStaticRowStatus", {1, 10}, kDestroy}}), 0);
+    EXPECT_EQ(get("nPrivateVlanVlanAssocPriVlan", {31}), 0);
+    expect_port(19, {1}, 1);
+    EXPECT_TRUE(log_.empty()) << log_.front();
+}
+
 }  // namespace
 }  // namespace sw

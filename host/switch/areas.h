@@ -9,6 +9,7 @@
     area(interfaces)       \
     area(ports)            \
     area(power_saving)     \
+    area(private_vlans)    \
     area(routes)           \
     area(snooping)         \
     area(streams)          \
@@ -16,4 +17,5 @@
     area(transceivers)     \
     area(vlan_interfaces)  \
     area(vlans)            \
+    area(voice_vlan)       \
     area(vrfs)

@@ -1,5 +1,5 @@
-// The forwarding database by address and by VLAN, the time after which addresses age, multicast groups and static
-// multicast addresses.
+// The forwarding database by address and by VLAN, the time after which addresses age, multicast groups, static multicast
+// addresses, and what ports do with frames to groups that nobody registered.
 #include "switch/forwarding.h"
 
 #include <algorithm>
@@ -25,7 +25,10 @@ Mac group_mac(const Index& group) {
 }  // namespace
 
 Forwarding::Forwarding(Switch& its_switch)
-    : Area(its_switch), ports_(its_switch.area<Ports>()), vlans_(its_switch.area<Vlans>()) {
+    : Area(its_switch),
+      ports_(its_switch.area<Ports>()),
+      vlans_(its_switch.area<Vlans>()),
+      filtering_(ports_.each<Filtering>()) {
     add_station(kDefaultVlan, kOwnMac, {});
     for (const auto& [ifindex, port] : vlans_.ports())
         for (const std::uint32_t vid : {1u, 10u, 20u, 30u})
@@ -79,6 +82,15 @@ std::uint32_t Forwarding::count(std::uint32_t vid) const {
     return static_cast<std::uint32_t>(std::count_if(
         stations_.lower_bound({vid}), stations_.lower_bound({vid + 1}),
         [this](const auto& entry) { return entry.second.ifindex != 0 && knows(entry.first[0], entry.second); }));
+}
+
+void Forwarding::for_each_learned(const std::function<void(std::uint32_t, const Mac&)>& visit) const {
+    for (const auto& [row, station] : stations_) {
+        if (station.ifindex == 0 || !knows(row[0], station)) continue;
+        Mac mac;
+        std::transform(row.begin() + 1, row.end(), mac.begin(), [](oid id) { return static_cast<unsigned char>(id); });
+        visit(station.ifindex, mac);
+    }
 }
 
 // Addresses that have aged stay forgotten when they are kept longer from now on.
@@ -149,15 +161,39 @@ Outcome Forwarding::remove_fixed(const Arguments& arguments) {
 
 // --- Tables and lines ------------------------------------------------------------------------------------------------
 
+// The IEEE's tables are the Q-bridge's with the bridge's component before the index, and other columns.
+
 void Forwarding::describe(Description& d) {
-    d.scalars("dot1dBridgeGlobals", "",
-              {{19, "dot1dTpAgingTime", [this] { return std::chrono::duration_cast<seconds>(aging_).count(); },
-                "show mac address-table aging-time"}});
+    add_count_tables(d);
+    add_station_tables(d);
+    add_group_tables(d);
+    add_static_tables(d);
+    add_filtering_modes(d);
+}
+
+void Forwarding::add_count_tables(Description& d) {
+    const auto aging = [this] { return std::chrono::duration_cast<seconds>(aging_).count(); };
+    d.scalars("dot1dBridgeGlobals", "", {{19, "dot1dTpAgingTime", aging, "show mac address-table aging-time"}});
+    const auto learned = [this](const Vlan&, const Index& index) { return count(index[0]); };
     d.table({.name = "dot1qFdbTable",
              .show = "show mac address-table count vlan {int}",
-             .rows = rows_of(vlans_.all(), {{2, "dot1qFdbDynamicCount",
-                                             [this](const Vlan&, const Index& index) { return count(index[0]); }}})});
+             .rows = rows_of(vlans_.all(), {{2, "dot1qFdbDynamicCount", learned}})});
+    d.table({.name = "ieee8021QBridgeFdbTable",
+             .show = "show snmp ieee fdb [{int:2}]",
+             .key = {kInteger, kInteger},
+             .rows = rows_of(vlans_.all(), {{3, "ieee8021QBridgeFdbDynamicCount", learned},
+                                            {4, "ieee8021QBridgeFdbLearnedEntryDiscards", counter64(0)},
+                                            {5, "ieee8021QBridgeFdbAgingTime", aging}})
+                         .under({kComponent})});
+    d.lines(*this).line("mac address-table aging-time {0..1000000}", [this](const Arguments& arguments) {
+        const std::uint32_t time = arguments[0].number;
+        if (time > 0 && time < 10) return refused("addresses are kept for 10 seconds at least");
+        set_aging(seconds(time));
+        return accepted;
+    });
+}
 
+void Forwarding::add_station_tables(Description& d) {
     // What is known of a station, and nothing when it is not known.
     const auto port = [this](std::uint32_t vid, const Station& station) -> std::optional<std::uint32_t> {
         if (!knows(vid, station)) return {};
@@ -167,64 +203,80 @@ void Forwarding::describe(Description& d) {
         if (!knows(vid, station)) return {};
         return station.ifindex != 0 ? 3 : 4;  // learned, self
     };
-    const auto by_row = [](auto fact) {
-        return [fact](const Station& station, const Index& row) { return fact(row[0], station); };
+    const auto by_vlan = [&](const std::string& prefix) {
+        const auto of_row = [](auto fact) {
+            return [fact](const Station& station, const Index& row) { return fact(row[0], station); };
+        };
+        return rows_of(stations_,
+                       {{2, prefix + "TpFdbPort", of_row(port)}, {3, prefix + "TpFdbStatus", of_row(status)}});
     };
-    d.table(
-        {.name = "dot1qTpFdbTable",
-         .show = "show uib mac address-table address {mac:2} vlan {int:1}",
-         .key = {kInteger, kMac},
-         .rows = rows_of(stations_, {{2, "dot1qTpFdbPort", by_row(port)}, {3, "dot1qTpFdbStatus", by_row(status)}})});
-    const auto by_address = [](auto fact) {
-        return [fact](const Known& known) { return fact(known.vid, *known.station); };
-    };
-    const auto address = [this](const Known& known, const Index& row) -> std::optional<Value> {
-        if (!knows(known.vid, *known.station)) return {};
+    d.table({.name = "dot1qTpFdbTable",
+             .show = "show uib mac address-table address {mac:2} vlan {int:1}",
+             .key = {kInteger, kMac},
+             .rows = by_vlan("dot1q")});
+    d.table({.name = "ieee8021QBridgeTpFdbTable",
+             .show = "show snmp ieee mac-address-table address {mac:3} vlan {int:2}",
+             .key = {kInteger, kInteger, kMac},
+             .rows = by_vlan("ieee8021QBridge").under({kComponent})});
+
+    const auto known = [](auto fact) { return [fact](const Known& one) { return fact(one.vid, *one.station); }; };
+    const auto address = [this](const Known& one, const Index& row) -> std::optional<Value> {
+        if (!knows(one.vid, *one.station)) return {};
         return octets_of(row.data(), row.size());
     };
     d.table({.name = "dot1dTpFdbTable",
              .show = "show uib default mac address-table address {mac}",
              .key = {kMac},
              .rows = rows_of(by_address_, {{1, "dot1dTpFdbAddress", address},
-                                           {2, "dot1dTpFdbPort", by_address(port)},
-                                           {3, "dot1dTpFdbStatus", by_address(status)}})});
-    d.lines(*this).line("mac address-table aging-time {0..1000000}", [this](const Arguments& arguments) {
-        const std::uint32_t time = arguments[0].number;
-        if (time > 0 && time < 10) return refused("addresses are kept for 10 seconds at least");
-        set_aging(seconds(time));
-        return accepted;
-    });
-    add_group_tables(d);
+                                           {2, "dot1dTpFdbPort", known(port)},
+                                           {3, "dot1dTpFdbStatus", known(status)}})});
 }
 
 void Forwarding::add_group_tables(Description& d) {
-    const auto list = [this](bool with_fixed) {
-        return [this, with_fixed](const Group& group, const Index& row) { return members(group, row, with_fixed); };
+    const auto groups = [this](const std::string& prefix) {
+        const auto list = [this](bool with_fixed) {
+            return [this, with_fixed](const Group& group, const Index& row) { return members(group, row, with_fixed); };
+        };
+        return rows_of(groups_,
+                       {{2, prefix + "TpGroupEgressPorts", list(true)}, {3, prefix + "TpGroupLearnt", list(false)}});
     };
     d.table({.name = "dot1qTpGroupTable",
              .show = "show debugging mcast group_table [vlan {int} mac {mac}]",
              .key = {kInteger, kMac},
-             .rows = rows_of(groups_,
-                             {{2, "dot1qTpGroupEgressPorts", list(true)}, {3, "dot1qTpGroupLearnt", list(false)}})});
+             .rows = groups("dot1q")});
+    d.table({.name = "ieee8021QBridgeTpGroupTable",
+             .show = "show snmp ieee mcast group-table [vlan {int:2} mac {mac:3}]",
+             .key = {kInteger, kInteger, kMac},
+             .rows = groups("ieee8021QBridge").under({kComponent})});
+}
 
+void Forwarding::add_static_tables(Description& d) {
     const auto fixed = [](auto fact) {
         return [fact](const Group& group) { return group.is_fixed() ? std::optional(fact(group)) : std::nullopt; };
+    };
+    // For frames from every port.
+    const auto entries = [&](const std::string& prefix, int column, const std::string& status, int its_status) {
+        return rows_of(groups_, {{3, prefix + "StaticMulticastStaticEgressPorts",
+                                  fixed([](const Group& group) { return group.fixed; })},
+                                 {column, prefix + status, fixed([its_status](const Group&) { return its_status; })}})
+            .ending({0}, 7);
     };
     d.table({.name = "dot1qStaticMulticastTable",
              .show = "show debugging mcast static_table [vlan {int} mac {mac}]",
              .key = {kInteger, kMac, kInteger},
-             // For frames from every port, and kept over a restart.
-             .rows = rows_of(groups_, {{3, "dot1qStaticMulticastStaticEgressPorts",
-                                        fixed([](const Group& group) { return group.fixed; })},
-                                       {5, "dot1qStaticMulticastStatus", fixed([](const Group&) { return 3; })}})
-                         .ending({0}, 7)});
+             .rows = entries("dot1q", 5, "StaticMulticastStatus", 3)});  // permanent
+    d.table({.name = "ieee8021QBridgeStaticMulticastTable",
+             .show = "show snmp ieee mcast static-table [vlan {int:2} mac {mac:3}]",
+             .key = {kInteger, kInteger, kMac, kInteger},
+             .rows = entries("ieee8021QBridge", 6, "StaticMulticastRowStatus", 1).under({kComponent})});  // active
     // An address that is not static yet has no ports.
     const FindRow<PortList> ports_of = [this](const Index& row) -> std::optional<std::pair<Index, PortList>> {
         const auto group = groups_.find(row);
         return std::pair{row, group != groups_.end() ? group->second.fixed : PortList()};
     };
-    d.lookup("show debugging mcast static_table egressport vlan {int} mac {mac}",
-             rows_from(ports_of, {{3, "egress", [](const PortList& ports) { return ports; }}}));
+    for (const char* show : {"show debugging mcast static_table egressport vlan {int} mac {mac}",
+                             "show snmp ieee mcast static-table egressport vlan {int} mac {mac}"})
+        d.lookup(show, rows_from(ports_of, {{3, "egress", [](const PortList& ports) { return ports; }}}));
 
     const Lines<Forwarding> global = d.lines(*this);
     for (const bool add : {true, false})
@@ -232,6 +284,19 @@ void Forwarding::add_group_tables(Description& d) {
                     [this, add](const Arguments& arguments) { return set_fixed(arguments, add); });
     global.line("no mac address-table static {mac} vlan {1..4094}",
                 [this](const Arguments& arguments) { return remove_fixed(arguments); });
+}
+
+void Forwarding::add_filtering_modes(Description& d) {
+    // The command has the port's name, and nothing for the first row.
+    d.table({.name = "nL2FDBMulticastFilterModeTable",
+             .show = "show debugging multicast filtering-mode [interface {word}]",
+             .rows = rows_of(filtering_, {{2, "nL2FDBMcastFilterMode", &Filtering::mode}}),
+             .agrees = [this](const Index& row, const Arguments& arguments) {
+                 return row[0] == (arguments[0].present ? ports_.interfaces().find(arguments[0].text) : 0);
+             }});
+    ports_.lines(d)
+        .of(filtering_)
+        .choice("multicast filtering-mode forward-all|forward-unregistered|filter-unregistered", &Filtering::mode);
 }
 
 void add_forwarding(Switch& areas) { areas.area<Forwarding>(); }

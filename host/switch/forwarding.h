@@ -15,6 +15,9 @@ public:
     void interface_went(std::uint32_t ifindex, bool up) override;
     void vlan_removed(std::uint32_t vid) override;
 
+    // Visits the addresses that are known on ports.
+    void for_each_learned(const std::function<void(std::uint32_t ifindex, const Mac&)>& visit) const;
+
     // A port joins or leaves a group, which is an IP address as in an index.
     void join_group(std::uint32_t vid, std::uint32_t ifindex, const Index& group);
     void leave_group(std::uint32_t vid, std::uint32_t ifindex, const Index& group);
@@ -38,6 +41,9 @@ private:
         std::uint32_t vid;
         const Station* station;
     };
+    struct Filtering {
+        std::uint32_t mode = 2;  // to multicast addresses: 1 forwards all frames, 2 those nobody registered, 3 neither
+    };
 
     void add_station(std::uint32_t vid, const Mac& mac, const Station& station);
     void add_stations(std::uint32_t vid, std::uint32_t ifindex, std::uint32_t number);
@@ -47,14 +53,19 @@ private:
     PortList members(const Group& group, const Index& row, bool with_fixed) const;
     Outcome set_fixed(const Arguments& arguments, bool fixed);
     Outcome remove_fixed(const Arguments& arguments);
+    void add_count_tables(Description&);
+    void add_station_tables(Description&);
     void add_group_tables(Description&);
+    void add_static_tables(Description&);
+    void add_filtering_modes(Description&);
 
     Ports& ports_;
     Vlans& vlans_;
-    Duration aging_ = std::chrono::seconds(300);  // 0: addresses do not age
-    std::map<Index, Station> stations_;           // by VLAN, address
-    std::map<Index, Known> by_address_;           // the same; an address is in one VLAN
-    std::map<Index, Group> groups_;               // by VLAN, address
+    Duration aging_ = std::chrono::seconds(300);    // 0: addresses do not age
+    std::map<Index, Station> stations_;             // by VLAN, address
+    std::map<Index, Known> by_address_;             // the same; an address is in one VLAN
+    std::map<Index, Group> groups_;                 // by VLAN, address
+    std::map<std::uint32_t, Filtering> filtering_;  // by ifIndex
 };
 
 }  // namespace sw

@@ -11,10 +11,13 @@ namespace {
 
 constexpr std::size_t kLongestName = 32;
 
-// Ports 13 to 16 are hybrid, 17 and 18 tunnels, 25 and 26 trunks, the others access ports.
+// Ports 13 to 16 are hybrid, 17 and 18 tunnels, 19 has a host of a private VLAN and 20 what those reach, 25 and 26 are
+// trunks, the others access ports.
 PortMode mode_of(std::uint32_t n) {
     if (n == 25 || n == 26) return PortMode::trunk;
     if (n > 12 && n <= 16) return PortMode::hybrid;
+    if (n == 19) return PortMode::private_host;
+    if (n == 20) return PortMode::private_promiscuous;
     return n == 17 || n == 18 ? PortMode::tunnel : PortMode::access;
 }
 
@@ -86,8 +89,8 @@ void Vlans::leave(std::uint32_t ifindex, std::uint32_t vid) {
 
 void Vlans::set_native(std::uint32_t ifindex, std::uint32_t vid) {
     PortVlans& port = by_port_.at(ifindex);
-    // An access port is in one VLAN. A trunk has one VLAN without tags, and keeps its former one with them.
-    if (is_access(port.mode)) leave(ifindex, port.pvid);
+    // An access port is in one VLAN, a private one leaves its own. A trunk has one VLAN without tags, and keeps its former one with them.
+    if (is_access(port.mode) || is_private(port.mode)) leave(ifindex, port.pvid);
     if (is_trunk(port.mode)) vlans_.at(port.pvid).untagged.set(ifindex - kPortIfIndexBase, false);
     port.pvid = vid;
     join(ifindex, vid, true);

@@ -19,6 +19,9 @@ struct Vlan {
 
 // A tunnel takes the lines of a hybrid port, and sends no tags.
 enum class PortMode : std::uint32_t { access = 1, hybrid, trunk, tunnel, private_host, private_promiscuous };
+constexpr bool is_private(PortMode mode) {
+    return mode == PortMode::private_host || mode == PortMode::private_promiscuous;
+}
 
 // What a port has to do with VLANs.
 struct PortVlans {
@@ -43,6 +46,12 @@ public:
     // Whether the port, by its ifIndex, is in the VLAN.
     bool has(std::uint32_t vid, std::uint32_t ifindex) const;
 
+    // Puts a port into a VLAN that is there, and takes it out of one.
+    void join(std::uint32_t ifindex, std::uint32_t vid, bool untagged);
+    void leave(std::uint32_t ifindex, std::uint32_t vid);
+    // From then on untagged frames of the port belong to this VLAN.
+    void set_native(std::uint32_t ifindex, std::uint32_t vid);
+
     // Lines of a VLAN's own mode.
     Lines<Vlan> lines(Description&);
 
@@ -50,10 +59,6 @@ private:
     Vlan& make(std::uint32_t vid);  // with its default name when it is missing
     bool remove(std::uint32_t vid);
     void fill(std::uint32_t ifindex, std::uint32_t number);
-    void join(std::uint32_t ifindex, std::uint32_t vid, bool untagged);  // the VLAN is there
-    void leave(std::uint32_t ifindex, std::uint32_t vid);
-    // From then on untagged frames of the port belong to this VLAN.
-    void set_native(std::uint32_t ifindex, std::uint32_t vid);
     void set_mode(std::uint32_t ifindex, PortMode mode);
     // The VLANs that the port sends with tags, or those without, as a list of 512 octets.
     Value allowed(std::uint32_t ifindex, bool tagged) const;
