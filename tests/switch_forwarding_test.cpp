@@ -124,7 +124,7 @@ TEST_F(Forwarded, PhonesAreStationsWithAKnownOui) {
         {"dVoiceVlanVlanId", {0}, 0},
         {"dVoiceVlanVlanId", {0}, 30},
         {"dVoiceVlanVlanId", {0}, 99, "no such VLAN"},
-        {"dVoiceVlanIfMode", {1034}, 1, "no switch port"},
+        {"dVoiceVlanIfMode", {1034}, 1, "not a switch port"},
     });
     EXPECT_EQ(set({{"dot1qVlanStaticRowStatus", {30}, 6}}), 0);
     EXPECT_EQ(get("dVoiceVlanVlanId"), 0);
@@ -194,7 +194,7 @@ TEST_F(Forwarded, KeepsPrioritiesTimersAndFilteringModes) {
         {"nL2FDBMcastFilterMode", {5123}, 1},
         {"nL2FDBMcastFilterMode", {5123}, 3},
         {"nL2FDBMcastFilterMode", {5123}, 2},
-        {"nL2FDBMcastFilterMode", {1034}, 1, "no switch port"},
+        {"nL2FDBMcastFilterMode", {1034}, 1, "not a switch port"},
     });
     // A row index that ends early is not passed over.
     EXPECT_EQ(next("dot1dRegenUserPriority", {5123}), (Index{5123, 0}));

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Configures a running agent with pysnmp in SETs of several varbinds, and reads all of it back: a VLAN with its ports,
-the hardware, the bridge, routes, snooping, streams and the clock."""
+what frames are classified by, private VLANs, the voice VLAN, the hardware, the bridge, routes, snooping, streams and the
+clock."""
 
 import sys
 
@@ -15,7 +16,7 @@ BRIDGE = (1, 3, 6, 1, 2, 1, 17)
 CREATE, DESTROY = Integer32(4), Integer32(6)
 VLAN_NAME, VLAN_EGRESS, _, VLAN_UNTAGGED, VLAN_STATUS = [(1, 3, 6, 1, 2, 1, 17, 7, 1, 4, 3, 1, n) for n in range(1, 6)]
 PVID = (1, 3, 6, 1, 2, 1, 17, 7, 1, 4, 5, 1, 1)
-IEEE_VLANS = (1, 3, 111, 2, 802, 1, 1, 4, 1, 4, 3, 1)
+IEEE_VLANS, IEEE_STATIC = (1, 3, 111, 2, 802, 1, 1, 4, 1, 4, 3, 1), (1, 3, 111, 2, 802, 1, 1, 4, 1, 3, 2, 1)
 ROUTE = (1, 3, 6, 1, 2, 1, 4, 24, 7, 1)
 ROUTE_IFINDEX, ROUTE_METRIC, ROUTE_STATUS = ROUTE + (7,), ROUTE + (12,), ROUTE + (17,)
 IGMP = ENTERPRISE + (10, 1, 100, 2, 7, 1)
@@ -126,6 +127,61 @@ def classification(agent, client):
     print("VLANs of a trunk, a MAC address and a protocol group: created, changed, removed")
 
 
+def private_vlans(agent, client):
+    """A primary and a community VLAN, and the pair of them on a port."""
+    private = ENTERPRISE + (10, 1, 100, 2, 8, 1)
+    kind, primary, status = (private + (2, 1, n) for n in (2, 3, 4))
+    pair, pair_status = private + (3, 1, 3), private + (3, 1, 4)
+    configure(agent, client, [(kind + (100,), Integer32(1)), (status + (100,), CREATE)],
+              ["vlan 100", "private-vlan primary"])
+    configure(agent, client,
+              [(kind + (101,), Integer32(3)), (primary + (101,), Integer32(100)), (status + (101,), CREATE)],
+              ["vlan 101", "private-vlan community", "vlan 100", "private-vlan association add 101"])
+    expect(client, {(kind, (100,)): Integer32(1), (kind, (101,)): Integer32(3), (primary, (101,)): Integer32(100)})
+    configure(agent, client, [(kind + (101,), Integer32(2))], ["vlan 101", "private-vlan isolated"])
+    configure(agent, client, [(primary + (101,), Integer32(10))], ["pvlan modify association 101 10"])
+    expect(client, {(kind, (101,)): Integer32(2), (primary, (101,)): Integer32(10)})
+
+    promiscuous, line = (port(20), 101), f"pvlan port-association {{}} {port(20)} 101"
+    configure(agent, client, [(pair + promiscuous, Integer32(10)), (pair_status + promiscuous, CREATE)],
+              [line.format("create") + " 10"])
+    expect(client, {(pair, promiscuous): Integer32(10)})
+    configure(agent, client, [(pair_status + promiscuous, DESTROY)], [line.format("destroy")])
+    expect(client, {(pair, promiscuous): None})
+    configure(agent, client, [(private + (1, 1, 0), Integer32(1))],
+              ["spanning-tree mst configuration", "private-vlan synchronize"])
+    for vid, number, word in ((101, 2, "isolated"), (100, 1, "primary")):
+        configure(agent, client, [(kind + (vid,), Integer32(number)), (status + (vid,), DESTROY)],
+                  [f"vlan {vid}", f"no private-vlan {word}"])
+        expect(client, {(kind, (vid,)): None})
+    print("private VLANs: a pair created, changed, put on a port, removed")
+
+
+def voice_vlan(agent, client):
+    """An OUI, the VLAN for phones, and what ports do with them and with multicast frames."""
+    voice = ENTERPRISE + (10, 1, 100, 2, 11, 1)
+    description, status, phones = voice + (1, 4, 1, 3), voice + (1, 4, 1, 4), voice + (3, 3, 1, 3)
+    oui = (0, 1, 0xe3, 0, 0, 0, 255, 255, 255, 0, 0, 0)
+    line = "voice vlan mac-address 00-01-e3-00-00-00 ff-ff-ff-00-00-00"
+    configure(agent, client, [(description + oui, OctetString("phone")), (status + oui, CREATE)],
+              [f"{line} description phone"])
+    expect(client, {(description, oui): OctetString("phone"), (status, oui): Integer32(1)})
+    configure(agent, client, [(description + oui, OctetString("a phone"))], [f"{line} description a phone"])
+    expect(client, {(description, oui): OctetString("a phone")})
+    configure(agent, client, [(status + oui, DESTROY)], [f"no {line}"])
+    expect(client, {(description, oui): None})
+    check(len(client.walk(phones)) == 3, "there are not three phones")
+    filtering = ENTERPRISE + (10, 1, 100, 2, 15, 1, 1, 1, 2)
+    for column, row, value, lines in (
+            (voice + (1, 1), (0,), Integer32(10), ["voice vlan 10"]),
+            (voice + (1, 2), (0,), Gauge32(6), ["voice vlan qos 6"]),
+            (voice + (2, 1, 1, 2), (port(1),), Integer32(1), ["interface port1", "voice vlan enable"]),
+            (filtering, (port(1),), Integer32(3), ["interface port1", "multicast filtering-mode filter-unregistered"])):
+        configure(agent, client, [(column + row, value)], lines)
+        expect(client, {(column, row): value})
+    print("voice VLAN: an OUI created, changed, removed; its VLAN, priority and a port set and read back")
+
+
 def hardware(agent, client):
     """Pause modes, power saving, transceivers and the system monitor: what a SET sends, and what a walk then shows."""
     vendor = ENTERPRISE + (10, 1, 100)
@@ -175,7 +231,16 @@ def bridge(agent, client):
     configure(agent, client, [(static + group, ports(6, 13))],
               [f"{mac} interface port13", f"no {mac} interface port5"])
     expect(client, {(static, group): ports(6, 13), (BRIDGE + (7, 1, 2, 3, 1, 2), group[:-1]): ports(6, 13)})
+    ieee = tuple(IEEE_STATIC + (column,) for column in (3, 6))
+    expect(client, {(ieee[0], (1,) + group): ports(6, 13)})
     configure(agent, client, [(status + group, Integer32(2))], [f"no {mac}"])
+    expect(client, {(static, group): None, (ieee[1], (1,) + group): None})
+    configure(agent, client, [(ieee[0] + (1,) + group, ports(6)), (ieee[1] + (1,) + group, CREATE)],
+              [f"{mac} interface port6"])
+    configure(agent, client, [(ieee[0] + (1,) + group, ports(5))],
+              [f"{mac} interface port5", f"no {mac} interface port6"])
+    expect(client, {(static, group): ports(5), (ieee[1], (1,) + group): Integer32(1)})
+    configure(agent, client, [(ieee[1] + (1,) + group, DESTROY)], [f"no {mac}"])
     expect(client, {(static, group): None})
     print(f"bridge: {len(on_ports)} addresses, aging time, priority, timer and static group set and read back")
 
@@ -262,6 +327,8 @@ def run(mibhost, library):
         client = Client(agent.port, "private")
         vlans(agent, client)
         classification(agent, client)
+        private_vlans(agent, client)
+        voice_vlan(agent, client)
         hardware(agent, client)
         bridge(agent, client)
         routes(agent, client)
