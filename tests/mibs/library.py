@@ -14,6 +14,8 @@ from mib_texts import Failure, Texts, main, mibhost, modules
 TYPES = {"Enumeration": "INTEGER", "Integer32": "INTEGER", "OctetString": "STRING", "Unsigned32": "Gauge32",
          "TimeTicks": "Timeticks", "IpAddress": "IpAddress"}
 
+PRIVATE = "1.3.6.1.4.1"
+
 ADDRESS = ["InetAddressType", "InetAddress"]
 # The fields that each kind of index has in a text.
 KINDS = {2: ["number"], 6: ["MacAddress"], 7: ADDRESS + ["number"], 10: ADDRESS, 13: ADDRESS * 2,
@@ -87,14 +89,14 @@ def check_access(texts, program, library):
             (set(ACCESSIBLE_INDEX), indexes - hidden, "an index object that is accessible")):
         yield from (f"{name} is {what}, and not listed" for name in found - listed)
         yield from (f"{name} is listed, but not {what}" for name in listed - found)
-    # Whatever is asked for, such an object asks the switch nothing and answers nothing.
-    for name in sorted(hidden | set(NEVER_ANSWER)):
-        if any(event["event"] == "show" for event in mibhost(program, library, "explain", "get", name)):
-            yield f"{name} asks the switch"
-    walked = {line["name"] for line in mibhost(program, library, "walk", "1.3.6.1.4.1")}
+    # An object that is there asks the switch for its value, or has one.
+    for name, node in sorted(texts.objects.items()):
+        events = mibhost(program, library, "explain", "get", name + (".0" if node.kind == "scalar" else ""))
+        there = any(event["event"] == "show" or "value" in event for event in events)
+        if there == (name in hidden or name in NEVER_ANSWER):
+            yield f"{name} {'answers' if there else 'answers nothing'}"
+    walked = {line["name"] for line in mibhost(program, library, "walk", PRIVATE)}
     yield from (f"{name} answers" for name in walked & (hidden | set(NEVER_ANSWER)))
-    readable = {name for name, node in texts.objects.items() if node.access != "noaccess"} - set(NEVER_ANSWER)
-    yield from (f"{name} answers nothing in a walk" for name in readable - walked)
 
 
 def run(root_directory, program, library):
@@ -103,6 +105,8 @@ def run(root_directory, program, library):
     for line in mibhost(program, library, "list"):
         by_module[line["module"]].append(line)
     wrong = list(check_names(texts))
+    private = {module for module, lines in by_module.items() if lines[0]["oid"].startswith(PRIVATE + ".")}
+    wrong += [f"{name} has no text" for name in sorted(private - {texts.identity(module)[1] for module in modules()})]
     for module in modules():
         oid, identity = texts.identity(module)
         registered = {line["name"]: line for line in by_module.get(identity, [])}

@@ -8,6 +8,13 @@ nVlanSubnetVlanAddrType nVlanSubnetVlanAddr nVlanSubnetVlanPrefixLen
 nVlanPortIfIndex
 nVlanProtocolVlanFrameType nVlanProtocolVlanProtocolValue
 nVlanProtocolVlanIfIndex nVlanProtocolVlanIfGroupId
+nPrivateVlanVlanIndex
+nPrivateVlanIfVlanMapIfIndex nPrivateVlanIfVlanMapSecVlan
+dVoiceVlanOuiAddress dVoiceVlanOuiMask
+dVoiceVlanLldpMedDeviceIndex
+nL2FDBMcastFilterModeIfIndex
+mgmdIgmpLimitIfIndex mgmdIgmpLimitType
+mgmdMldLimitIfIndex mgmdMldLimitType
 """.split() + [prefix + column for prefix in ("mgmdIgmpSnp", "mgmdMldSnp") for column in """
 IfIndex
 GroupIfIndex GroupVlanIfIndex GroupAddressType GroupAddress GroupSrcAddress
@@ -20,11 +27,22 @@ StatisticGroupVlan StatisticGroupAddressType StatisticGroupAddress
 """.split()]
 
 # Index objects that answer: read-only in the texts, though modules of this SMI version should have none.
-ACCESSIBLE_INDEX = "swPortIndex swPowerSavingPort swDdmPort swDdmThresholdType nVlanInterfaceVid".split()
+ACCESSIBLE_INDEX = """
+swPortIndex
+swPowerSavingPort
+swDdmPort swDdmThresholdType
+nVlanInterfaceVid
+dVoiceVlanIfIndex
+dVoiceVlanDeviceIfIndex dVoiceVlanDeviceMac
+proxyARPIfIndex localproxyARPIfIndex
+mgmdIgmpAccGrpIfIndex mgmdMldAccGrpIfIndex
+mvrSourceVlanGroupVlanId mvrSourceVlanGroupAddressType mvrSourceVlanGroupAddress mvrSourceVlanGroupCount
+mvrPortVlanId
+""".split()
 
-# Registered read-write, without a write method or without an answer.
-NEVER_WRITABLE = "mgmdIgmpSnpGlobal mgmdMldSnpGlobal".split()
-NEVER_ANSWER = NEVER_WRITABLE + "nVlanScalar6 nVlanScalar7".split()
+# Registered read-write, without a write method; without an answer.
+NEVER_WRITABLE = "mgmdIgmpSnpGlobal mgmdMldSnpGlobal mvrSourceVlanGroupCount".split()
+NEVER_ANSWER = "mgmdIgmpSnpGlobal mgmdMldSnpGlobal nVlanScalar6 nVlanScalar7".split()
 
 # Every SET is refused, whatever the value; the error that values in the range get.
 ALWAYS_REFUSED = {
@@ -43,8 +61,14 @@ CHECKED_BY_THE_SWITCH = """
 nVlanMacVlanId nVlanMacVlanPriority
 nVlanSubnetVlanId nVlanSubnetVlanPriority
 nVlanProtocolVlanVlanId nVlanProtocolVlanPriority
+nPrivateVlanIfVlanMapPriVlan
 """.split()
 
 # Longer values are accepted; what is too much has no effect.
-CUT = [prefix + column for prefix in ("mgmdIgmpSnp", "mgmdMldSnp")
-       for column in ("MrouterDesignate", "MrouterNotAllowed", "AccessGroup")]
+CUT = """
+mgmdIgmpSnpMrouterDesignate mgmdIgmpSnpMrouterNotAllowed mgmdIgmpSnpAccessGroup
+mgmdMldSnpMrouterDesignate mgmdMldSnpMrouterNotAllowed mgmdMldSnpAccessGroup
+mgmdIgmpAccessGroup mgmdMldAccessGroup
+dVoiceVlanOuiDes
+mvrSourcePortList mvrReceivePortList
+""".split()
