@@ -75,8 +75,7 @@ struct Classification : StagedRow<true, true> {
     std::uint32_t current(const Set& set, int of) const { return number_of(set, show(key.what), of); }
     static Error add(const Set& set, const Row& row) {
         const Words what = words("", row.what);
-        if (what.refused()) return genErr;
-        return set.global({"%s vlan %d priority %d", what.c_str(), row.vid, row.priority});
+        return what.refused() ? genErr : set.global({"%s vlan %d priority %d", what.c_str(), row.vid, row.priority});
     }
     static Error create(const Set& set) { return add(set, staged); }  // the record's, whatever the row
     Error remove(const Set& set) const {
@@ -165,13 +164,12 @@ Error write_vlan_list(Set& set) {
     const Command show("show snmp vlan-port %d", row.ifindex);
     VlanList current;  // empty when the lookup is refused
     set.lookup(show, column, current.octets, sizeof current.octets);
-    const std::uint32_t mode = number_of(set, show, 2);
+    std::uint32_t mode = number_of(set, show, 2);
+    if (mode != hybridPort && mode != other) mode = 0;  // which has no lines
     // A port that cannot be entered is passed over without an error, on purpose.
     if (set.enter(name) != noError) return noError;
     const auto change = [&](AddVlan* line) {
-        return [&set, mode, line](int vid) {
-            return mode == hybridPort || mode == other ? line(set, mode, static_cast<std::uint32_t>(vid)) : genErr;
-        };
+        return [&set, mode, line](int vid) { return line(set, mode, static_cast<std::uint32_t>(vid)); };
     };
     const Difference lists(current, wanted);
     TRY(lists.removed.for_each(change(remove_vlan)));
