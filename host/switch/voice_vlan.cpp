@@ -50,7 +50,7 @@ VoiceVlan::VoiceVlan(Switch& its_switch)
       forwarding_(its_switch.area<Forwarding>()),
       ouis_{{{0x02, 0x48, 0, 0, 0, 0, 0xff, 0xff, 0xff, 0xff, 0, 0}, "desk phones"}},
       by_port_(ports_.each<VoicePort>()) {
-    for (const std::uint32_t n : {9, 10, 11, 12}) by_port_[kPortIfIndexBase + n].enabled = true;
+    for (const std::uint32_t n : {9u, 10u, 11u, 12u}) by_port_[kPortIfIndexBase + n].enabled = true;
 }
 
 std::optional<std::string> VoiceVlan::kind_of(const Mac& mac) const {
