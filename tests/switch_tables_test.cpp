@@ -46,8 +46,8 @@ TEST_F(OnSwitch, IsWalkedFromEndToEnd) {
 }
 
 TEST_F(OnSwitch, ComesWithPlausibleTables) {
-    const std::tuple<const char*, std::size_t> counts[] = {{"ifDescr", 28},
-                                                           {"ifName", 28},
+    const std::tuple<const char*, std::size_t> counts[] = {{"ifDescr", 30},
+                                                           {"ifName", 30},
                                                            {"swPortSpeed", 26},
                                                            {"nVlanInterfaceName", 2},
                                                            {"dot1qVlanFdbId", 4},
@@ -60,7 +60,7 @@ TEST_F(OnSwitch, ComesWithPlausibleTables) {
                                                            {"mgmdMldSnpGroupStatus", 6}};
     for (const auto& [object, count] : counts) EXPECT_EQ(rows(object).size(), count) << object;
     const std::tuple<const char*, Index, Fact> facts[] = {
-        {"ifNumber", {0}, 28},
+        {"ifNumber", {0}, 30},
         {"ifTableLastChange", {0}, 0},
         {"swPortTableNumber", {0}, 26},
         {"dot1qNumVlans", {0}, 4},
@@ -226,7 +226,7 @@ TEST_F(OnSwitch, MakesAndRemovesVlanInterfaces) {
     EXPECT_EQ(get("ifTableLastChange"), 600);
     EXPECT_EQ(get("nVlanInterfaceName", {20}), kNone);
     EXPECT_EQ(get("mgmdMldSnpState", {1044, 2}), kNone);
-    EXPECT_EQ(get("ifNumber"), 28);
+    EXPECT_EQ(get("ifNumber"), 30);
     EXPECT_TRUE(log_.empty()) << log_.front();
     EXPECT_FALSE(configure(-1, "no shutdown"));  // nothing is entered
 }

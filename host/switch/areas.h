@@ -7,14 +7,17 @@
     area(forwarding)       \
     area(health)           \
     area(interfaces)       \
+    area(multicast_routes) \
     area(ports)            \
     area(power_saving)     \
     area(private_vlans)    \
+    area(proxy_arp)        \
     area(routes)           \
     area(snooping)         \
     area(streams)          \
     area(time_sync)        \
     area(transceivers)     \
+    area(tunnels)          \
     area(vlan_interfaces)  \
     area(vlans)            \
     area(voice_vlan)       \

@@ -167,7 +167,7 @@ bool Pattern::accept(const Place& place, std::string_view word, Argument& argume
         case PlaceType::prefix: {
             const std::size_t slash = word.find('/');
             if (slash == word.npos) return false;
-            if (word == "0/0" && place.low != place.high) return true;
+            if ((word == "0/0" || word == "/0") && place.low != place.high) return true;
             const Place of_address{.type = PlaceType::address, .low = place.low, .high = place.high};
             const auto bits = parse_number(word.substr(slash + 1));
             if (!accept(of_address, word.substr(0, slash), argument)) return false;

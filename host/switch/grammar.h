@@ -41,8 +41,8 @@ using Arguments = std::vector<Argument>;
 //     {mac}             a MAC address, its octets separated by '-' or ':'
 //     {octets}          up to 16 octets, written in the same way
 //     {ipv4}            an address of that type; {ipv6}; {address} is of either
-//     {ipv4/bits}       with a slash and a prefix length; {ipv6/bits}; {address/bits}, where "0/0" is the prefix of no
-//                       address
+//     {ipv4/bits}       with a slash and a prefix length; {ipv6/bits}; {address/bits}, where "0/0" and "/0" are the
+//                       prefix of no address
 //     {text}            the rest of the line, not empty, with all its blanks; only as the last place
 //
 // Letters before a brace are part of the word: vlan{1..4094}, 0x{word}. In a table's show command a number, MAC address,

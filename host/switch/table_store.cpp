@@ -37,6 +37,13 @@ bool same_octets(const Argument& said, const Index& index, std::size_t at, std::
     return true;
 }
 
+// A prefix with which a bracket and all in it may be absent: one without a length, or of an address of zeros.
+bool names_nothing(const Index& index, const Part& prefix) {
+    const auto octets = index.begin() + static_cast<std::ptrdiff_t>(prefix.at) + 1;
+    const auto bits = octets + static_cast<std::ptrdiff_t>(index[prefix.at]);
+    return *bits == 0 || std::all_of(octets, bits, [](oid octet) { return octet == 0; });
+}
+
 // An address. An absent argument is one of a type that commands cannot name. Where the type was forced,
 // the index gets the one that was asked for, so that a walk goes on from there.
 bool same_address(const Argument& said, Index& index, const Part& part, bool forced_type) {
@@ -145,8 +152,8 @@ void TableStore::add_lookup(std::string show, Rows rows, LookedUp row) {
 
 void TableStore::add(const std::string& group, const std::string& show, std::vector<Scalar> scalars) {
     for (Scalar& scalar : scalars) {
-        if (scalar.show.empty()) scalar.show = show;
-        groups_[group].scalars.push_back(std::move(scalar));
+        Pattern pattern(scalar.show.empty() ? show : scalar.show);
+        groups_[group].push_back({std::move(scalar), std::move(pattern)});
     }
 }
 
@@ -156,7 +163,7 @@ std::vector<TableStore::Served> TableStore::served() const {
         for (const Rows::Object& object : entry.table.rows.objects())
             served.push_back({name, object.magic, object.name});
     for (const auto& [name, group] : groups_)
-        for (const Scalar& scalar : group.scalars) served.push_back({name, scalar.magic, scalar.name});
+        for (const GroupEntry& entry : group) served.push_back({name, entry.scalar.magic, entry.scalar.name});
     return served;
 }
 
@@ -208,7 +215,12 @@ bool TableStore::agree(const Entry& entry, Index& index, const Arguments& argume
         const Argument& said = arguments[comparison.argument];
         const Part& part = parts.parts[comparison.part];
         const bool is_address = part.type == Part::Type::address || part.type == Part::Type::prefix;
-        if (comparison.first_of_bracket != kNone && !is_address) {
+        const Part* first = nullptr;  // of its bracket
+        if (comparison.first_of_bracket != kNone)
+            first = &parts.parts[entry.comparisons[comparison.first_of_bracket].part];
+        if (first != nullptr && first->type == Part::Type::prefix) {
+            if (!said.present && names_nothing(index, *first)) continue;
+        } else if (first != nullptr && !is_address) {
             // Absent for the first row, that is where the bracket's first part is zero. Where the others are not, a
             // module may look at all of them.
             const auto zero = [&](const Comparison& one) {
@@ -301,13 +313,14 @@ std::optional<Answer> TableStore::find(const Entry& entry, const services::ShowR
 }
 
 std::optional<Answer> TableStore::find(const Group& group, const services::ShowRequest& request, std::string& refusal) {
-    for (const Scalar& scalar : group.scalars) {
+    for (const auto& [scalar, pattern] : group) {
         if (scalar.magic != request.magic) continue;
-        if (request.command != scalar.show) {
-            refusal = fmt::format("expected '{}'", scalar.show);
+        const Pattern::Match match = pattern.match(request.command);
+        if (!match.whole) {
+            refusal = fmt::format("expected '{}'", pattern.text());
             return {};
         }
-        std::optional<Value> value = scalar.value();
+        std::optional<Value> value = scalar.value(match.arguments);
         if (!value) return {};
         return Answer{{}, std::move(*value)};
     }

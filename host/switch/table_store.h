@@ -203,18 +203,20 @@ struct Table {
 };
 
 // One object of a scalar group: its magic number, its name, and where its value comes from: a pointer to a fact, a
-// function or a constant.
+// function, also one of the command's other words, or a constant.
 struct Scalar {
     int magic;
     std::string name;
-    std::function<std::optional<Value>()> value;
-    std::string show;  // its own command; empty: the group's
+    std::function<std::optional<Value>(const Arguments&)> value;
+    std::string show;  // the pattern of its own command; empty: the group's
 
     template <class Source>
     Scalar(int its_magic, std::string its_name, Source source, std::string its_show = {})
         : magic(its_magic), name(std::move(its_name)), show(std::move(its_show)) {
-        value = [source]() -> std::optional<Value> {
-            if constexpr (std::is_invocable_v<Source>)
+        value = [source](const Arguments& said) -> std::optional<Value> {
+            if constexpr (std::is_invocable_v<Source, const Arguments&>)
+                return value_of(source(said));
+            else if constexpr (std::is_invocable_v<Source>)
                 return value_of(source());
             else if constexpr (std::is_pointer_v<Source> && !std::is_convertible_v<Source, std::string_view>)
                 return value_of(*source);
@@ -261,9 +263,11 @@ private:
         Pattern pattern;
         std::vector<Comparison> comparisons;
     };
-    struct Group {
-        std::vector<Scalar> scalars;
+    struct GroupEntry {
+        Scalar scalar;
+        Pattern pattern;
     };
+    using Group = std::vector<GroupEntry>;
     const Entry* entry_for(const services::ShowRequest& request) const;  // null: there is none
     // The answer, or none with the reason in `refusal`, which stays empty where there is just no such row.
     static std::optional<Answer> find(const Entry& entry, const services::ShowRequest& request, std::string& refusal);

@@ -14,13 +14,15 @@ from pysnmp.proto.rfc1902 import Counter32, Gauge32, Integer32, OctetString, Tim
 sys.dont_write_bytecode = True  # nothing is left in the source tree
 
 from agent_process import (
-    IF_ALIAS, IF_DESCR, IF_MIB, IF_NUMBER, INTERFACES, PORT1, SNMP, SWITCH_PORT_MIB, SW_PORT_SPEED, SYSTEM,
+    IF_ALIAS, IF_DESCR, IF_MIB, IF_NUMBER, INTERFACES, IP_MCAST_MIB, PORT1, PROXY_ARP_ROW_STATUS, SNMP,
+    SWITCH_PORT_MIB, SW_PORT_SPEED, SYSTEM, TUNNEL_LOCAL_ADDRESS, TUNNEL_MIB, TUNNEL_STATUS,
     VLAN_INTERFACE_MIB, VLAN_INTERFACE_ROW_STATUS, Agent, check, dotted, main)
 from snmp_client import COUNTER64, END_OF_MIB_VIEW, NO_SUCH_INSTANCE, NO_SUCH_OBJECT, V1, Client
 
 PORTS = list(range(PORT1, PORT1 + 26))
 ROOTS = {"interfaces": INTERFACES, "ifMIB": IF_MIB, "switch ports": SWITCH_PORT_MIB,
-         "VLAN interfaces": VLAN_INTERFACE_MIB, "everything": (1, 3, 6, 1)}
+         "VLAN interfaces": VLAN_INTERFACE_MIB, "tunnels": TUNNEL_MIB, "multicast routing": IP_MCAST_MIB,
+         "everything": (1, 3, 6, 1)}
 # What may differ between two reads of the same object: the kernel's counters.
 MOVING = (Counter32.tagSet, COUNTER64, TimeTicks.tagSet)
 
@@ -94,6 +96,29 @@ def check_sets(agent):
     check(vlan20 not in dict(writer.walk(VLAN_INTERFACE_MIB)), "VLAN interface 20 is there before it is created")
     check_set(agent, writer, [(vlan20, Integer32(4))], ["interface vlan20"], [(vlan20, Integer32(1))])
     check_set(agent, writer, [(vlan20, Integer32(6))], ["no interface vlan20"], [(vlan20, None)])
+
+
+def check_tunnels(agent):
+    """A tunnel is created, gets another address and is destroyed; proxy ARP is set on an interface."""
+    writer = Client(agent.port, "private")
+    row = TUNNEL_STATUS + (1, 4, 192, 0, 2, 1, 1, 4, 203, 0, 113, 10, 12, 7)
+    moved = TUNNEL_STATUS + (1, 4, 192, 0, 2, 2, 1, 4, 203, 0, 113, 10, 12, 7)
+    address, descr = TUNNEL_LOCAL_ADDRESS + (903,), IF_DESCR + (903,)
+    ends = "192.0.2.1 203.0.113.10 12 7"
+    check_set(agent, writer, [(row, Integer32(4))],
+              [f"snmp check tunnel create {ends}", "interface tunnel 7", "tunnel source 192.0.2.1",
+               "tunnel destination 203.0.113.10", "tunnel mode ipv6ip"],
+              [(row, Integer32(1)), (address, OctetString(hexValue="c0000201")),
+               (descr, OctetString("IPv6 over IPv4 tunnel7"))])
+    check_set(agent, writer, [(address, OctetString(hexValue="c0000202"))],
+              ["show interface tunnel7", "interface tunnel 7", "tunnel source 192.0.2.2"],
+              [(row, None), (moved, Integer32(1))])
+    check_set(agent, writer, [(moved, Integer32(6))],
+              ["snmp check tunnel destroy " + ends.replace("2.1", "2.2"), "no interface tunnel 7"],
+              [(moved, None), (address, None), (descr, None)])
+    proxy = PROXY_ARP_ROW_STATUS + (1025,)
+    check_set(agent, writer, [(proxy, Integer32(4))], ["interface vlan1", "ip proxy-arp"], [(proxy, Integer32(1))])
+    check_set(agent, writer, [(proxy, Integer32(6))], ["interface vlan1", "no ip proxy-arp"], [(proxy, None)])
 
 
 def check_refusals(agent):
@@ -230,6 +255,7 @@ def run(mibhost, library):
     with Agent(mibhost, library, "--write-community", "private", "-v", "--freeze") as agent:
         check_walks(agent)
         check_sets(agent)
+        check_tunnels(agent)
         check_refusals(agent)
         check_sizes(agent)
         check_system(agent)
