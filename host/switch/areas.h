@@ -5,9 +5,11 @@
     area(classification)   \
     area(ethernet)         \
     area(forwarding)       \
+    area(group_membership) \
     area(health)           \
     area(interfaces)       \
     area(multicast_routes) \
+    area(mvr)              \
     area(ports)            \
     area(power_saving)     \
     area(private_vlans)    \

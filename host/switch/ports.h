@@ -43,6 +43,14 @@ struct Port {
     bool half_duplex() const;
 };
 
+// A port list that a line has as three numbers: words whose octets are in little-endian order.
+inline PortList port_list(const Argument* words) {
+    PortList list;
+    for (std::size_t i = 0; i < list.octets.size(); ++i)
+        list.octets[i] = static_cast<unsigned char>(words[i / 4].number >> 8 * (i % 4));
+    return list;
+}
+
 class Ports : public Area {
 public:
     explicit Ports(Switch&);

@@ -1,6 +1,6 @@
 // A switch without hardware: 24 copper ports (the last four combo), 2 fiber ports, transceivers, VLANs, VLAN interfaces,
-// routes in two VRFs, IGMP and MLD snooping, and counters that move with time. It answers show requests from its tables, and
-// configuration lines change what they say.
+// routes in two VRFs, IGMP and MLD snooping, multicast routers and VLANs, and counters that move with time. It answers show
+// requests from its tables, and configuration lines change what they say.
 #pragma once
 
 #include "services/services.h"

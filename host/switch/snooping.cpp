@@ -1,6 +1,7 @@
 // IGMP and MLD snooping, one description of both: what it is set to on VLAN interfaces, the groups, sources and hosts
 // on ports, router ports, limits, access groups and statistics.
 #include "switch/forwarding.h"
+#include "switch/group_membership.h"
 #include "switch/vlan_interfaces.h"
 
 #include <fmt/format.h>
@@ -54,13 +55,6 @@ struct VlanSnooping {
     PortList no_router_ports{};  // set not to become ones
 };
 
-// A group, or a source of one, on a port: configured or learned from reports.
-struct Membership {
-    bool configured = false;
-    Duration since{};
-    Value reporter{};  // IPv4 address of who reported it
-};
-
 Index group_address(oid type, oid n) {
     if (type == kIgmpType) return {1, 4, 239, 1 + n / 0x10000, n / 0x100 % 0x100, n % 0x100};
     return {2, 16, 0xff, 0x3e, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, n / 0x10000, n / 0x100 % 0x100, n % 0x100};
@@ -99,6 +93,7 @@ private:
     Vlans& vlans_;
     Ports& ports_;
     Forwarding& forwarding_;
+    GroupMembership& router_;
     std::map<std::uint32_t, VlanSnooping> interfaces_;  // by the ifIndex of a VLAN interface
     // The others by the index of their tables, where VLANs are their interfaces' ifIndex and addresses type, length,
     // octets.
@@ -116,7 +111,8 @@ Snooping::Snooping(Switch& its_switch, const Words& words)
       vlan_interfaces_(its_switch.area<VlanInterfaces>()),
       vlans_(its_switch.area<Vlans>()),
       ports_(its_switch.area<Ports>()),
-      forwarding_(its_switch.area<Forwarding>()) {
+      forwarding_(its_switch.area<Forwarding>()),
+      router_(its_switch.area<GroupMembership>()) {
     const auto group = [&](oid n) { return group_address(words_.type, n); };
     for (const oid port : {1u, 2u}) learn(port, 1, group(1));
     for (const oid port : {5u, 6u, 13u}) learn(port, 10, group(2));
@@ -132,9 +128,12 @@ Snooping::Snooping(Switch& its_switch, const Words& words)
 void Snooping::learn(oid port, oid vid, const Index& group) {
     const Index on_port{kPortIfIndexBase + port}, on_vlan{kVlanIfIndexBase + vid};
     const Membership member{false, Duration(), octets({10, 0, vid, 100 + port})};
-    groups_.emplace(join({on_port, on_vlan, group}), member);
     forwarding_.join_group(vid, kPortIfIndexBase + port, group);
-    sources_.emplace(join({on_port, on_vlan, group, host_address(words_.type, vid, 10)}), member);
+    for (const auto& [rows, source] : {std::pair{&groups_, Index()}, {&sources_, host_address(words_.type, vid, 10)}}) {
+        const Index row = join({on_port, on_vlan, group, source});
+        rows->emplace(row, member);
+        router_.joined(row, member);
+    }
     hosts_.emplace(join({on_vlan, on_port, group, host_address(words_.type, vid, 100 + port)}),
                    octets({0x02, 0x48, 0x00, 0x00, vid, port}));
     reports_.emplace(join({on_vlan, group}), Duration());
@@ -285,10 +284,15 @@ Outcome Snooping::static_group(const Entered& entered, const Arguments& argument
     const bool is_configured = row != rows.end() && row->second.configured;
     const std::uint32_t vid = entered.object - kVlanIfIndexBase;
     if (add && row == rows.end() && !arguments[1].present) forwarding_.join_group(vid, port, group);
-    if (add && !is_configured) rows.insert_or_assign(index, Membership{true, switch_.uptime(), octets({0, 0, 0, 0})});
+    if (add && !is_configured) {
+        const Membership member{true, switch_.uptime(), octets({0, 0, 0, 0})};
+        rows.insert_or_assign(index, member);
+        router_.joined(index, member);
+    }
     if (!add && !is_configured) return refused("there is no such static group");
     if (add) return accepted;
     rows.erase(row);
+    router_.left(index);
     if (!arguments[1].present) forwarding_.leave_group(vid, port, group);
     return accepted;
 }
@@ -306,9 +310,7 @@ void Snooping::add_interface_lines(Description& d) {
         on_vlan.line(fmt::format("{} {{int}} {{int}} {{int}} {{int}}", words),
                      [which](VlanSnooping& s, const Arguments& arguments, const Entered& entered) {
                          if (arguments[0].number != entered.object) return refused("it names another interface");
-                         auto& list = (s.*which).octets;
-                         for (std::size_t i = 0; i < list.size(); ++i)
-                             list[i] = static_cast<unsigned char>(arguments[1 + i / 4].number >> 8 * (i % 4));
+                         s.*which = port_list(&arguments[1]);
                          return accepted;
                      });
     };

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Configures a running agent with pysnmp in SETs of several varbinds, and reads all of it back: a VLAN with its ports,
-what frames are classified by, private VLANs, the voice VLAN, the hardware, the bridge, routes, snooping, streams and the
-clock."""
+what frames are classified by, private VLANs, the voice VLAN, the hardware, the bridge, routes, snooping, multicast
+routers and VLANs, streams and the clock."""
 
 import sys
 
@@ -302,6 +302,33 @@ def snooping(agent, client):
     print("snooping: states, static groups, limits, access groups and router ports of IGMP and MLD read back")
 
 
+def multicast(agent, client):
+    """A router interface's setting, its limit and access group, and multicast VLAN registration."""
+    router, vendor = (1, 3, 6, 1, 2, 1, 185, 1), ENTERPRISE + (10, 1, 100)
+    robustness, limit, name, name_status = (router + (2, 1, 14), vendor + (3, 1, 1, 1, 1, 3),
+                                            vendor + (3, 1, 1, 2, 1, 3), vendor + (3, 1, 1, 2, 1, 4))
+    mvr, vlan, row = vendor + (2, 16, 1), (VLAN10,), (20, 1, 4, 239, 1, 1, 9, 4)
+    for column, index, value, lines in (
+            (robustness, vlan + (1,), Gauge32(5), ["interface vlan10", "ip igmp robustness-variable 5"]),
+            (limit, vlan, Gauge32(100), ["interface vlan10", "ip igmp limit 100"])):
+        configure(agent, client, [(column + index, value)], lines)
+        expect(client, {(column, index): value})
+    configure(agent, client, [(name + vlan, OctetString("cameras")), (name_status + vlan, CREATE)],
+              ["interface vlan10", "ip igmp access-group cameras"])
+    expect(client, {(name, vlan): OctetString("cameras"), (name_status, vlan): Integer32(1)})
+
+    status, sources = mvr + (1, 1, 5), mvr + (2, 1, 2)
+    configure(agent, client, [(status + row, CREATE)], ["mvr", "mvr-group 239.1.1.9 count 4 vlan 20"])
+    expect(client, {(status, row): Integer32(1)})
+    configure(agent, client, [(sources + (20,), OctetString(bytes(640) + bytes(ports(1, 25))))],
+              ["mvr snmp vlan  20 source -2147483520 0 0"])
+    expect(client, {(sources, (20,)): ports(1, 25)})
+    for root, count in ((router, 2 * 16 + 3 * 9), (vendor + (3, 1), 10), (mvr, 2 * 5 + 4)):
+        walked = client.walk(root, 25)
+        check(len(walked) == count, f"a walk of {dotted(root)} has {len(walked)} instances, not {count}")
+    print("multicast: a router's setting, limit and access group, and a multicast VLAN's group and ports read back")
+
+
 def streams(agent, client):
     """Stream registration, the bandwidth of a port's stream classes, and the clock's priority."""
     ieee = (1, 3, 111, 2, 802, 1, 1)
@@ -333,6 +360,7 @@ def run(mibhost, library):
         bridge(agent, client)
         routes(agent, client)
         snooping(agent, client)
+        multicast(agent, client)
         streams(agent, client)
         check(agent.stop() == 0, "the agent does not end with exit code 0")
 

@@ -1,0 +1,185 @@
+// The simulated switch's multicast routers, their limits and access groups, and multicast VLAN registration.
+#include "support/simulated_switch.h"
+
+#include <algorithm>
+#include <chrono>
+#include <set>
+
+namespace sw {
+namespace {
+
+using std::chrono::seconds;
+
+const Index kVlan1{1025}, kVlan10{1034};
+const Index kGroup{1, 4, 239, 9, 9, 9};
+
+// A list of ports as it is written: what counts are the last 12 octets of 652.
+std::string written(const std::string& list) { return std::string(640, '\0') + list; }
+
+class MulticastSwitch : public OnSwitch {
+protected:
+    explicit MulticastSwitch(const Size& size = {}) : OnSwitch(size) {}
+
+    // What the router knows is what snooping does, port by port taken together. Returns how many groups there are.
+    std::size_t expect_agreement() {
+        std::set<Index> groups, inverse, sources;
+        std::map<oid, std::int64_t> counts;
+        for (const Index& row : rows("mgmdIgmpSnpGroupStatus")) {
+            const Index group(row.begin() + 2, row.end()), vlan{row[1]};
+            counts[row[1]] += groups.insert(join({group, vlan})).second;
+            inverse.insert(join({vlan, group}));
+        }
+        for (const Index& row : rows("mgmdIgmpSnpGroupSrcStatus"))
+            sources.insert(join({{row.begin() + 2, row.begin() + 8}, {row[1]}, {row.begin() + 9, row.end()}}));
+        const auto as_set = [this](const char* column) {
+            const std::vector<Index> found = rows(column);
+            return std::set<Index>(found.begin(), found.end());
+        };
+        EXPECT_EQ(as_set("mgmdRouterCacheUpTime"), groups);
+        EXPECT_EQ(as_set("mgmdInverseRouterCacheAddress"), inverse);
+        EXPECT_EQ(as_set("mgmdRouterSrcListExpire"), sources);
+        for (const Index& row : rows("mgmdRouterInterfaceGroups"))
+            EXPECT_EQ(get("mgmdRouterInterfaceGroups", row), counts[row[0]]);
+        EXPECT_TRUE(log_.empty()) << log_.front();
+        return groups.size();
+    }
+};
+
+}  // namespace
+
+TEST_F(MulticastSwitch, HasTheGroupsOfSnooping) {
+    EXPECT_EQ(expect_agreement(), 3u);
+    now_ = seconds(60);
+    const Index row = join({kGroup, kVlan10});
+    const auto member = [](oid port) { return join({{5120 + port}, kVlan10, kGroup}); };
+    for (const oid port : {5u, 6u}) EXPECT_EQ(set({{"mgmdIgmpSnpGroupStatus", member(port), 4}}), 0);
+    EXPECT_EQ(set({{"mgmdIgmpSnpGroupSrcStatus", join({member(5), {1, 4, 10, 0, 0, 7}}), 4}}), 0);
+    EXPECT_EQ(expect_agreement(), 4u);
+    EXPECT_EQ(get("mgmdRouterCacheExpiryTime", row), 0);  // configured
+    EXPECT_EQ(get("mgmdRouterCacheSourceFilterMode", row), 2);
+    EXPECT_EQ(get("mgmdRouterCacheLastReporter", row), std::string(4, '\0'));
+    EXPECT_EQ(get("mgmdInverseRouterCacheAddress", join({kVlan10, kGroup})), "\xef\x09\x09\x09");
+    EXPECT_EQ(get("mgmdRouterInterfaceJoins", {1034, 1}), 6);
+    EXPECT_EQ(set({{"mgmdIgmpSnpGroupStatus", member(5), 6}}), 0);
+    EXPECT_EQ(expect_agreement(), 4u);  // port 6 still wants it
+    EXPECT_EQ(set({{"mgmdIgmpSnpGroupStatus", member(6), 6}}), 0);
+    EXPECT_EQ(set({{"mgmdIgmpSnpGroupSrcStatus", join({member(5), {1, 4, 10, 0, 0, 7}}), 6}}), 0);
+    EXPECT_EQ(expect_agreement(), 3u);
+    EXPECT_EQ(set({{"dot1qVlanStaticRowStatus", {10}, 6}}), 0);
+    EXPECT_EQ(expect_agreement(), 1u);
+}
+
+TEST_F(MulticastSwitch, RoutesOnVlanInterfacesAlone) {
+    EXPECT_EQ(set({{"nVlanInterfaceRowStatus", {20}, 4}}), 0);
+    EXPECT_EQ(get("mgmdRouterInterfaceVersion", {1044, 1}), 3);
+    expect({{"mgmdIgmpLimit", {1044}, 9}, {"mgmdMldLimit", {1044}, 8}});
+    EXPECT_EQ(set({{"nVlanInterfaceRowStatus", {20}, 6}}), 0);
+    EXPECT_EQ(get("mgmdRouterInterfaceVersion", {1044, 1}), kNone);
+    EXPECT_EQ(get("mgmdIgmpLimit", {1044}), kNone);
+    EXPECT_EQ(get("mgmdMldLimit", {1044}), kNone);
+    EXPECT_EQ(set({{"nVlanInterfaceRowStatus", {10}, 6}}), 0);
+    EXPECT_EQ(rows("mgmdRouterInterfaceVersion").size(), 1u);
+    EXPECT_EQ(rows("mgmdRouterCacheUpTime").size(), 1u);
+    EXPECT_EQ(rows("mgmdInverseRouterCacheAddress").size(), 1u);
+    EXPECT_EQ(rows("mgmdRouterSrcListExpire").size(), 1u);
+}
+
+TEST_F(MulticastSwitch, TakesSettingsOfRouters) {
+    const Index row{1034, 1};
+    expect({
+        {"mgmdRouterInterfaceQueryInterval", row, 31744},
+        {"mgmdRouterInterfaceVersion", row, 2},
+        {"mgmdRouterInterfaceQueryMaxResponseTime", row, 250},
+        {"mgmdRouterInterfaceRobustness", row, 7},
+        {"mgmdRouterInterfaceLastMemberQueryInterval", row, 10},
+        {"mgmdRouterInterfaceVersion", row, 4, "'4' does not fit"},
+        {"mgmdRouterInterfaceRobustness", {5121, 1}, 5, "not a VLAN interface"},
+        {"mgmdRouterInterfaceRobustness", {1044, 1}, 5, "ends too early"},
+    });
+    EXPECT_EQ(get("mgmdRouterInterfaceStartupQueryCount", row), 7);
+    EXPECT_EQ(get("mgmdRouterInterfaceStartupQueryInterval", row), 31744 / 4);
+    EXPECT_EQ(get("mgmdRouterInterfaceVersion", {1025, 1}), 3);
+}
+
+TEST_F(MulticastSwitch, RenewsMembershipsAtEachQuery) {
+    const Index group = rows("mgmdRouterCacheExpiryTime").at(0), router{1025, 1};
+    now_ = seconds(100);
+    EXPECT_EQ(get("mgmdRouterCacheUpTime", group), 10000);
+    EXPECT_EQ(get("mgmdRouterCacheExpiryTime", group), 16000);
+    EXPECT_EQ(get("mgmdRouterInterfaceQuerierExpiryTime", router), 15500);
+    EXPECT_EQ(get("mgmdRouterInterfaceQuerierExpiryTime", {1034, 1}), 0);  // the switch itself
+    now_ = seconds(135);
+    EXPECT_EQ(get("mgmdRouterCacheExpiryTime", group), 25000);
+    EXPECT_EQ(set({{"mgmdRouterInterfaceQueryInterval", router, 20}, {"mgmdRouterInterfaceRobustness", router, 3}}), 0);
+    EXPECT_EQ(get("mgmdRouterCacheExpiryTime", group), 5500);  // 3 * 20 + 10 - 15 seconds
+}
+
+TEST_F(MulticastSwitch, LimitsGroupsAndAccessOnInterfaces) {
+    for (const char* limit : {"mgmdIgmpLimit", "mgmdMldLimit"}) {
+        expect({{limit, kVlan1, 1}, {limit, kVlan1, 2048}, {limit, {5121}, 5, "not a VLAN interface"}});
+        EXPECT_EQ(set({{limit, kVlan1, 0}}), 0);
+        EXPECT_EQ(get(limit, kVlan1), kNone);
+    }
+    // MLD's status sets IGMP's access group.
+    for (const std::string protocol : {"mgmdIgmp", "mgmdMld"}) {
+        const std::string name = protocol + "AccessGroup", status = protocol + "AccGrpStatus";
+        EXPECT_EQ(set({{name, kVlan1, protocol}, {status, kVlan1, 4}}), 0);
+        EXPECT_EQ(get("mgmdIgmpAccessGroup", kVlan1), protocol);
+        EXPECT_EQ(get("mgmdIgmpAccGrpStatus", kVlan1), 1);
+        EXPECT_EQ(get("mgmdMldAccessGroup", kVlan1), kNone);
+        EXPECT_EQ(set({{status, kVlan1, 6}}), 0);
+        EXPECT_EQ(get("mgmdIgmpAccessGroup", kVlan1), kNone);
+    }
+    EXPECT_TRUE(log_.empty()) << log_.front();
+    EXPECT_NE(set({{"mgmdIgmpAccGrpStatus", kVlan1, 6}}), 0);
+    EXPECT_TRUE(contains(log_.at(0), "no access group")) << log_[0];
+    ASSERT_TRUE(configure(5, "interface vlan1"));
+    EXPECT_FALSE(configure(-1, "ip igmp access-group " + std::string(33, 'n')));
+}
+
+TEST_F(MulticastSwitch, CarriesGroupsOfMulticastVlans) {
+    const Index row = join({{20}, kGroup, {4}}), more = join({{20}, kGroup, {5}});
+    const std::string status = "mvrSourceVlanGroupRowStatus";
+    EXPECT_EQ(set({{status, row, 4}}), 0);
+    EXPECT_EQ(get("mvrSourceVlanGroupAddress", row), "\xef\x09\x09\x09");
+    EXPECT_EQ(get("mvrSourceVlanGroupCount", row), 4);
+    EXPECT_EQ(set({{status, more, 4}}), 0);  // in its place
+    EXPECT_EQ(rows(status).size(), 2u);
+    EXPECT_EQ(get(status, more), 1);
+    EXPECT_EQ(set({{status, more, 1}}), 0);
+    EXPECT_EQ(set({{status, more, 6}}), 0);
+    EXPECT_EQ(rows(status).size(), 1u);
+    EXPECT_TRUE(log_.empty()) << log_.front();
+    expect({
+        {status.c_str(), join({{99}, kGroup, {4}}), 4, "no such VLAN"},
+        {status.c_str(), {20, 1, 4, 10, 0, 0, 1, 4}, 4, "not a multicast address"},
+        {status.c_str(), join({{20}, kGroup, {0}}), 4, "'0' does not fit"},
+        {status.c_str(), row, 6, "no such group"},
+    });
+    EXPECT_EQ(set({{"dot1qVlanStaticRowStatus", {20}, 6}}), 0);
+    EXPECT_TRUE(rows(status).empty() && rows("mvrPortVlanId").empty());
+}
+
+TEST_F(MulticastSwitch, HasSourceAndReceiverPortsOfMulticastVlans) {
+    const std::string source = ports({1, 26, 90}), receivers = ports({7});
+    EXPECT_EQ(set({{"mvrSourcePortList", {30}, written(source)}, {"mvrReceivePortList", {30}, written(receivers)}}), 0);
+    EXPECT_EQ(get("mvrSourcePortList", {30}), source);
+    EXPECT_EQ(get("mvrReceivePortList", {30}), receivers);
+    EXPECT_EQ(get("mvrReceivePortList", {20}), ports({5, 6}));
+    EXPECT_EQ(set({{"mvrSourcePortList", {30}, source}}), 0);  // too short to have ports
+    EXPECT_EQ(get("mvrSourcePortList", {30}), ports({}));
+    EXPECT_TRUE(log_.empty()) << log_.front();
+    EXPECT_NE(set({{"mvrSourcePortList", {99}, written(source)}}), 0);
+    EXPECT_TRUE(contains(log_.at(0), "no such VLAN")) << log_[0];
+    EXPECT_EQ(set({{"mvrPortRowStatus", {30}, 6}}), 0);
+    EXPECT_TRUE(rows("mvrPortRowStatus").empty());  // of every VLAN
+}
+
+class MulticastSwitchOfMany : public MulticastSwitch {
+protected:
+    MulticastSwitchOfMany() : MulticastSwitch({.groups = 500}) {}
+};
+
+TEST_F(MulticastSwitchOfMany, HasAllGroupsOfSnooping) { EXPECT_GT(expect_agreement(), 400u); }
+
+}  // namespace sw
