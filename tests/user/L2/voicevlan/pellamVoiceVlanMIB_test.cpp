@@ -121,6 +121,12 @@ TEST_F(VoiceVlan, OuiRecordOutlivesTheRequest) {
     EXPECT_EQ(set("dVoiceVlanOuiRowStatus", other, Integer, integer(createAndGo)), noError);
     EXPECT_THAT(lines(), ElementsAre("5 no " + oui, "5 " + created, "5 " + created));
     EXPECT_EQ(staged(), "");
+    // A description clears what was staged before it.
+    EXPECT_EQ(write(reserve1, description("desk phone")), noError);
+    EXPECT_EQ(write(reserve1, status(destroy)), noError);
+    EXPECT_EQ(write(reserve1, description("any")), noError);
+    EXPECT_EQ(staged(), "any");
+    EXPECT_FALSE(pending());
 }
 
 }  // namespace tests
