@@ -7,14 +7,14 @@ import sys
 import tempfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path.append(os.path.join(HERE, "..", "e2e"))
+
+from agent_process import Failure
+
 TEXTS = os.path.join(HERE, "..", "..", "mibs")
 STANDARD = os.path.join(HERE, "standard")
 ROOT = "SWITCH-ROOT-MIB"
 REFUSED = 3  # mibhost's exit status for a SET that is refused
-
-
-class Failure(Exception):
-    """What does not agree; the message says all of it."""
 
 
 def modules():
@@ -103,7 +103,7 @@ class Texts:
         return self._dumps[module]
 
     def syntax(self, fields):
-        """The syntax that smidump gives: the name of a type, or a type that is narrowed from one or from a base type."""
+        """The syntax that smidump gives: a type by name, or one that is narrowed from a named or a base type."""
         if "basetype" not in fields:
             return self._named(fields["module"], fields["name"])
         parent = fields.get("parent module")
