@@ -123,7 +123,8 @@ Library::Library(const std::string& path) : path_(path) {
         // The loader would map a file that is cut short, and fail later. A name without a slash is for it to find.
         const bool is_path = path.find('/') != std::string::npos;
         if (is_path) read_exports(path);
-        handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        // Never unmapped: modules keep what they allocate when they are initialised.
+        handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
         if (handle_ == nullptr) {
             const char* reason = dlerror();
             throw std::runtime_error(reason != nullptr ? reason : "the loader gives no reason");
