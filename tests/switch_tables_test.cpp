@@ -46,21 +46,21 @@ TEST_F(OnSwitch, IsWalkedFromEndToEnd) {
 }
 
 TEST_F(OnSwitch, ComesWithPlausibleTables) {
-    const std::tuple<const char*, std::size_t> counts[] = {{"ifDescr", 30},
-                                                           {"ifName", 30},
+    const std::tuple<const char*, std::size_t> counts[] = {{"ifDescr", 31},
+                                                           {"ifName", 31},
                                                            {"swPortSpeed", 26},
-                                                           {"nVlanInterfaceName", 2},
+                                                           {"nVlanInterfaceName", 3},
                                                            {"dot1qVlanFdbId", 4},
                                                            {"dot1qVlanStaticName", 4},
                                                            {"dot1qPvid", 26},
                                                            {"inetCidrRouteIfIndex", 8},
-                                                           {"mgmdMldSnpState", 2},
-                                                           {"mgmdIgmpSnpStatisticColumn4", 28},
+                                                           {"mgmdMldSnpState", 3},
+                                                           {"mgmdIgmpSnpStatisticColumn4", 32},
                                                            {"mgmdIgmpSnpFilterLimit", 1},
                                                            {"mgmdMldSnpGroupStatus", 6}};
     for (const auto& [object, count] : counts) EXPECT_EQ(rows(object).size(), count) << object;
     const std::tuple<const char*, Index, Fact> facts[] = {
-        {"ifNumber", {0}, 30},
+        {"ifNumber", {0}, 31},
         {"ifTableLastChange", {0}, 0},
         {"swPortTableNumber", {0}, 26},
         {"dot1qNumVlans", {0}, 4},
@@ -226,7 +226,7 @@ TEST_F(OnSwitch, MakesAndRemovesVlanInterfaces) {
     EXPECT_EQ(get("ifTableLastChange"), 600);
     EXPECT_EQ(get("nVlanInterfaceName", {20}), kNone);
     EXPECT_EQ(get("mgmdMldSnpState", {1044, 2}), kNone);
-    EXPECT_EQ(get("ifNumber"), 30);
+    EXPECT_EQ(get("ifNumber"), 31);
     EXPECT_TRUE(log_.empty()) << log_.front();
     EXPECT_FALSE(configure(-1, "no shutdown"));  // nothing is entered
 }

@@ -72,6 +72,9 @@ public:
     virtual void interface_made(std::uint32_t /*ifindex*/) {}
     virtual void interface_removed(std::uint32_t /*ifindex*/) {}
     virtual void interface_went(std::uint32_t /*ifindex*/, bool /*up*/) {}
+    // An interface gets its first address in a network, a prefix as in an index, or loses its last one.
+    virtual void network_made(std::uint32_t /*vrf*/, std::uint32_t /*ifindex*/, const Index& /*prefix*/) {}
+    virtual void network_removed(std::uint32_t /*vrf*/, std::uint32_t /*ifindex*/, const Index& /*prefix*/) {}
     virtual void port_changed(std::uint32_t /*ifindex*/) {}  // in what is set for it
     virtual void vlan_made(std::uint32_t /*vid*/) {}
     virtual void vlan_removed(std::uint32_t /*vid*/) {}

@@ -1,6 +1,7 @@
 // Every area, in alphabetical order. Each one's file defines `void add_AREA(Switch&)`, which makes it.
 // clang-format off
 #define SWITCH_AREAS(area) \
+    area(addresses)        \
     area(bridge)           \
     area(classification)   \
     area(ethernet)         \
@@ -8,8 +9,10 @@
     area(group_membership) \
     area(health)           \
     area(interfaces)       \
+    area(ip_interfaces)    \
     area(multicast_routes) \
     area(mvr)              \
+    area(neighbours)       \
     area(ports)            \
     area(power_saving)     \
     area(private_vlans)    \

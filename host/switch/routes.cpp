@@ -1,6 +1,6 @@
 // Routes by VRF: their table, whose rows the commands alone name, and the lines that add and remove static routes.
+#include "switch/addresses.h"
 #include "switch/vlans.h"
-#include "switch/vrfs.h"
 
 #include <fmt/format.h>
 
@@ -12,7 +12,7 @@
 namespace sw {
 namespace {
 
-constexpr std::uint32_t kIpv6 = 2;
+constexpr std::uint32_t kIpv4 = 1, kIpv6 = 2;
 constexpr std::uint32_t kNoVrf = std::numeric_limits<std::uint32_t>::max();
 
 // How a route is known.
@@ -29,27 +29,10 @@ struct Route {
     Duration since{};
 };
 
-// The octets of an address, after its type and length.
-Value octets(const Index& address) { return octets_of(address.data() + 2, address[1]); }
-
-bool is_unspecified(const Index& address) {
-    return std::all_of(address.begin() + 2, address.end(), [](oid octet) { return octet == 0; });
-}
-
-bool bit(const Index& address, std::uint32_t n) { return address[2 + n / 8] & 0x80u >> n % 8; }
-
-// Whether the address begins as the prefix does.
-bool covers(const Index& prefix, const Index& address) {
-    if (prefix[0] != address[0]) return false;
-    for (std::uint32_t n = 0; n < prefix.back(); ++n)
-        if (bit(prefix, n) != bit(address, n)) return false;
-    return true;
-}
-
-bool has_host_bits(const Index& prefix) {
-    for (std::uint32_t n = prefix.back(); n < 8 * prefix[1]; ++n)
-        if (bit(prefix, n)) return true;
-    return false;
+// The next hop of a connected route.
+Index unspecified(std::uint32_t type) {
+    const oid length = type == kIpv4 ? 4 : 16;
+    return join({{type, length}, Index(length)});
 }
 
 // Destination type, next-hop type, then of both: IPv4 address, IPv6 address and, between them, the prefix length.
@@ -76,6 +59,8 @@ class Routes : public Area {
 public:
     explicit Routes(Switch&);
     void describe(Description&) override;
+    void network_made(std::uint32_t vrf, std::uint32_t ifindex, const Index& prefix) override;
+    void network_removed(std::uint32_t vrf, std::uint32_t ifindex, const Index& prefix) override;
 
 private:
     Route& make(std::uint32_t vrf, const Index& destination, const Index& next_hop);
@@ -96,27 +81,32 @@ private:
 
 Routes::Routes(Switch& its_switch)
     : Area(its_switch), vlans_(its_switch.area<Vlans>()), vrfs_(its_switch.area<Vrfs>()) {
-    const Index here4{1, 4, 0, 0, 0, 0}, here6{2, 16, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
-    const auto ipv6 = [](oid subnet, oid host) {
-        return Index{2, 16, 0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, subnet, 0, 0, 0, 0, 0, 0, 0, host};
-    };
-    const auto network = [](const Index& address, oid bits) { return join({address, {bits}}); };
-    add(kDefaultVrf, network(here4, 0), {1, 4, 192, 0, 2, 254}, kStatic, 1, 1);
-    add(kDefaultVrf, {1, 4, 10, 0, 10, 0, 24}, here4, kConnected, 10, 0);
-    add(kDefaultVrf, {1, 4, 192, 0, 2, 0, 24}, here4, kConnected, 1, 0);
-    add(kDefaultVrf, {1, 4, 198, 51, 100, 0, 24}, {1, 4, 10, 0, 10, 2}, kOspf, 10, 20);
-    add(kDefaultVrf, {1, 4, 198, 51, 100, 0, 24}, {1, 4, 192, 0, 2, 253}, kOspf, 1, 20);
-    add(kDefaultVrf, network(here6, 0), ipv6(1, 254), kStatic, 1, 1);
-    for (const oid vlan : {1u, 10u}) add(kDefaultVrf, network(ipv6(vlan, 0), 64), here6, kConnected, vlan, 0);
-    const std::uint32_t red = *vrfs_.find("red");
-    add(red, {1, 4, 10, 0, 110, 0, 24}, here4, kConnected, 10, 0);
-    add(red, {1, 4, 203, 0, 113, 0, 24}, {1, 4, 10, 0, 110, 3}, kStatic, 10, 1);
+    for (const auto& [row, count] : its_switch.area<Addresses>().networks())
+        network_made(row[0], row[1], Index(row.begin() + 2, row.end()));
+    const auto anywhere = [](std::uint32_t type) { return join({unspecified(type), {0}}); };
+    const Index router6{kIpv6, 16, 0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 254};
+    add(kDefaultVrf, anywhere(kIpv4), {kIpv4, 4, 192, 0, 2, 254}, kStatic, 1, 1);
+    add(kDefaultVrf, {kIpv4, 4, 198, 51, 100, 0, 24}, {kIpv4, 4, 10, 0, 10, 2}, kOspf, 10, 20);
+    add(kDefaultVrf, {kIpv4, 4, 198, 51, 100, 0, 24}, {kIpv4, 4, 192, 0, 2, 253}, kOspf, 1, 20);
+    add(kDefaultVrf, anywhere(kIpv6), router6, kStatic, 1, 1);
+    add(*vrfs_.find("red"), {kIpv4, 4, 203, 0, 113, 0, 24}, {kIpv4, 4, 10, 0, 110, 3}, kStatic, 30, 1);
 
     const std::size_t count = its_switch.size().routes;
     const std::size_t missing = count - std::min(count, in_default_vrf());
     for (oid i = 0; i < missing; ++i)
         add(kDefaultVrf, {1, 4, 11 + i / 0x10000 % 200, i / 0x100 % 0x100, i % 0x100, 0, 24}, {1, 4, 10, 0, 10, 2},
             kOspf, 10, 20);
+}
+
+void Routes::network_made(std::uint32_t vrf, std::uint32_t ifindex, const Index& prefix) {
+    Route& route = make(vrf, prefix, unspecified(prefix[0]));
+    route.ifindex = ifindex;
+    route.protocol = kConnected;
+    route.since = uptime();
+}
+
+void Routes::network_removed(std::uint32_t vrf, std::uint32_t, const Index& prefix) {
+    routes_.erase(join({{vrf}, prefix, unspecified(prefix[0])}));
 }
 
 Route& Routes::make(std::uint32_t vrf, const Index& destination, const Index& next_hop) {
@@ -199,7 +189,7 @@ Outcome Routes::set(const Vrf& vrf, const Argument& destination, const Argument&
                     const Argument& type, const Argument& id) {
     const Index to = destination.index(), hop = next_hop.index();
     if (has_host_bits(to)) return refused("the destination has bits after its prefix");
-    if (is_unspecified(hop)) return refused("the next hop is not a host");
+    if (hop == unspecified(hop[0])) return refused("the next hop is not a host");
     if (type.text == "vlan" && !vlans_.has(id.number)) return refused("there is no such VLAN");
     if (type.text == "tunnel" && id.number >= kVlanIfIndexBase - kTunnelIfIndexBase)
         return refused("there is no such tunnel");

@@ -35,6 +35,7 @@ const Size& checked(const Size& size) {
     check("ports", size.ports, kMostPorts);
     check("VLANs", size.vlans, kLastVlan);
     check("routes", size.routes, kMostRows);
+    check("neighbours", size.neighbours, kMostRows);
     check("FDB entries", size.fdb, kMostRows);
     check("groups", size.groups, kMostRows);
     return size;

@@ -1,6 +1,6 @@
 // A switch without hardware: 24 copper ports (the last four combo), 2 fiber ports, transceivers, VLANs, VLAN interfaces,
-// routes in two VRFs, IGMP and MLD snooping, multicast routers and VLANs, and counters that move with time. It answers show
-// requests from its tables, and configuration lines change what they say.
+// IP addresses, neighbours and routes in two VRFs, IGMP and MLD snooping, multicast routers and VLANs, and counters that
+// move with time. It answers show requests from its tables, and configuration lines change what they say.
 #pragma once
 
 #include "services/services.h"
@@ -22,11 +22,12 @@ constexpr std::size_t kMostRows = 100'000;
 // Rows that there are at least, beyond what the switch comes with anyway: for measurements on large tables. The switch
 // refuses more than the ranges allow with std::invalid_argument.
 struct Size {
-    std::size_t ports = 0;   // 0 to 90; those from 27 on are copper ports
-    std::size_t vlans = 0;   // 0 to 4094
-    std::size_t routes = 0;  // 0 to 100,000: IPv4 and IPv6 ones in the default VRF
-    std::size_t fdb = 0;     // 0 to 100,000: addresses learned in the forwarding database
-    std::size_t groups = 0;  // 0 to 100,000: learned by IGMP and as many by MLD, each with a source and a host
+    std::size_t ports = 0;       // 0 to 90; those from 27 on are copper ports
+    std::size_t vlans = 0;       // 0 to 4094
+    std::size_t routes = 0;      // 0 to 100,000: IPv4 and IPv6 ones in the default VRF
+    std::size_t neighbours = 0;  // 0 to 100,000: IPv4 and IPv6 ones in the default VRF
+    std::size_t fdb = 0;         // 0 to 100,000: addresses learned in the forwarding database
+    std::size_t groups = 0;      // 0 to 100,000: learned by IGMP and as many by MLD, each with a source and a host
 };
 
 struct Options {

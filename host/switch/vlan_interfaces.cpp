@@ -7,7 +7,7 @@ namespace sw {
 
 VlanInterfaces::VlanInterfaces(Switch& its_switch)
     : Area(its_switch), interfaces_(its_switch.area<Interfaces>()), vlans_(its_switch.area<Vlans>()) {
-    for (const std::uint32_t vid : {1u, 10u}) make(vid);
+    for (const std::uint32_t vid : {1u, 10u, 30u}) make(vid);
 }
 
 void VlanInterfaces::make(std::uint32_t vid) {

@@ -20,6 +20,8 @@ public:
         return interfaces_.lines(d, kVlanIfIndexBase + 1, kVlanIfIndexBase + kLastVlan, "VLAN interface");
     }
 
+    const Interfaces& interfaces() const { return interfaces_; }
+
 private:
     void make(std::uint32_t vid);  // unless it is there
     void settle(std::uint32_t vid);

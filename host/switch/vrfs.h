@@ -19,6 +19,13 @@ public:
     using Area::Area;
     void describe(Description&) override;
 
+    void interface_removed(std::uint32_t ifindex) override { bound_.erase(ifindex); }
+
+    // The number of the VRF that an interface is in.
+    std::uint32_t of(std::uint32_t ifindex) const {
+        const auto bound = bound_.find(ifindex);
+        return bound != bound_.end() ? bound->second : kDefaultVrf;
+    }
     // The number of the one that a command names, the default one for an absent word; none: there is no such VRF.
     std::optional<std::uint32_t> find(std::string_view name) const;
     // For a table of several VRFs, whose rows have the VRF's number before their index, and whose command ends in
@@ -29,6 +36,8 @@ public:
 
 private:
     std::map<std::string, Vrf, std::less<>> vrfs_{{"", {kDefaultVrf}}, {"red", {1}}};
+    std::map<std::uint32_t, std::uint32_t> bound_{
+        {kVlanIfIndexBase + 30, 1}};  // by ifIndex; all others: the default VRF
 };
 
 }  // namespace sw

@@ -233,6 +233,7 @@ CommandLine::CommandLine()
         add_size("--ports", options.size.ports, sw::kMostPorts, "ports");
         add_size("--vlans", options.size.vlans, 4094, "VLANs");
         add_size("--routes", options.size.routes, sw::kMostRows, "routes in the default VRF");
+        add_size("--neighbours", options.size.neighbours, sw::kMostRows, "neighbours in the default VRF");
         add_size("--fdb", options.size.fdb, sw::kMostRows, "addresses in the forwarding database");
         add_size("--groups", options.size.groups, sw::kMostRows, "multicast groups of each of IGMP and MLD");
     }
