@@ -78,7 +78,7 @@ TEST_F(MulticastSwitch, RoutesOnVlanInterfacesAlone) {
     EXPECT_EQ(get("mgmdIgmpLimit", {1044}), kNone);
     EXPECT_EQ(get("mgmdMldLimit", {1044}), kNone);
     EXPECT_EQ(set({{"nVlanInterfaceRowStatus", {10}, 6}}), 0);
-    EXPECT_EQ(rows("mgmdRouterInterfaceVersion").size(), 1u);
+    EXPECT_EQ(rows("mgmdRouterInterfaceVersion").size(), 2u);
     EXPECT_EQ(rows("mgmdRouterCacheUpTime").size(), 1u);
     EXPECT_EQ(rows("mgmdInverseRouterCacheAddress").size(), 1u);
     EXPECT_EQ(rows("mgmdRouterSrcListExpire").size(), 1u);

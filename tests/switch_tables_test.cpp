@@ -55,7 +55,7 @@ TEST_F(OnSwitch, ComesWithPlausibleTables) {
                                                            {"dot1qPvid", 26},
                                                            {"inetCidrRouteIfIndex", 8},
                                                            {"mgmdMldSnpState", 3},
-                                                           {"mgmdIgmpSnpStatisticColumn4", 32},
+                                                           {"mgmdIgmpSnpStatisticColumn4", 34},
                                                            {"mgmdIgmpSnpFilterLimit", 1},
                                                            {"mgmdMldSnpGroupStatus", 6}};
     for (const auto& [object, count] : counts) EXPECT_EQ(rows(object).size(), count) << object;

@@ -104,7 +104,7 @@ TEST_F(OnSwitch, RoutesMulticastInEachVrf) {
         EXPECT_EQ(rows("ipMcastRouteNextHopState").size(), count);
     }
     services::services().context.vrf = "red";
-    EXPECT_EQ(rows("ipMcastInterfaceTtl"), (std::vector<Index>{{1, 898}, {1, 1034}}));
+    EXPECT_EQ(rows("ipMcastInterfaceTtl"), (std::vector<Index>{{1, 898}, {1, 1054}}));
     EXPECT_EQ(get("ipMcastRouteInIfIndex", kFirst), kNone);
     services::services().context.vrf.reset();
     EXPECT_EQ(get("ipMcastRouteInIfIndex", kFirst), 1034);

@@ -52,14 +52,13 @@ MulticastRoutes::MulticastRoutes(Switch& its_switch)
     : Area(its_switch), interfaces_(its_switch.area<Interfaces>()), vrfs_(its_switch.area<Vrfs>()) {
     its_switch.area<VlanInterfaces>();
     for (const auto& [ifindex, interface] : interfaces_.all()) interface_made(ifindex);
-    for (const std::uint32_t ifindex : {kTunnelIfIndexBase + 2, kVlanIfIndexBase + 10})
-        routed_[{*vrfs_.find("red"), 1, ifindex}];
+    routed_[{vrfs_.of(kTunnelIfIndexBase + 2), 1, kTunnelIfIndexBase + 2}];
     learn();
 }
 
-// VLAN interfaces route in the default VRF from the start.
+// VLAN interfaces route from the start.
 void MulticastRoutes::interface_made(std::uint32_t ifindex) {
-    if (VlanInterfaces::is_one(ifindex)) routed_[{kDefaultVrf, 1, ifindex}];
+    if (VlanInterfaces::is_one(ifindex)) routed_[{vrfs_.of(ifindex), 1, ifindex}];
 }
 
 void MulticastRoutes::interface_removed(std::uint32_t ifindex) {
@@ -75,11 +74,11 @@ void MulticastRoutes::interface_removed(std::uint32_t ifindex) {
 
 // What sources send and hosts have joined.
 void MulticastRoutes::learn() {
-    const std::uint32_t vlan1 = kVlanIfIndexBase + 1, vlan10 = kVlanIfIndexBase + 10;
+    const std::uint32_t vlan1 = kVlanIfIndexBase + 1, vlan10 = kVlanIfIndexBase + 10, vlan30 = kVlanIfIndexBase + 30;
     learn(kDefaultVrf, vlan10, {10, 0, 10, 10}, {239, 1, 0, 1}, vlan1);
     learn(kDefaultVrf, vlan1, {192, 0, 2, 10}, {239, 1, 0, 2}, vlan10);
     learn(kDefaultVrf, vlan1, {192, 0, 2, 11}, {239, 1, 0, 3}, vlan10);
-    learn(*vrfs_.find("red"), vlan10, {10, 0, 110, 7}, {239, 1, 0, 9}, kTunnelIfIndexBase + 2);
+    learn(vrfs_.of(vlan30), vlan30, {10, 0, 110, 7}, {239, 1, 0, 9}, kTunnelIfIndexBase + 2);
 }
 
 void MulticastRoutes::learn(std::uint32_t vrf, std::uint32_t in, const Index& source, const Index& group,

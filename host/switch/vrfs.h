@@ -36,8 +36,8 @@ public:
 
 private:
     std::map<std::string, Vrf, std::less<>> vrfs_{{"", {kDefaultVrf}}, {"red", {1}}};
-    std::map<std::uint32_t, std::uint32_t> bound_{
-        {kVlanIfIndexBase + 30, 1}};  // by ifIndex; all others: the default VRF
+    // Interfaces that are in another VRF than the default one, by ifIndex.
+    std::map<std::uint32_t, std::uint32_t> bound_{{kTunnelIfIndexBase + 2, 1}, {kVlanIfIndexBase + 30, 1}};
 };
 
 }  // namespace sw
