@@ -182,7 +182,7 @@ TEST_F(IpAddresses, Ipv6AddressGoesToItsVlanInterfaceOrToGlobalMode) {
 
 // --- neighbours ------------------------------------------------------------------------------------------------------
 
-class Neighbours : public IpAddresses {
+class IpNeighbours : public IpAddresses {
 protected:
     static constexpr int kDynamic = 3, kStatic = 4;
     const Oid ipv4 = join({kVlan10}, kIpv4);
@@ -191,7 +191,7 @@ protected:
     const std::string enter = "5 interface vlan10";
     const std::string arp = "-1 ip arp 10.0.10.9  00-1f-ab-03-04-ff";
 
-    Neighbours() {
+    IpNeighbours() {
         // What other tests left is of another row then, and static.
         type({1}, kStatic);
         address({1});
@@ -206,7 +206,7 @@ protected:
     }
 };
 
-TEST_F(Neighbours, WritersCheckAndSend) {
+TEST_F(IpNeighbours, WritersCheckAndSend) {
     expect_checks({
         Writable("ipNetToPhysicalPhysAddress", ipv4, OctetString, octets(6, 6)).sends({{mac, {enter, arp}}}),
         Writable("ipNetToPhysicalType", join({1044}, kIpv4), Integer, between(3, 4)).sends_nothing(),
@@ -220,7 +220,7 @@ TEST_F(Neighbours, WritersCheckAndSend) {
     });
 }
 
-TEST_F(Neighbours, PhysicalAddressIsSentAtOnceAndRememberedEvenIfRefused) {
+TEST_F(IpNeighbours, PhysicalAddressIsSentAtOnceAndRememberedEvenIfRefused) {
     EXPECT_EQ(address(ipv6), noError);
     EXPECT_THAT(lines(), ElementsAre(enter, "-1 ip arp 2001:db8::9  00-1f-ab-03-04-ff"));
     forget();
@@ -235,7 +235,7 @@ TEST_F(Neighbours, PhysicalAddressIsSentAtOnceAndRememberedEvenIfRefused) {
     EXPECT_EQ(address(ipv4), noError);
 }
 
-TEST_F(Neighbours, RowNeedsThePhysicalAddressThatWasWrittenForIt) {
+TEST_F(IpNeighbours, RowNeedsThePhysicalAddressThatWasWrittenForIt) {
     EXPECT_THAT(lines_of(ipv4, createAndGo, genErr), IsEmpty());
     EXPECT_EQ(set({{"ipNetToPhysicalPhysAddress", ipv4, OctetString, mac},
                    {"ipNetToPhysicalType", ipv4, Integer, integer(kStatic)},
@@ -254,7 +254,7 @@ TEST_F(Neighbours, RowNeedsThePhysicalAddressThatWasWrittenForIt) {
     EXPECT_THAT(lines_of({kVlan10}, createAndGo, genErr), IsEmpty());
 }
 
-TEST_F(Neighbours, Ipv6IsNotCreatedAndNeedsAnAddressesInterface) {
+TEST_F(IpNeighbours, Ipv6IsNotCreatedAndNeedsAnAddressesInterface) {
     address(ipv6);
     EXPECT_THAT(lines_of(ipv6, createAndGo, genErr), IsEmpty());
     for (const std::uint32_t ifindex : kOthers) {
@@ -267,7 +267,7 @@ TEST_F(Neighbours, Ipv6IsNotCreatedAndNeedsAnAddressesInterface) {
     }
 }
 
-TEST_F(Neighbours, DestroyGoesByTheTypeThatWasWrittenLast) {
+TEST_F(IpNeighbours, DestroyGoesByTheTypeThatWasWrittenLast) {
     EXPECT_THAT(lines_of(ipv4, destroy), ElementsAre(enter, "-1 no ip arp 10.0.10.9"));
     EXPECT_THAT(lines_of(ipv6, destroy), ElementsAre("5 no ipv6 neighbor 2001:db8::9 vlan10"));
     refused_lines = {"no ipv6 neighbor 2001:db8::9 vlan10"};
