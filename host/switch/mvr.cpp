@@ -83,13 +83,16 @@ void Mvr::add_lines(Description& d) {
         const bool removed = remove_group(join({{arguments[1].number}, arguments[0].index()}));
         return removed ? accepted : refused("there is no such group");
     });
-    for (const auto& [role, list] : {std::pair{"source", &Members::source}, std::pair{"receive", &Members::receive}})
+    const auto ports = [&](const char* role, PortList Members::*list) {
         global.line(fmt::format("mvr snmp vlan {{1..{}}} {} {{int}} {{int}} {{int}}", kLastVlan, role),
                     [this, list](const Arguments& arguments) {
                         if (!vlans_.has(arguments[0].number)) return refused("there is no such VLAN");
                         members_[arguments[0].number].*list = port_list(&arguments[1]);
                         return accepted;
                     });
+    };
+    ports("source", &Members::source);
+    ports("receive", &Members::receive);
     // Managers cannot say whose ports: the line has "%d" where the VLAN would be.
     global.line("mvr snmp vlan %d remove all_port", [this] { members_.clear(); });
 }
