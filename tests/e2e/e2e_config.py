@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Configures a running agent with pysnmp in SETs of several varbinds, and reads all of it back: a VLAN with its ports,
-what frames are classified by, private VLANs, the voice VLAN, the hardware, the bridge, routes, snooping, multicast
-routers and VLANs, streams and the clock."""
+what frames are classified by, private VLANs, the voice VLAN, the hardware, the bridge, IP addresses and neighbours,
+router advertisements, routes, snooping, multicast routers and VLANs, streams and the clock."""
 
 import sys
 
@@ -265,6 +265,43 @@ def routes(agent, client):
     print("routes: added with metric and interface, changed, removed")
 
 
+def addresses(agent, client):
+    """An address with its prefix and connected route, neighbours, and router advertisements of a new interface."""
+    ip = (1, 3, 6, 1, 2, 1, 4)
+    ifindex, status, prefix = ip + (34, 1, 3), ip + (34, 1, 10), ip + (32, 1, 5)
+    network = (1, 4, 10, 0, 40, 0, 24)
+    row, route = (1, 4, 10, 0, 40, 1), network + (2, 0, 0, 1, 4, 0, 0, 0, 0)
+    for value, no, seen in ((CREATE, "", VLAN10), (DESTROY, "no ", None)):
+        configure(agent, client, [(ifindex + row, Integer32(VLAN10)), (status + row, value)],
+                  [f"{no}ipaddresstable ip {VLAN10} 10.0.40.1"])
+        expect(client, {(ifindex, row): seen and Integer32(seen), (ROUTE_IFINDEX, route): seen and Integer32(seen),
+                        (prefix, (VLAN10,) + network): seen and Integer32(2)})
+
+    physical, kind, neighbour_status = (ip + (35, 1, n) for n in (4, 6, 8))
+    mac, row = OctetString(hexValue="001f2e030405"), (VLAN10, 1, 4, 10, 0, 10, 77)
+    arp = ["interface vlan10", "ip arp 10.0.10.77  00-1f-2e-03-04-05"]
+    configure(agent, client, [(physical + row, mac), (neighbour_status + row, CREATE)], arp + arp)
+    expect(client, {(physical, row): mac, (kind, row): Integer32(4)})
+    configure(agent, client, [(neighbour_status + row, DESTROY)], ["interface vlan10", "no ip arp 10.0.10.77"])
+    row6 = (VLAN10, 2, 16) + tuple(bytes.fromhex("20010db80000000a0000000000000077"))
+    start = len(agent.lines)
+    check(client.set((physical + row6, mac)) == (5, 1), "the physical address of an IPv6 neighbour is accepted")
+    agent.wait_for_line('config .*"ip arp 2001:db8:0:a::77 ', start=start)
+    configure(agent, client, [(neighbour_status + row6, CREATE)], [])
+    expect(client, {(physical, row): None, (physical, row6): None})
+
+    adverts = ip + (39, 1)
+    longest, shortest, row = adverts + (3,), adverts + (4,), (VLAN10,)
+    configure(agent, client, [(longest + row, Gauge32(100)), (shortest + row, Gauge32(50)),
+                              (adverts + (12,) + row, CREATE)], ["interface vlan10", "ipv6 nd ra-interval 100 50"])
+    expect(client, {(longest, row): Gauge32(100), (shortest, row): Gauge32(50)})
+    configure(agent, client, [(shortest + row, Gauge32(60))], ["interface vlan10", "ipv6 nd ra-min-interval 60"])
+    expect(client, {(shortest, row): Gauge32(60)})
+    configure(agent, client, [(adverts + (12,) + row, DESTROY)], ["interface vlan10", "ipv6 nd suppress-ra"])
+    expect(client, {(longest, row): None})
+    print("IP: an address with its prefix and route, a neighbour, and router advertisements come, change and go")
+
+
 def snooping(agent, client):
     for arc, kind, config, group in ((IGMP, 1, "ip igmp", (1, 4, 239, 1, 1, 9)),
                                      (MLD, 2, "ipv6 mld", (2, 16, 255, 30) + (0,) * 13 + (9,))):
@@ -323,7 +360,7 @@ def multicast(agent, client):
     configure(agent, client, [(sources + (20,), OctetString(bytes(640) + bytes(ports(1, 25))))],
               ["mvr snmp vlan  20 source -2147483520 0 0"])
     expect(client, {(sources, (20,)): ports(1, 25)})
-    for root, count in ((router, 2 * 16 + 3 * 9), (vendor + (3, 1), 10), (mvr, 2 * 5 + 4)):
+    for root, count in ((router, 3 * 16 + 3 * 9), (vendor + (3, 1), 10), (mvr, 2 * 5 + 4)):
         walked = client.walk(root, 25)
         check(len(walked) == count, f"a walk of {dotted(root)} has {len(walked)} instances, not {count}")
     print("multicast: a router's setting, limit and access group, and a multicast VLAN's group and ports read back")
@@ -359,6 +396,7 @@ def run(mibhost, library):
         hardware(agent, client)
         bridge(agent, client)
         routes(agent, client)
+        addresses(agent, client)
         snooping(agent, client)
         multicast(agent, client)
         streams(agent, client)
