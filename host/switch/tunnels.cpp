@@ -157,7 +157,7 @@ void Tunnels::describe(Description& d) {
             .of(tunnels_, [this](const Entered& entered) { settle(entered.object); });
     const auto end = [&tunnel](const std::string& name, Tunnel::Address Tunnel::*which) {
         tunnel.line("tunnel " + name + " {ipv4}", [which](Tunnel& t, const Arguments& said) {
-            if (said[0].octets[0] / 16 == 14) return refused("it is no address of a host");
+            if (said[0].octets[0] / 16 == 14) return refused("the address is not one of a host");
             std::copy_n(said[0].octets.begin(), (t.*which).size(), (t.*which).begin());
             return accepted;
         });
