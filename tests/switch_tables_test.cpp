@@ -311,7 +311,7 @@ TEST_F(OnSwitch, MakesAndRemovesStaticRoutes) {
     expect({{"inetCidrRouteMetric1", kLab, 30}});
     EXPECT_EQ(get("inetCidrRouteAge", kLab), 90);
 
-    const std::pair<oid, oid> interfaces[] = {{1034, 1034}, {1023, 1023}};
+    const std::pair<oid, oid> interfaces[] = {{1034, 1034}, {897, 897}};
     for (const auto& [asked, answered] : interfaces) {
         EXPECT_EQ(set({{"inetCidrRouteIfIndex", kLab6, asked}, {"inetCidrRouteStatus", kLab6, 4}}), 0);
         EXPECT_EQ(get("inetCidrRouteIfIndex", kLab6), answered);

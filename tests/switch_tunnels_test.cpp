@@ -75,6 +75,22 @@ TEST_F(OnSwitch, EndOfATunnelMakesItUnlessItIsRefused) {
     EXPECT_TRUE(contains(log_.back(), "port1 is not a tunnel")) << log_.back();
 }
 
+TEST_F(OnSwitch, TunnelTakesItsAddressesWithIt) {
+    const Index address{1, 4, 10, 99, 0, 1}, network{1, 4, 10, 99, 0, 0, 24};
+    const Index connected = join({network, {2, 0, 0, 1, 4, 0, 0, 0, 0}});
+    EXPECT_EQ(set({{"ipAddressIfIndex", address, 897}, {"ipAddressRowStatus", address, 4}}), 0);
+    EXPECT_EQ(get("ipAddressIfIndex", address), 897);
+    EXPECT_EQ(get("ipAddressPrefixOrigin", join({{897}, network})), 2);
+    EXPECT_EQ(get("inetCidrRouteIfIndex", connected), 897);
+    EXPECT_EQ(set({{"tunnelInetConfigStatus", tunnel(9, 12, 1), 6}}), 0);
+    EXPECT_EQ(get("ipAddressIfIndex", address), kNone);
+    EXPECT_EQ(get("inetCidrRouteIfIndex", connected), kNone);
+    EXPECT_TRUE(log_.empty()) << log_.front();
+    // Nor can a route go through it any more.
+    EXPECT_FALSE(configure(5, "ipv6 route 2001:db8::/32 tunnel 1 fe80::1"));
+    EXPECT_TRUE(contains(log_.back(), "no such tunnel")) << log_.back();
+}
+
 TEST_F(OnSwitch, SwitchesProxyArpPerInterface) {
     for (const std::string table : {"proxyARP", "localproxyARP"}) {
         const std::string status = table + "RowStatus";

@@ -74,13 +74,17 @@ private:
                 const Argument& type = {}, const Argument& id = {});
     Outcome remove(const Vrf&, const Argument& destination, const Argument& next_hop);
 
+    Interfaces& interfaces_;
     Vlans& vlans_;
     Vrfs& vrfs_;
     std::map<Index, Route> routes_;  // by VRF number, destination, next hop
 };
 
 Routes::Routes(Switch& its_switch)
-    : Area(its_switch), vlans_(its_switch.area<Vlans>()), vrfs_(its_switch.area<Vrfs>()) {
+    : Area(its_switch),
+      interfaces_(its_switch.area<Interfaces>()),
+      vlans_(its_switch.area<Vlans>()),
+      vrfs_(its_switch.area<Vrfs>()) {
     for (const auto& [row, count] : its_switch.area<Addresses>().networks())
         network_made(row[0], row[1], Index(row.begin() + 2, row.end()));
     const auto anywhere = [](std::uint32_t type) { return join({unspecified(type), {0}}); };
@@ -191,15 +195,18 @@ Outcome Routes::set(const Vrf& vrf, const Argument& destination, const Argument&
     if (has_host_bits(to)) return refused("the destination has bits after its prefix");
     if (hop == unspecified(hop[0])) return refused("the next hop is not a host");
     if (type.text == "vlan" && !vlans_.has(id.number)) return refused("there is no such VLAN");
-    if (type.text == "tunnel" && id.number >= kVlanIfIndexBase - kTunnelIfIndexBase)
+    const bool through_tunnel = type.text == "tunnel";
+    const std::uint32_t tunnel = kTunnelIfIndexBase + id.number;
+    if (through_tunnel && (tunnel >= kVlanIfIndexBase || interfaces_.find(tunnel) == nullptr))
         return refused("there is no such tunnel");
     const auto known = routes_.find(join({{vrf.number}, to, hop}));
     if (known != routes_.end() && known->second.protocol != kStatic) return refused("the route is not static");
     Route& route = make(vrf.number, to, hop);
     if (known == routes_.end()) route.since = uptime();
     route.protocol = kStatic;
-    route.ifindex = !type.present ? interface_to(vrf.number, hop)
-                                  : id.number + (type.text == "vlan" ? kVlanIfIndexBase : kTunnelIfIndexBase);
+    route.ifindex = through_tunnel ? tunnel
+                    : type.present ? kVlanIfIndexBase + id.number
+                                   : interface_to(vrf.number, hop);
     route.metric = metric.present ? metric.number : 1;
     return accepted;
 }

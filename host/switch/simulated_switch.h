@@ -1,6 +1,7 @@
-// A switch without hardware: 24 copper ports (the last four combo), 2 fiber ports, transceivers, VLANs, VLAN interfaces,
-// IP addresses, neighbours and routes in two VRFs, IGMP and MLD snooping, multicast routers and VLANs, and counters that
-// move with time. It answers show requests from its tables, and configuration lines change what they say.
+// A switch without hardware: 24 copper ports (the last four combo), 2 fiber ports, transceivers, VLANs, VLAN interfaces
+// and tunnels, IP addresses, neighbours, routes and multicast routes in two VRFs, IGMP and MLD snooping, multicast
+// routers and VLANs, and counters that move with time. It answers show requests from its tables, and configuration lines
+// change what they say.
 #pragma once
 
 #include "services/services.h"
