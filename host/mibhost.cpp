@@ -70,7 +70,7 @@ int run(const std::vector<std::string>& words) {
         default: break;
     }
 
-    tool::Session session(options.library);
+    tool::Session session(options.library, options.texts);
     const services::Registry& registry = session.registry();
     if (!registry.has_names())
         fmt::print(stderr, "mibhost: {} was built without names: objects and indexes go by number\n",

@@ -83,6 +83,68 @@ TEST_F(Tool, PrintsValuesByType) {
     EXPECT_EQ(tool::in_quotes("desc a\nno shutdown\x7f"), R"("desc a\x0ano shutdown\x7f")");
 }
 
+TEST_F(Tool, PrintsValuesByTexts) {
+    const std::string path = testing::TempDir() + "texts.mosy";
+    std::ofstream(path) << R"(%tc                  TruthValue       INTEGER         ""
+%es                  TruthValue       true            1
+nVlanObjects         corvinVlanMIB.1
+%n0 nVlanObjects     object-id
+
+swPortSpeed          swPortEntry.4    INTEGER         read-write      current
+%ev                  swPortSpeed      slave           -2
+%ev                  swPortSpeed      auto            6
+nVlanPortIfTrunkNativeVlanTag nVlanPortIfCtrlEntry.3 TruthValue      read-write      current
+swDdmTxPower         swDdmStatusEntry.5 MacAddress      read-only       current
+ifDescr              ifEntry.2        InetAddress     read-only       current
+ifAlias              ifXEntry.18      PortList        read-write      current
+mvrSourcePortList    mvrPortEntry.2   MvrPortList     read-create     current
+)";
+    services::Registry with_texts(loaded().registrations, loaded().library);
+    with_texts.set_syntaxes(services::read_syntaxes(path));
+
+    Bytes written(652);
+    written[640] = 0x80;
+    const struct {
+        const char* name;
+        Value value;
+        std::string text;
+    } cases[] = {
+        {"swPortSpeed", Value::integer(-2), "INTEGER: slave(-2)"},
+        {"swPortSpeed", Value::integer(5), "INTEGER: 5"},
+        {"swPortSpeed", {agent::kInteger, {6}}, "INTEGER: wrong size, 1 octets: 06"},
+        {"swPortSpeed", Value::unsigned32(agent::kGauge32, 6), "Gauge32: 6"},
+        {"swPortDuplex", Value::integer(1), "INTEGER: 1"},
+        {"nVlanPortIfTrunkNativeVlanTag", Value::integer(1), "INTEGER: true(1)"},
+        {"swDdmTxPower", Value::octet_string({2, 0, 0, 0xab, 0, 1}), "STRING: 02:00:00:ab:00:01"},
+        {"swDdmTxPower", Value::octet_string({2, 0}), "Hex-STRING: 02 00"},
+        {"ifDescr", Value::octet_string({192, 0, 2, 1}), "STRING: 192.0.2.1"},
+        {"ifDescr", Value::octet_string({0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}),
+         "STRING: 2001:db8::1"},
+        {"ifDescr", Value::octet_string({}), "STRING: \"\""},
+        {"ifAlias", Value::octet_string({0xf2, 0x01, 0x80}), "STRING: 1-4,7,16-17"},
+        {"ifAlias", Value::octet_string({0, 0}), "STRING: none"},
+        {"ifAlias", {agent::kNoSuchInstance, {}}, "noSuchInstance"},
+        {"mvrSourcePortList", Value::octet_string({0, 0x80}), "STRING: 9"},
+    };
+    for (const auto& [name, value, text] : cases)
+        EXPECT_EQ(tool::format_varbind(with_texts, {oid_of(name, {}), value}), std::string(name) + " = " + text);
+    // Its first 640 octets are no ports.
+    EXPECT_THAT(tool::format_varbind(with_texts, {oid_of("mvrSourcePortList", {}), Value::octet_string(written)}),
+                HasSubstr("Hex-STRING: 00"));
+    const auto json = tool::json_varbind(with_texts, {oid_of("swPortSpeed", {5121}), Value::integer(6)});
+    EXPECT_EQ(json["value"], 6);
+    EXPECT_EQ(json["text"], "auto(6)");
+
+    for (const char* const line :
+         {"%ev swPortSpeed auto six", "%es TruthValue", "an object with four words or six x"}) {
+        std::ofstream(path) << "\n" << line << "\n";
+        EXPECT_THAT([&] { services::read_syntaxes(path); },
+                    testing::ThrowsMessage<std::runtime_error>(HasSubstr("texts.mosy, line 2: not what smidump")));
+    }
+    EXPECT_THAT([] { services::read_syntaxes("/nonexistent"); },
+                testing::ThrowsMessage<std::runtime_error>(HasSubstr("cannot read /nonexistent: No such file")));
+}
+
 TEST_F(Tool, ParsesOids) {
     EXPECT_EQ(tool::parse_oid(registry, "swPortSpeed.5121"), oid_of("swPortSpeed", {5121}));
     EXPECT_EQ(tool::parse_oid(registry, port), oid_of("swPortSpeed", {5121}));
@@ -544,7 +606,7 @@ TEST(ToolOptions, ManualPageAndCompletion) {
                                           HasSubstr("\n.SS Size of the simulated switch, at least\n")));
     EXPECT_THAT(line.bash_completion(),
                 AllOf(HasSubstr("\"serve list explain walk --help --version\""), HasSubstr("--log-json"),
-                      HasSubstr("--library|--config) _filedir"), Not(HasSubstr("manual"))));
+                      HasSubstr("--library|--config|--texts) _filedir"), Not(HasSubstr("manual"))));
 }
 
 TEST(ToolOptions, ConfigurationFile) {

@@ -136,6 +136,14 @@ void Registry::add_groups(const Registration& module, std::size_t first_object, 
     }
 }
 
+void Registry::set_syntaxes(Syntaxes syntaxes) {
+    syntaxes_ = std::move(syntaxes);
+    for (Object& object : objects_) {
+        const auto syntax = syntaxes_.find(object.name);
+        object.syntax = syntax != syntaxes_.end() ? &syntax->second : nullptr;
+    }
+}
+
 Registry::Place Registry::locate(std::span<const oid> oid) const {
     const auto sorts_before = [](std::span<const ::oid> name, const Object& object) {
         return snmp_oid_compare(name.data(), name.size(), object.entry.name, object.entry.namelen) < 0;

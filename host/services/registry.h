@@ -3,6 +3,7 @@
 
 #include "services/index_text.h"
 #include "services/services.h"
+#include "services/syntax.h"
 
 #include <cstddef>
 #include <deque>
@@ -35,7 +36,8 @@ struct Object {
     std::string module;  // descr of its registration
     std::string name;    // "ifDescr"; empty when the library was built without names
     VariableEntry entry;
-    const Group* group;  // null when the library was built without names
+    const Group* group;              // null when the library was built without names
+    const Syntax* syntax = nullptr;  // of its values; null where no text says it
     Oid oid() const { return Oid(entry.name, entry.name + entry.namelen); }
 };
 
@@ -62,6 +64,8 @@ public:
     std::size_t modules() const { return modules_; }
     // False when the library was built without names: objects go by number then, and there are no groups.
     bool has_names() const { return has_names_; }
+    // What texts say of the objects, by name.
+    void set_syntaxes(Syntaxes syntaxes);
     // Where an OID is: the index of the first object that sorts after it, and the object that it is in, null when
     // nothing is registered there.
     struct Place {
@@ -96,7 +100,8 @@ private:
         Oid oid;
     };
     std::vector<Object> objects_;
-    std::deque<Group> groups_;  // objects point into it
+    std::deque<Group> groups_;  // objects point into it, and into
+    Syntaxes syntaxes_;
     std::multimap<std::string, Named, std::less<>> names_;
     std::size_t modules_ = 0;
     bool has_names_ = true;

@@ -214,6 +214,7 @@ CommandLine::CommandLine()
     }
 
     options.library = default_library();
+    options.texts = default_texts();
     for (const Command each : {Command::serve, Command::list, Command::explain, Command::walk}) {
         CLI::App& command = *commands[each];
         command.add_option("--library", options.library, "the module library (default: the one beside mibhost)")
@@ -221,6 +222,10 @@ CommandLine::CommandLine()
         command.config_formatter(std::make_shared<OptionsFile>(command));
         command.set_config("--config", "", "options from a file")->type_name("FILE")->check(unnamed(CLI::ExistingFile));
         if (each == Command::list) continue;
+        command
+            .add_option("--texts", options.texts,
+                        "print values by MIB texts: what smidump -f mosy prints of them (default: the installed ones)")
+            ->type_name("FILE");
         command.add_option("--vrf", options.vrf, "VRF of the requests")->type_name("NAME");
         command.add_option("--snmp-context", options.snmp_context, "SNMP context of the requests")->type_name("NAME");
         command.add_flag("--freeze", options.freeze, "stop the switch's clock: counters and timers do not move");

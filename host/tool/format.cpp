@@ -1,11 +1,13 @@
 #include "tool/format.h"
 
+#include <arpa/inet.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 namespace tool {
 namespace {
@@ -74,6 +76,49 @@ bool has_wrong_size(const agent::Value& value) {
 bool is_printable(const agent::Value& value) { return printable(value.octets.data(), value.octets.size()); }
 
 std::string hex(const agent::Value& value) { return tool::hex(value.octets.data(), value.octets.size()); }
+
+// The numbers of the bits that are set, of which the first is the most significant bit of the first octet: "1-4,7".
+std::string members(const std::vector<std::uint8_t>& octets) {
+    const auto has = [&](std::size_t bit) {
+        return bit < 8 * octets.size() && (octets[bit / 8] & (0x80u >> bit % 8)) != 0;
+    };
+    std::string text;
+    for (std::size_t bit = 0; bit < 8 * octets.size(); ++bit) {
+        if (!has(bit)) continue;
+        const std::size_t first = bit;
+        while (has(bit + 1)) ++bit;
+        text += fmt::format("{}{}", text.empty() ? "" : ",", first + 1);
+        if (bit != first) text += fmt::format("-{}", bit + 1);
+    }
+    return text.empty() ? "none" : text;
+}
+
+std::optional<std::string> address(const std::vector<std::uint8_t>& octets) {
+    const int family = octets.size() == 4 ? AF_INET : octets.size() == 16 ? AF_INET6 : AF_UNSPEC;
+    char text[INET6_ADDRSTRLEN];
+    if (family == AF_UNSPEC || inet_ntop(family, octets.data(), text, sizeof text) == nullptr) return std::nullopt;
+    return text;
+}
+
+// What a syntax makes of a value; none where it says no more than the type.
+std::optional<std::string> text_by(const services::Syntax* syntax, const agent::Value& value) {
+    constexpr std::size_t kMacAddress = 6, kPortList = 12;
+    if (syntax == nullptr || has_wrong_size(value)) return std::nullopt;
+    const auto& octets = value.octets;
+    const std::string& type = syntax->type;
+    if (value.tag == agent::kInteger) {
+        const auto number = number_in<std::int32_t>(value);
+        if (const auto name = syntax->names.find(number); name != syntax->names.end())
+            return fmt::format("{}({})", name->second, number);
+    }
+    if (value.tag != agent::kOctetString) return std::nullopt;
+    if (type == "MacAddress" && octets.size() == kMacAddress) return fmt::format("{:02x}", fmt::join(octets, ":"));
+    if (type == "InetAddress") return address(octets);
+    // One that is written has its ports further back.
+    const bool read_mvr_list = type == "MvrPortList" && octets.size() <= kPortList;
+    if (type == "PortList" || type == "CorvinVlanList" || read_mvr_list) return members(octets);
+    return std::nullopt;
+}
 
 void add_value(Json& json, const services::Registry& registry, const agent::Value& value) {
     if (value.tag == agent::kNull || value.is_exception()) return;
@@ -171,16 +216,20 @@ bool printable(const std::uint8_t* octets, std::size_t count) {
     return std::all_of(octets, octets + count, [](std::uint8_t octet) { return octet >= 0x20 && octet <= 0x7e; });
 }
 
-std::string format_value(const services::Registry& registry, const agent::Value& value) {
+std::string format_value(const services::Registry& registry, const agent::Value& value,
+                         const services::Syntax* syntax) {
     if (value.is_exception() || value.tag == agent::kNull) return type_name(value.tag);
     if (has_wrong_size(value))
         return fmt::format("{}: wrong size, {} octets: {}", type_name(value.tag), value.octets.size(), hex(value));
+    if (const auto text = text_by(syntax, value)) return fmt::format("{}: {}", type_name(value.tag), *text);
     const bool as_hex = value.tag == agent::kOctetString && !is_printable(value);
     return fmt::format("{}{}: {}", as_hex ? "Hex-" : "", type_name(value.tag), content(registry, value));
 }
 
 std::string format_varbind(const services::Registry& registry, const agent::Varbind& varbind) {
-    return fmt::format("{} = {}", registry.format(varbind.name), format_value(registry, varbind.value));
+    const services::Object* const object = registry.find(varbind.name);
+    return fmt::format("{} = {}", registry.format(varbind.name),
+                       format_value(registry, varbind.value, object != nullptr ? object->syntax : nullptr));
 }
 
 std::string json_line(const Json& object) { return object.dump(-1, ' ', false, Json::error_handler_t::replace); }
@@ -220,7 +269,8 @@ Json json_object(const services::Object& object) {
 
 Json json_varbind(const services::Registry& registry, const agent::Varbind& varbind) {
     Json json{{"oid", services::to_string(varbind.name)}};
-    if (const services::Object* const object = registry.find(varbind.name)) {
+    const services::Object* const object = registry.find(varbind.name);
+    if (object != nullptr) {
         json.update(json_object(*object));
         const std::size_t length = object->entry.namelen;
         const services::Group* const group = object->group;
@@ -231,6 +281,8 @@ Json json_varbind(const services::Registry& registry, const agent::Varbind& varb
     }
     if (varbind.value.tag != agent::kNull) json["type"] = type_name(varbind.value.tag);
     add_value(json, registry, varbind.value);
+    if (object != nullptr)
+        if (const auto text = text_by(object->syntax, varbind.value)) json["text"] = *text;
     return json;
 }
 

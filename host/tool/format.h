@@ -22,8 +22,10 @@ std::string hex(const std::uint8_t* octets, std::size_t count);
 // True for a text that can be shown as it is: no octet outside printable ASCII.
 bool printable(const std::uint8_t* octets, std::size_t count);
 
-// `TYPE: value`, OIDs by name; an octet string in quotes, or in hex when it is not printable.
-std::string format_value(const services::Registry& registry, const agent::Value& value);
+// `TYPE: value`, OIDs by name; an octet string in quotes, or in hex when it is not printable. With a syntax that says
+// more: `INTEGER: up(1)`, MAC and IP addresses, and the members of a list, `STRING: 1-4,7`.
+std::string format_value(const services::Registry& registry, const agent::Value& value,
+                         const services::Syntax* syntax = nullptr);
 // `name = TYPE: value`
 std::string format_varbind(const services::Registry& registry, const agent::Varbind& varbind);
 
@@ -36,7 +38,7 @@ Json json_index(const services::Group& group, const std::vector<std::string>& pa
 // An object's name, module, table and column or scalar group, index kinds and magic.
 Json json_object(const services::Object& object);
 // An instance's OID, its object as above, its index, type and value. An octet string that is not printable has "octets"
-// in hex in place of "value".
+// in hex in place of "value". What the object's syntax makes of the value is its "text".
 Json json_varbind(const services::Registry& registry, const agent::Varbind& varbind);
 
 }  // namespace tool

@@ -17,6 +17,7 @@ enum class Command { serve, list, explain, walk, manual, completion };
 struct Options {
     Command command = Command::serve;
     std::string library;
+    std::string texts;  // what smidump -f mosy prints of MIB texts; empty: none
     // requests: serve, explain and walk
     std::optional<std::string> vrf;
     std::optional<std::string> snmp_context;

@@ -132,7 +132,7 @@ int serve(const Options& options) {
     host.log = [&](const services::LogLine& line) {
         if (options.verbose || limit.pass()) say_event(tool::describe(line));
     };
-    Session session(options.library);
+    Session session(options.library, options.texts);
     const services::Registry& registry = session.registry();
 
     sw::SimulatedSwitch simulated(simulation(options));

@@ -4,8 +4,9 @@
 
 #include <fmt/format.h>
 
-#include <array>
 #include <filesystem>
+#include <optional>
+#include <vector>
 
 namespace tool {
 namespace {
@@ -21,20 +22,31 @@ const std::vector<services::Registration>& with_standard_groups() {
     return services::services().registrations;
 }
 
+// The first of these files that there is, from the tool's directory on.
+std::optional<std::string> beside_the_tool(const std::vector<std::string>& files) {
+    std::error_code error;
+    const auto here = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    if (error) return std::nullopt;
+    for (const std::string& file : files)
+        if (std::filesystem::exists(here / file, error)) return (here / file).lexically_normal();
+    return std::nullopt;
+}
+
 }  // namespace
 
 std::string default_library() {
     constexpr const char* kName = "libswitchmib.so";
-    std::error_code error;
-    const auto here = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-    if (!error)
-        for (const auto& candidate : std::array{here / kName, here / ".." / "lib" / kName})
-            if (std::filesystem::exists(candidate, error)) return candidate.lexically_normal();
-    return kName;
+    return beside_the_tool({kName, fmt::format("../lib/{}", kName)}).value_or(kName);
 }
 
-Session::Session(const std::string& library_path)
-    : library_(library_path), groups_(modules_of(library_)), registry_(with_standard_groups(), library_) {}
+std::string default_texts() {
+    return beside_the_tool({"mibs/switchmib.mosy", "../share/switchmib/switchmib.mosy"}).value_or("");
+}
+
+Session::Session(const std::string& library_path, const std::string& texts)
+    : library_(library_path), groups_(modules_of(library_)), registry_(with_standard_groups(), library_) {
+    if (!texts.empty()) registry_.set_syntaxes(services::read_syntaxes(texts));
+}
 
 std::string Session::summary() const {
     const auto count = [](std::size_t number, const char* noun) {

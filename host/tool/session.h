@@ -12,11 +12,15 @@ namespace tool {
 
 // Where the library is looked for without --library: beside the tool, in ../lib from there, then by the loader.
 std::string default_library();
+// Where the table of the MIB texts is looked for without --texts: in the build, and where it is installed. Empty when
+// it is in neither.
+std::string default_texts();
 
 class Session {
 public:
     // Loads and registers; throws std::runtime_error with the reason.
-    explicit Session(const std::string& library_path);
+    // Values go by the table of MIB texts, unless it is empty.
+    explicit Session(const std::string& library_path, const std::string& texts = "");
 
     const services::Library& library() const { return library_; }
     // What the library and the agent itself serve.

@@ -12,7 +12,7 @@ sys.path.append(os.path.join(HERE, "..", "e2e"))
 from agent_process import Failure
 
 TEXTS = os.path.join(HERE, "..", "..", "mibs")
-STANDARD = os.path.join(HERE, "standard")
+STANDARD = os.path.join(TEXTS, "standard")
 ROOT = "SWITCH-ROOT-MIB"
 REFUSED = 3  # mibhost's exit status for a SET that is refused
 
