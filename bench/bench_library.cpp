@@ -136,6 +136,72 @@ void floor_route(int exact) {
     build<kDestination, kPolicy, kNextHop>(target, &key);
 }
 
+// ipAddressTable and ipNetToPhysicalTable: the backend gets the address in a record with a place for each type, in the
+// latter after the interface index.
+struct AddressRecord {
+    std::uint32_t type;
+    unsigned char ipv4[4], ipv6[16];
+};
+struct NeighbourRecord {
+    std::uint32_t ifindex;
+    AddressRecord address;
+};
+const std::vector<oid> kNeighbour{1, 3, 6, 1, 2, 1, 4, 35, 1, 4};
+constexpr std::uint32_t kVlan10 = 1034;
+
+Target& address() {
+    static Target target({1, 3, 6, 1, 2, 1, 4, 34, 1, 3}, {1, 4, 10, 0, 10, 1});
+    return target;
+}
+Target& neighbour() {
+    static Target target(kNeighbour, {kVlan10, 1, 4, 10, 0, 10, 77});
+    return target;
+}
+template <bool on_interface, Made made>
+void floor_address(int exact) {
+    instant::advance = instant::same_row;
+    constexpr Field kIfIndex{2, 0}, kAddress{10, 4};
+    struct {
+        std::uint32_t ifindex;
+        InetAddress address;
+    } key{};
+    NeighbourRecord record{};
+    Target& target = on_interface ? neighbour() : address();
+    char command[kLine];
+    char text[46];
+    target.ask();
+    if constexpr (on_interface)
+        parse<kIfIndex, kAddress>(target, exact, &key);
+    else
+        parse<kAddress>(target, exact, &key);
+    record = {key.ifindex, {key.address.type, {}, {}}};
+    std::memcpy(record.address.ipv4, key.address.octets, 4);
+    UIB_SNMP_Inet_Addr_To_Str(&key.address, text, sizeof text);
+    const char* vrf = SNMPD_Get_Cur_VrfName();
+    if (vrf == nullptr) vrf = "";
+    if constexpr (on_interface) {
+        if constexpr (made == Made::printed)
+            std::snprintf(command, sizeof command, "show ipnettophysical ifindex %u %u %s%s", key.ifindex,
+                          key.address.type, text, vrf);
+        else
+            join(command, "show ipnettophysical ifindex ", key.ifindex, " ", key.address.type, " ", text, vrf);
+        show(target, command, &record, sizeof record, exact, "ipNetToPhysicalTable");
+    } else {
+        if constexpr (made == Made::printed)
+            std::snprintf(command, sizeof command, "show ipaddress %u %s%s", key.address.type, text, vrf);
+        else
+            join(command, "show ipaddress ", key.address.type, " ", text, vrf);
+        show(target, command, &record.address, sizeof record.address, exact, "ipAddressTable");
+    }
+    if (exact) return;
+    key = {record.ifindex, {record.address.type, 4, {}, 0}};
+    std::memcpy(key.address.octets, record.address.ipv4, 4);
+    if constexpr (on_interface)
+        build<kIfIndex, kAddress>(target, &key);
+    else
+        build<kAddress>(target, &key);
+}
+
 // mgmdIgmpSnpGroupTable: two numbers and an address, and every step logged.
 Target& group() {
     static Target target({1, 3, 6, 1, 4, 1, kArc, 10, 1, 100, 2, 7, 1, 3, 1, 7}, {kPort1, 1034, 1, 4, 239, 1, 2, 3});
@@ -494,6 +560,26 @@ void walk_addresses() {
     walk({1, 3, 6, 1, 2, 1, 17, 4, 3, 1, 2}, 6, advance, count);
 }
 
+template <std::uint32_t count>
+void walk_neighbours() {
+    const auto advance = [](unsigned char* record) {
+        NeighbourRecord next;
+        std::memcpy(&next, record, sizeof next);
+        unsigned char* octets = next.address.ipv4;
+        std::uint32_t row = 0;
+        for (int i = 1; i < 4; ++i) row = row << 8 | octets[i];
+        if (row == rows) return false;
+        ++row;
+        next.ifindex = kVlan10;
+        next.address.type = 1;
+        octets[0] = 100;
+        for (int i = 3; i >= 1; --i, row >>= 8) octets[i] = static_cast<unsigned char>(row);
+        std::memcpy(record, &next, sizeof next);
+        return true;
+    };
+    walk(kNeighbour, 7, advance, count);
+}
+
 // --- the cases -------------------------------------------------------------------------------------------------------
 
 struct Request {
@@ -512,6 +598,14 @@ const Request kRequests[] = {
      [] { floor_route<Made::joined>(1); }},
     {"getnext route", [] { library_read(route(), 0, next_route); }, [] { floor_route<Made::printed>(0); },
      [] { floor_route<Made::joined>(0); }},
+    {"get address", [] { library_read(address(), 1); }, [] { floor_address<false, Made::printed>(1); },
+     [] { floor_address<false, Made::joined>(1); }},
+    {"getnext address", [] { library_read(address(), 0); }, [] { floor_address<false, Made::printed>(0); },
+     [] { floor_address<false, Made::joined>(0); }},
+    {"get neighbour", [] { library_read(neighbour(), 1); }, [] { floor_address<true, Made::printed>(1); },
+     [] { floor_address<true, Made::joined>(1); }},
+    {"getnext neighbour", [] { library_read(neighbour(), 0); }, [] { floor_address<true, Made::printed>(0); },
+     [] { floor_address<true, Made::joined>(0); }},
     {"get group", [] { library_read(group(), 1); }, [] { floor_group<Made::printed>(1); },
      [] { floor_group<Made::joined>(1); }},
     {"getnext group", [] { library_read(group(), 0); }, [] { floor_group<Made::printed>(0); },
@@ -552,6 +646,8 @@ const Walk kWalks[] = {
     {"list of VLANs", library_vlan_list<100>, 100, library_vlan_list<4094>, 4094},
     {"walk addresses", walk_addresses<100>, 100, walk_addresses<10000>, 10000},
     {"walk 100000 addresses", walk_addresses<100>, 100, walk_addresses<100000>, 100000},
+    {"walk neighbours", walk_neighbours<100>, 100, walk_neighbours<10000>, 10000},
+    {"walk 100000 neighbours", walk_neighbours<100>, 100, walk_neighbours<100000>, 100000},
 };
 
 struct Case {
