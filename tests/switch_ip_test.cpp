@@ -1,7 +1,9 @@
 // IP addresses, neighbours and router advertisements of the simulated switch, through the library.
 #include "support/simulated_switch.h"
 
-#include <fmt/format.h>
+#include <set>
+#include <tuple>
+#include <utility>
 
 namespace sw {
 namespace {

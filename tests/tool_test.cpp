@@ -149,6 +149,8 @@ TEST_F(Tool, ParsesOids) {
     EXPECT_EQ(tool::parse_oid(registry, "swPortSpeed.5121"), oid_of("swPortSpeed", {5121}));
     EXPECT_EQ(tool::parse_oid(registry, port), oid_of("swPortSpeed", {5121}));
     EXPECT_EQ(tool::parse_oid(registry, "switchPortMIB::swPortSpeed[5121]"), oid_of("swPortSpeed", {5121}));
+    for (const char* name : {"ipAddressIfIndex[::1]", "IP-MIB::ipAddressIfIndex[::1]"})
+        EXPECT_EQ(registry.format(tool::parse_oid(registry, name)), "ipAddressIfIndex[::1]");
     EXPECT_EQ(tool::parse_oid(registry, "inetCidrRouteType[10.0.0.0/8]"),
               oid_of("inetCidrRouteType", {1, 4, 10, 0, 0, 0, 8}));
     EXPECT_EQ(tool::parse_oid(registry, ".1.3.6"), (services::Oid{1, 3, 6}));

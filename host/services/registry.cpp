@@ -171,7 +171,7 @@ std::optional<Oid> Registry::parse(std::string_view text, std::string* reason) c
             const auto oid = oid_from_numbers(text);
             return oid ? oid : throw malformed(text, text);
         }
-        const std::size_t colons = text.find("::");
+        const std::size_t colons = text.substr(0, text.find('[')).find("::");  // an address may have them too
         const bool qualified = colons != std::string_view::npos;
         const std::string_view module = qualified ? text.substr(0, colons) : "";
         const std::string_view local = qualified ? text.substr(colons + 2) : text;

@@ -164,6 +164,7 @@ void Addresses::describe(Description& d) {
                 [this](const Arguments& said) { return set(said[0].number, said[1].index()); });
     global.line("no ipaddresstable ip {int} {ipv4}",
                 [this](const Arguments& said) { return unset(said[0].number, said[1].index()); });
+    global.line("ipv6 address {ipv6}", [] { return refused("an address is set in its interface's mode"); });
     global.line("no ipv6 address {ipv6}", [this](const Arguments& said) { return unset(said[0].index()); });
     const Lines<Interface> interface =
         interfaces_.lines(d, kTunnelIfIndexBase + 1, kVlanIfIndexBase + kLastVlan, "IP interface");
