@@ -7,6 +7,7 @@ import sys
 
 sys.dont_write_bytecode = True  # nothing is left in the source tree
 
+import mib_exceptions
 from mib_exceptions import ACCESSIBLE_INDEX, NEVER_ANSWER, NEVER_WRITABLE, NOT_ACCESSIBLE
 from mib_texts import Failure, Texts, main, mibhost, modules
 
@@ -38,6 +39,12 @@ def check_names(texts):
     yield from (f"{name} is there twice" for name in texts.repeated)
     count = collections.Counter(name.lower() for name in texts.nodes)
     yield from (f"{name} differs from another name in case only" for name, n in count.items() if n > 1)
+
+
+def check_exceptions(texts):
+    """What is listed as an exception is there."""
+    listed = {name for title, names in vars(mib_exceptions).items() if title.isupper() for name in names}
+    return [f"{name} is listed as an exception, and no object" for name in sorted(listed - set(texts.objects))]
 
 
 def check_object(node, registered, texts):
@@ -104,7 +111,7 @@ def run(root_directory, program, library):
     by_module = collections.defaultdict(list)
     for line in mibhost(program, library, "list"):
         by_module[line["module"]].append(line)
-    wrong = list(check_names(texts))
+    wrong = [*check_names(texts), *check_exceptions(texts)]
     private = {module for module, lines in by_module.items() if lines[0]["oid"].startswith(PRIVATE + ".")}
     wrong += [f"{name} has no text" for name in sorted(private - {texts.identity(module)[1] for module in modules()})]
     for module in modules():
