@@ -66,8 +66,8 @@ void parse(const Target& target, int exact, void* key) {
     if (!exact) snmp_oid_compare(target.name, target.name_length, target.entry.name, target.entry.namelen);
     for (const Field& field : std::array{fields...}) {
         const int size = uib_snmp_get_oid_size(at, field.kind);
-        reinterpret_cast<uib_to_field*>(uib_oid_convert[3 * field.kind])(at, size,
-                                                                         static_cast<char*>(key) + field.offset);
+        reinterpret_cast<uib_to_field*>(uib_oid_convert[std::ptrdiff_t{3} * field.kind])(
+            at, size, static_cast<char*>(key) + field.offset);
         at += size;
     }
 }

@@ -34,6 +34,7 @@ std::vector<Octets> read_corpus(const std::filesystem::path& path) {
     std::vector<std::filesystem::path> files(std::filesystem::directory_iterator(path), {});
     std::ranges::sort(files);
     std::vector<Octets> corpus;
+    corpus.reserve(files.size());
     for (const auto& file : files) corpus.push_back(contents(file));
     return corpus;
 }
@@ -72,6 +73,7 @@ int main(int argc, char** argv) try {
     static const std::string kRuns = "-runs=";
     std::size_t runs = 0;
     std::vector<Octets> corpus;
+    corpus.reserve(files.size());
     for (int i = 1; i < argc; ++i) {
         const std::string argument = argv[i];
         if (argument.starts_with(kRuns))

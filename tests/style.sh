@@ -1,8 +1,22 @@
 #!/bin/sh
-# style.sh format CLANG_FORMAT | style.sh tidy CLANG_TIDY BUILD_DIR: what the tree is held to beside the compiler.
+# style.sh format CLANG_FORMAT | style.sh tidy RUN_CLANG_TIDY BUILD_DIR: what the tree is held to besides the compiler.
 set -eu
 case "$1" in
 format) git ls-files '*.c' '*.cpp' '*.h' | xargs "$2" --dry-run -Werror ;;
-tidy) git ls-files 'user/*.cpp' | xargs -P 2 -n 2 "$2" -p "$3" --quiet --extra-arg=-Wno-unknown-warning-option 2>&1 |
-    if grep -E "(warning|error):"; then exit 1; fi ;;
+tidy)
+    # Each source once, with the first of its compile commands.
+    mkdir -p "$3/tidy"
+    python3 - "$3" <<END
+import json, os, sys
+sources = {}
+for entry in json.load(open(sys.argv[1] + "/compile_commands.json")):
+    if os.path.relpath(entry["file"]).split("/")[0] in ("user", "host", "bench", "fuzz"):
+        sources.setdefault(entry["file"], entry)
+json.dump(list(sources.values()), open(sys.argv[1] + "/tidy/compile_commands.json", "w"))
+END
+    "$2" -j 2 -quiet -p "$3/tidy" >"$3/tidy/log" 2>&1 || {
+        sed "s/\x1b\[[0-9;]*m//g" "$3/tidy/log" | grep -E "(warning|error):" | sort -u
+        exit 1
+    }
+    ;;
 esac

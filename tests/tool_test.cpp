@@ -434,7 +434,7 @@ TEST_F(Tool, ListsWhatPatternsSelect) {
     };
     EXPECT_THAT(lines({"nVlanInterfaceName", "ifTestId", "ip::ipforwardin?"}, tool::ListForm::text),
                 ElementsAre("ip 1.3.6.1.2.1.4 (IP-MIB, 1 object)", "  ipGlobals, scalars",
-                            "    .1  ipForwarding  INTEGER    read-write, but no write method", "",
+                            "    .1  ipForwarding  INTEGER    read-write, no writer", "",
                             "ifMIB 1.3.6.1.2.1.31 (IF-MIB, 1 object)", "  ifTestTable, index: integer, never answers",
                             "    .1.3.1.1  ifTestId  INTEGER    read-write", "",
                             HasSubstr("pellamVlanInterfaceMIB 1.3.6.1.4.1."),
@@ -585,6 +585,7 @@ TEST(ToolOptions, CommandLine) {
         {{}, "say serve, list, explain or walk"},
         {{"wlak"}, "unknown command 'wlak', did you mean 'walk'?"},
         {{"--jsn"}, "--jsn: a command comes first"},
+        {{"--", "walk"}, "--: a command comes first"},
         {{"list", "--jsn"}, "list has no option --jsn, did you mean '--json'?"},
         {{"walk", "a", "b"}, "walk does not take the word 'b'"},
         {{"serve", "--vlans", "4095"}, "--vlans"},

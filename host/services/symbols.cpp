@@ -28,7 +28,7 @@ constexpr std::size_t kMaxInterfaceName = 20;
 __attribute__((format(printf, 1, 0))) std::string formatted(const char* format, std::va_list arguments) {
     std::va_list again;
     va_copy(again, arguments);
-    const int length = std::vsnprintf(nullptr, 0, format, again);
+    const int length = std::vsnprintf(nullptr, 0, format, again);  // NOLINT(clang-analyzer-valist.Uninitialized)
     va_end(again);
     std::string text(static_cast<std::size_t>(std::max(length, 0)), '\0');
     std::vsnprintf(text.data(), text.size() + 1, format, arguments);

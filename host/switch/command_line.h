@@ -178,7 +178,7 @@ public:
     }
     // The same where not every object has one; the others refuse the lines for this reason.
     template <class Part>
-    Lines<Part> of(std::map<std::uint32_t, Part>& parts, std::string missing) const {
+    Lines<Part> of(std::map<std::uint32_t, Part>& parts, const std::string& missing) const {
         return of<Part>([&parts, missing](Object&, const Entered& entered, std::string& refusal) -> Part* {
             const auto part = parts.find(entered.object);
             if (part != parts.end()) return &part->second;

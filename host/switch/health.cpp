@@ -1,6 +1,7 @@
 // The switch's health: how busy the processor is, memory, fan and temperature. All of it follows the uptime.
 #include "switch/area.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -40,7 +41,7 @@ std::uint32_t Health::cpu(std::uint32_t samples) const {
         const std::uint32_t chance = scatter(last + 1000 - back);
         sum += 6 + chance / 9 + (chance > 92 ? 40 : 0);
     }
-    return sum / samples;
+    return sum / std::max(samples, 1u);
 }
 
 std::int32_t Health::temperature() const {

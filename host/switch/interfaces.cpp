@@ -87,7 +87,7 @@ Lines<Interface> Interfaces::lines(Description& d) {
     return lines(d, 0, std::numeric_limits<std::uint32_t>::max(), "interface");
 }
 
-Lines<Interface> Interfaces::lines(Description& d, std::uint32_t low, std::uint32_t high, std::string kind) {
+Lines<Interface> Interfaces::lines(Description& d, std::uint32_t low, std::uint32_t high, const std::string& kind) {
     const auto find = [this, low, high, kind](const Entered& entered, std::string& refusal) -> Interface* {
         const auto entry = interfaces_.find(entered.object);
         if (entry == interfaces_.end())

@@ -54,7 +54,7 @@ public:
     // Lines of interface mode that all interfaces take.
     Lines<Interface> lines(Description&);
     // Those of one kind, whose ifIndexes are low to high; the others refuse them as "NAME is not a KIND".
-    Lines<Interface> lines(Description&, std::uint32_t low, std::uint32_t high, std::string kind);
+    Lines<Interface> lines(Description&, std::uint32_t low, std::uint32_t high, const std::string& kind);
 
 private:
     void settle(std::uint32_t ifindex);

@@ -57,7 +57,7 @@ struct SimulatedSwitch::State {
     CommandLine lines;
 };
 
-SimulatedSwitch::SimulatedSwitch(Options options) : state_(std::make_unique<State>(options)) {}
+SimulatedSwitch::SimulatedSwitch(const Options& options) : state_(std::make_unique<State>(options)) {}
 SimulatedSwitch::~SimulatedSwitch() = default;
 
 bool SimulatedSwitch::show(services::ShowRequest& request) { return state_->store.show(request); }

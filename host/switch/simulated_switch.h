@@ -44,7 +44,7 @@ struct Options {
 class SimulatedSwitch : public services::Backend {
 public:
     // Throws std::invalid_argument for a size that is out of range.
-    explicit SimulatedSwitch(Options options = {});
+    explicit SimulatedSwitch(const Options& options = {});
     ~SimulatedSwitch() override;
 
     bool show(services::ShowRequest& request) override;

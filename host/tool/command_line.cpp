@@ -288,11 +288,12 @@ std::optional<std::string> CommandLine::parse(const std::vector<std::string>& wo
     const auto commands = app_->get_subcommands([&](const CLI::App* each) { return each->get_name() == name; });
     CLI::App* const command = commands.empty() ? nullptr : commands.front();
     if (command == nullptr && !name.starts_with('-')) {
-        std::vector<std::string> names;
-        for (const CommandText& text : kCommands) names.emplace_back(text.name);
+        std::vector<std::string> names(kCommands.size());
+        std::ranges::transform(kCommands, names.begin(), &CommandText::name);
         throw UsageError(name.empty() ? "say serve, list, explain or walk, or --help"
                                       : fmt::format("unknown command '{}'{}", name, suggestion(names, name)));
     }
+    const UsageError comes_first(fmt::format("{}: a command comes first: serve, list, explain or walk", name));
     // What is before a command is help or the version.
     CLI::App& parsed = command != nullptr ? *command : *app_;
     std::vector<std::string> reversed{name};
@@ -304,10 +305,11 @@ std::optional<std::string> CommandLine::parse(const std::vector<std::string>& wo
     } catch (const CLI::CallForVersion& version) {
         return std::string(version.what()) + '\n';
     } catch (const CLI::ExtrasError&) {
-        throw UsageError(fmt::format("{}: a command comes first: serve, list, explain or walk", name));
+        throw comes_first;
     } catch (const CLI::ParseError& error) {
         throw UsageError(error.what());
     }
+    if (command == nullptr) throw comes_first;
     if (options_.command == Command::explain) {
         options_.explained = command->remaining();
         return std::nullopt;
@@ -336,7 +338,8 @@ std::string CommandLine::manual_page() const {
         std::string group;
         // Those without a group of their own come first, as in the help.
         std::vector<const CLI::Option*> options = command->get_options();
-        std::ranges::stable_partition(options, [](const CLI::Option* each) { return each->get_group() == "Options"; });
+        std::stable_partition(options.begin(), options.end(),
+                              [](const CLI::Option* each) { return each->get_group() == "Options"; });
         for (const CLI::Option* const option : options) {
             if (option->get_group() != "Options" && option->get_group() != group)
                 page += fmt::format(".SS {}\n", group = option->get_group());

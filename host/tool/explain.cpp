@@ -186,7 +186,7 @@ Explanation explain(const Explained& request, agent::Engine& engine, const servi
 std::string outcome(const Explanation& explanation, const services::Registry& registry) {
     const auto& [status, index] = explanation.result;
     if (status == agent::kNoError) return "noError";
-    const std::string error = fmt::format("{} ({})", status_name(status), status);
+    std::string error = fmt::format("{} ({})", status_name(status), status);
     if (index == 0 || index > explanation.varbinds.size()) return error;
     return fmt::format("{} for varbind {}, {}", error, index, registry.format(explanation.varbinds[index - 1].name));
 }
@@ -211,7 +211,7 @@ std::vector<std::string> as_text(const Explanation& explanation, const services:
 std::vector<std::string> as_json(const Explanation& explanation, const services::Registry& registry) {
     std::vector<std::string> lines;
     const bool set = explanation.kind == Explained::Kind::set;
-    const auto add = [&](const char* event, Json rest) {
+    const auto add = [&](const char* event, const Json& rest) {
         Json json{{"event", event}};
         json.update(rest);
         lines.push_back(json_line(json));

@@ -128,13 +128,15 @@ std::vector<Module> modules_of(const services::Registry& registry,
     return modules;
 }
 
+constexpr std::size_t kHeadingWidth = 80;
+
 std::string access(const services::Object& object) { return object.entry.acl == 2 ? "read-write" : "read-only"; }
 
 // The access that the object is registered with, and whether it is so.
 std::string true_access(const services::Object& object) {
     const bool can_write = writable(object);
-    if (object.entry.acl == 2 && !can_write) return "read-write, but no write method";
-    if (object.entry.acl != 2 && can_write) return "read-only, but has a write method";
+    if (object.entry.acl == 2 && !can_write) return "read-write, no writer";
+    if (object.entry.acl != 2 && can_write) return "read-only, has a writer";
     return access(object);
 }
 
@@ -144,11 +146,14 @@ std::string published(const std::string& module) {
     return name == module ? "" : name + ", ";
 }
 
+// The name of a group and its index, on a second line where both are long.
 std::string heading(const services::Group& group) {
     std::string text = group.name + (group.is_table ? "" : ", scalars");
+    std::string index;
     for (std::size_t i = 0; i < group.fields.size(); ++i)
-        text += (i == 0 ? ", index: " : ", ") + services::kind_name(group.fields[i]);
-    if (!group.index_column.empty()) text += ' ' + group.index_column;
+        index += (i == 0 ? "index: " : ", ") + services::kind_name(group.fields[i]);
+    if (!group.index_column.empty()) index += ' ' + group.index_column;
+    if (!index.empty()) text += (text.size() + index.size() > kHeadingWidth ? ",\n    " : ", ") + index;
     return text + (group.answers ? "" : ", never answers");
 }
 

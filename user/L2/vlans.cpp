@@ -98,9 +98,7 @@ Error create_vlan(const Set& set, VlanStatic& staged, std::uint32_t vid) {
 
 // --- protocol groups -------------------------------------------------------------------------------------------------
 
-SWITCHMIB_EXPORT ProtoGroup proto_group;
 constinit ProtoGroup proto_group{};
-SWITCHMIB_EXPORT ProtoPort proto_port;
 constinit ProtoPort proto_port{};
 
 ProtocolText protocol_text(const Octets<2>& protocol) {

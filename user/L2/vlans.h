@@ -5,6 +5,7 @@
 
 #include "framework/address.h"
 #include "framework/lists.h"
+#include "framework/module.h"
 #include "framework/write.h"
 
 #include <algorithm>
@@ -264,8 +265,8 @@ struct ProtoPort {
     std::uint32_t pending;
 };
 static_assert(sizeof(ProtoGroup) == 16 && offsetof(ProtoGroup, group) == 8 && sizeof(ProtoPort) == 20);
-extern "C" ProtoGroup proto_group;
-extern "C" ProtoPort proto_port;
+SWITCHMIB_EXPORT ProtoGroup proto_group;
+SWITCHMIB_EXPORT ProtoPort proto_port;
 
 struct ProtocolKey {
     std::uint32_t frame_type;

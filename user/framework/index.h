@@ -166,12 +166,13 @@ consteval bool kinds_fit() {
         const bool string = kind.number == 0 || kind.number == Kind::counted_string(0).number;
         return own.octets == kind.octets && own.number == (string ? 0 : kind.number);
     };
+    const auto take_each = [&take](const auto&... kinds) { return (take(kinds) && ...); };
     for (const Kind& kind : Key::index) {
         const bool whole = at < declaration.count && declaration.fields[at].kind.number == kind.number;
         if (kind.number == Kind::address_pair.number) {
-            if (!take(Kind::address) || !take(Kind::address)) return false;
+            if (!take_each(Kind::address, Kind::address)) return false;
         } else if (kind.number == Kind::pair_on_interface.number && !whole) {
-            if (!take(Kind::address) || !take(Kind::integer) || !take(Kind::address)) return false;
+            if (!take_each(Kind::address, Kind::integer, Kind::address)) return false;
         } else if (!take(kind)) {
             return false;
         }

@@ -332,7 +332,7 @@ Error write_router_ports(Set& set) {
     TRY(set.global(interface));
     Text<16> numbers[kWords];
     for (int i = 0; i < kWords; ++i) {
-        const std::int32_t word = port_word(octets + 4 * i);
+        const std::int32_t word = port_word(octets + std::ptrdiff_t{4} * i);
         if (word != 0) LOG_TRACE("portlist.p[%d]:%x\n", i, static_cast<std::uint32_t>(word));
         numbers[i] = {" %d", word};
         LOG_TRACE("MGMD$SNPMIB$ %s$%s$%d\n", numbers[i].c_str(), set.caller, __LINE__);
