@@ -27,24 +27,6 @@ TEST_F(OnSwitch, ServesEachObjectUnderItsName) {
     }
 }
 
-// GETNEXT meets every row once, in order, with the value that GET has, and the switch refuses nothing that the library
-// asks for. Objects that it does not serve have no instances.
-TEST_F(OnSwitch, IsWalkedFromEndToEnd) {
-    std::set<std::string> names;
-    for (const auto& [name, magic] : switch_.served()) names.insert(name);
-    for (services::Oid at{0, 0};;) {
-        const agent::Varbind found = engine_.next(at);
-        std::erase_if(log_, [](const std::string& line) { return contains(line, "there is no such table"); });
-        ASSERT_TRUE(log_.empty()) << log_.front();
-        if (found.value.is_exception()) break;
-        ASSERT_GT(found.name, at);
-        at = found.name;
-        if (names.contains(registry_.find(at)->name)) {
-            ASSERT_EQ(engine_.get(at), found) << registry_.format(at);
-        }
-    }
-}
-
 TEST_F(OnSwitch, ComesWithPlausibleTables) {
     const std::tuple<const char*, std::size_t> counts[] = {{"ifDescr", 31},
                                                            {"ifName", 31},

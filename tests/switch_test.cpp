@@ -437,7 +437,7 @@ TEST_F(OnSwitch, RefusesLinesWithAReasonAndChangesNothing) {
         {"interface port1", -1, "max-rcv-frame-size 12289", "'12289' does not fit"},
         {"interface port1", -1, "max-rcv-frame-size -1", "'-1' does not fit"},
         {"interface port1", -1, "desc", "ends too early"},
-        {"interface port1", -1, "interface port2", "unknown in interface mode"},
+        {"interface port1", -1, "interface port99", "no such interface"},
         {"interface port1", -1, "desc 12345678901234567890123456789012345678901234567890123456789012345", "at most 64"},
         {"interface port21", -1, "duplex full", "names the medium"},
         {"interface port21", -1, "duplex half fiber", "always full duplex"},

@@ -23,7 +23,10 @@ bool CommandLine::run(const services::ConfigRequest& request) {
             outcome = apply({kGlobal}, request.command);
             entered_ = outcome.enters;
             break;
-        case kInEntered: outcome = apply(entered_.value_or(kNothing), request.command); break;
+        case kInEntered:
+            outcome = apply(entered_.value_or(kNothing), request.command);
+            if (outcome.enters) entered_ = outcome.enters;
+            break;
         case kInExecutive: outcome = apply({kExecutive}, request.command); break;
         default: outcome = refused("there is no such mode");
     }

@@ -160,10 +160,11 @@ void Interfaces::describe(Description& d) {
                                            {18, "ifAlias", &Interface::alias},
                                            {19, "ifCounterDiscontinuityTime", &Interface::created}})});
 
-    d.lines(*this).line("interface {word}", [this](const Arguments& arguments) {
-        const std::uint32_t ifindex = find(arguments[0].text);
-        return ifindex != 0 ? enter(kInterface, ifindex) : refused("there is no such interface");
-    });
+    for (const Mode& mode : {kGlobal, kInterface})
+        d.lines(*this, mode).line("interface {word}", [this](const Arguments& arguments) {
+            const std::uint32_t ifindex = find(arguments[0].text);
+            return ifindex != 0 ? enter(kInterface, ifindex) : refused("there is no such interface");
+        });
     const Lines<Interface> interface = lines(d);
     interface.set("shutdown", &Interface::enabled, false);
     interface.set("no shutdown", &Interface::enabled, true);
