@@ -446,7 +446,7 @@ TEST_F(Tool, ListsWhatPatternsSelect) {
                 ElementsAre("interfaces 1.3.6.1.2.1.2 (IF-MIB, 1 object)"));
     EXPECT_THAT(lines({"ifNumber"}, tool::ListForm::markdown),
                 Contains("| .1 | ifNumber | INTEGER | read-only | no |"));
-    EXPECT_THAT(lines({}, tool::ListForm::text), Not(Contains(::testing::SizeIs(::testing::Gt(100u)))));
+    EXPECT_THAT(lines({}, tool::ListForm::text), Not(Contains(::testing::SizeIs(::testing::Gt(120u)))));
     const auto objects = lines({}, tool::ListForm::json);
     EXPECT_EQ(objects.size(), registry.objects().size());
     const auto speed = std::ranges::find_if(
