@@ -121,6 +121,12 @@ TEST_F(IpAddresses, ColumnsAreKeptWithTheirRow) {
     act("Status", kIpv6, 8);
     EXPECT_EQ(act("Type", kIpv4, 2), genErr) << "IPv4 has unicast addresses alone";
     EXPECT_EQ(act("Status", kIpv4, 2), genErr);
+    EXPECT_EQ(set({{"ipAddressIfIndex", kIpv6, Integer, integer(7)},
+                   {"ipAddressType", kIpv4, Integer, integer(1)},
+                   {"ipAddressStatus", kIpv4, Integer, integer(1)},
+                   {"ipAddressRowStatus", kIpv6, Integer, integer(createAndWait)}}),
+              wrongValue)
+        << "a SET that is refused keeps nothing";
     EXPECT_EQ(kept("ipAddressTable_ifindex"), kPort1);
     EXPECT_EQ(key("key_ifindex").octets[3], 9);
     EXPECT_EQ(kept("ipAddressTable_type"), 3u);
@@ -236,6 +242,11 @@ TEST_F(IpNeighbours, PhysicalAddressIsSentAtOnceAndRememberedEvenIfRefused) {
 }
 
 TEST_F(IpNeighbours, RowNeedsThePhysicalAddressThatWasWrittenForIt) {
+    EXPECT_EQ(set({{"ipNetToPhysicalPhysAddress", ipv4, OctetString, mac},
+                   {"ipNetToPhysicalType", ipv4, Integer, integer(kDynamic)},
+                   {"ipNetToPhysicalRowStatus", ipv4, Integer, integer(createAndWait)}}),
+              wrongValue);
+    EXPECT_THAT(lines_of(ipv4, destroy), ElementsAre(enter, "-1 no ip arp 10.0.10.9")) << "the type was not kept";
     EXPECT_THAT(lines_of(ipv4, createAndGo, genErr), IsEmpty());
     EXPECT_EQ(set({{"ipNetToPhysicalPhysAddress", ipv4, OctetString, mac},
                    {"ipNetToPhysicalType", ipv4, Integer, integer(kStatic)},

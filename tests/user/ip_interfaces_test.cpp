@@ -138,6 +138,10 @@ TEST_F(IpInterfaces, NewRowTakesOneValueWithEachRowStatus) {
     forget();
     EXPECT_EQ(set({number("MaxInterval", 600), number("MinInterval", 200), status(createAndGo)}), noError);
     EXPECT_THAT(lines(), ElementsAre("5 interface vlan10", "-1 ipv6 nd ra-interval 600 200"));
+    set(number("MaxInterval", 700));
+    EXPECT_EQ(lines_of(createAndGo).back(), "-1 ipv6 nd ra-interval 700") << "the minimum was used up";
+    EXPECT_EQ(set({number("CurHopLimit", 1), flag("ManagedFlag", 1), status(createAndWait)}), wrongValue);
+    EXPECT_THAT(lines_of(createAndGo), ElementsAre("5 interface vlan10")) << "a SET that is refused leaves nothing";
 }
 
 TEST_F(IpInterfaces, MinimumIntervalWaitsForTheMaximumOfItsInterface) {
