@@ -28,6 +28,9 @@ using namespace switchmib;  // the enums of framework/snmp.h: Integer, wrongValu
 Bytes integer(std::int64_t number);  // 4 octets in machine order
 Bytes text(const std::string& octets);
 Bytes port_list(std::initializer_list<int> members);  // 12 octets
+Bytes address_record(const Bytes& octets);            // the host's, 28 octets: IPv4, IPv6 or none by its length
+Bytes join(Bytes a, const Bytes& b);
+Oid join(Oid a, const Oid& b);
 
 // The value of a varbind: a number of 4 octets, a text, or octets.
 struct Value {

@@ -5,10 +5,7 @@ namespace {
 
 const Oid kPolicy{2, 0, 0};
 
-Oid operator+(Oid a, const Oid& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
+Oid operator+(Oid a, const Oid& b) { return join(std::move(a), b); }
 
 // 10.0.0.0/8 through 10.1.1.1, and 2001:db8::/32 through fe80::1.
 const Oid kRoute = Oid{1, 4, 10, 0, 0, 0, 8} + kPolicy + Oid{1, 4, 10, 1, 1, 1};

@@ -6,15 +6,6 @@
 namespace tests {
 namespace {
 
-Oid join(Oid a, const Oid& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-Bytes join(Bytes a, const Bytes& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
 // 10.0.10.9 and 2001:db8::9, as indexes and as the backend's records have them; an address that is no text.
 const Oid kIpv4{1, 4, 10, 0, 10, 9};
 const Oid kIpv6{2, 16, 0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9};
@@ -95,16 +86,21 @@ TEST_F(IpAddresses, RowsAreRecordsThatTheBackendMoves) {
     EXPECT_EQ(next("ipAddressIfIndex", kIpv6).name, oid_of("ipAddressIfIndex", kIpv4));
     EXPECT_EQ(shown[1].key, kIpv6Record);
 
+    // One of another type has no octets.
+    answer("ipAddressTable", integer(1), join(integer(3), Bytes(20, 7)));
+    EXPECT_EQ(next("ipAddressIfIndex", kOdd).name, oid_of("ipAddressIfIndex", {3, 0}));
+    EXPECT_EQ(shown[2].key, join(integer(3), Bytes(20)));
+
     answer("ipNetToPhysicalTable", integer(1), join(integer(1044), kIpv6Record));
     EXPECT_EQ(next("ipNetToPhysicalType", join({kVlan10}, kIpv4)).name,
               oid_of("ipNetToPhysicalType", join({1044}, kIpv6)));
-    EXPECT_EQ(shown[2].key, join(integer(kVlan10), kIpv4Record));
+    EXPECT_EQ(shown[3].key, join(integer(kVlan10), kIpv4Record));
 
     // A prefix's record is its index.
-    const Bytes prefix = join(join(integer(2), integer(16)), join(kIpv6Octets, integer(0)));
-    answer("ipAddressPrefixTable", integer(1), join(integer(1044), join(prefix, integer(64))));
+    const Bytes prefix = join(address_record(kIpv6Octets), integer(64));
+    answer("ipAddressPrefixTable", integer(1), join(integer(1044), prefix));
     EXPECT_EQ(next("ipAddressPrefixOrigin").name, oid_of("ipAddressPrefixOrigin", join(join({1044}, kIpv6), {64})));
-    EXPECT_EQ(shown[3].key, Bytes(36));
+    EXPECT_EQ(shown[4].key, Bytes(36));
 }
 
 TEST_F(IpAddresses, ColumnsAreKeptWithTheirRow) {

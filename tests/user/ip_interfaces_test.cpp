@@ -64,6 +64,7 @@ TEST_F(IpInterfaces, AreShownUpToTheLastPortAndIpv4InTheVrf) {
     EXPECT_EQ(get("ipv6RouterAdvertLinkMTU", kVlan10).writer, nullptr);
     answer("ipv6RouterAdvertTable", integer(600), integer(1044));
     EXPECT_EQ(next("ipv6RouterAdvertMaxInterval", kVlan10).name, oid_of("ipv6RouterAdvertMaxInterval", kVlan20));
+    EXPECT_EQ(shown.back().key, integer(1034));
 }
 
 TEST_F(IpInterfaces, ParametersOfRowsAreLinesOfTheirVlanInterface) {

@@ -444,7 +444,7 @@ TEST_F(KernelStatistics, UdpCountsIpv6In) {
     proc.files[kSnmp6] =
         "Udp6InDatagrams 1\nUdp6NoPorts 2\nUdp6InErrors 3\nUdp6OutDatagrams 4\n"
         "Udp6RcvbufErrors 100\nUdp6SndbufErrors 100\nUdp6InCsumErrors 100\nUdp6\nUdp6In\n"
-        "UdpLite6InDatagrams 100\n";
+        "UdpLite6InDatagrams 100\nTcp6OutSegs 100\nTcp6InErrors 100\n";
     EXPECT_THAT(read_udp().values, ElementsAre(11, 22, 33, 44));
     EXPECT_THAT(read_udp().values, ElementsAre(11, 22, 33, 44)) << "added once, to what the other file has";
     proc.files[kSnmp] = lines_of("Udp", "-1 20");

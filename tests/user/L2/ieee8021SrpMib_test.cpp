@@ -36,7 +36,7 @@ TEST_F(StreamReservation, StreamsAreAskedForByTheirIdsOctets) {
     EXPECT_THAT(commands(), ElementsAre("show snmp ieee8021srp-stream 0 00:00:00:00:00:00:00:00 0",
                                         "show snmp ieee8021srp-stream 1 02:48:00:00:01:fe:00:07 5122",
                                         "show snmp ieee8021srp-stream 0 00:00:00:00:00:00:00:00 0"));
-    EXPECT_EQ(shown[1].key.size(), 16u);
+    EXPECT_EQ(shown[1].key, (Bytes{1, 0, 0, 0, 0x02, 0x48, 0, 0, 1, 254, 0, 7, 2, 20, 0, 0}));
 }
 
 TEST_F(StreamReservation, LatenciesAndReservationsAreNeverShown) {

@@ -31,6 +31,8 @@ TEST_P(RouterLimits, AreShownByInterfaceWithTheProtocolInTheKey) {
     EXPECT_EQ(next(named("Limit")).name, oid_of(named("Limit"), {1044}));
     const ReadResult limit = get(named("Limit"), {5001});
     EXPECT_EQ(limit.address, loaded().symbol<unsigned char>("RETVALUE_mgmdLimitTable"));
+    EXPECT_EQ(shown[1].request.result_size, 200);
+    EXPECT_EQ(shown[1].key, join(integer(5001), integer(mld_ ? 2 : 1)));
     for (const char* column : {"LimitIfIndex", "LimitType"}) EXPECT_EQ(get(named(column), {5001}).value, std::nullopt);
     EXPECT_THAT(commands(), ElementsAre(show_ + "limit 0 " + type_, show_ + "limit 5001 " + type_));
     EXPECT_EQ(get(named("Limit"), {1, 1}).value, std::nullopt);

@@ -11,9 +11,9 @@ struct Reading {
     int columns;
     int first;           // the first column that answers; those after it do too
     const char* column;  // its name
-    std::size_t key_size;
-    std::size_t type;  // where an index has its address type
+    std::size_t type;    // where an index has its address type
     Oid index;
+    Bytes key;
     const char* start_log;
     const char* start_command;
     const char* log;
@@ -25,9 +25,9 @@ const Reading kReadings[] = {
      18,
      3,
      "mgmdRouterInterfaceQuerier",
-     8,
      1,
      {1034, 1},
+     join(integer(1034), integer(1)),
      "|idx:0 type:0 magic:3|cmd:@command|exact:0 key.idx:0 qr_type:0 var_len=4",
      "show debugging igmp snmp interface 0 0 blue",
      "|idx:1034 type:1 magic:3|cmd:@command|exact:1 key.idx:1034 qr_type:1 var_len=4",
@@ -36,9 +36,9 @@ const Reading kReadings[] = {
      10,
      4,
      "mgmdRouterCacheLastReporter",
-     32,
      0,
      {1, 4, 239, 1, 1, 1, 1034},
+     join(address_record({239, 1, 1, 1}), integer(1034)),
      "|type :0 adr:0.0.0.0 idx:0 magic:4|cmd:@command|exact:0 ifidx:0 ",
      "show debugging igmp snmp group 0 0.0.0.0 0 blue",
      "|type :1 adr:239.1.1.1 idx:1034 magic:4|cmd:@command|exact:1 ifidx:1034 ",
@@ -47,9 +47,9 @@ const Reading kReadings[] = {
      3,
      3,
      "mgmdInverseRouterCacheAddress",
-     32,
      1,
      {1034, 1, 4, 239, 1, 1, 1},
+     join(integer(1034), address_record({239, 1, 1, 1})),
      "|type :0 adr:0.0.0.0 idx:0 magic:3|cmd:@command|exact:0 ifidx:0 ",
      "show debugging igmp snmp inv group 0 0 0.0.0.0 blue",
      "|type :1 adr:239.1.1.1 idx:1034 magic:3|cmd:@command|exact:1 ifidx:1034 ",
@@ -58,9 +58,9 @@ const Reading kReadings[] = {
      5,
      5,
      "mgmdRouterSrcListExpire",
-     60,
      0,
      {1, 4, 239, 1, 1, 1, 1034, 4, 10, 0, 0, 9},
+     join(address_record({239, 1, 1, 1}), join(integer(1034), address_record({10, 0, 0, 9}))),
      "|type :0 adr:0.0.0.0 idx:0 src:0.0.0.0 magic:5|cmd:@command|exact:0 ifidx:0 ",
      "show debugging igmp snmp source 0 0.0.0.0 0 0.0.0.0 blue",
      "|type :1 adr:239.1.1.1 idx:1034 src:10.0.0.9 magic:5|cmd:@command|exact:1 ifidx:1034 ",
@@ -89,7 +89,7 @@ TEST_F(MulticastRouter, ReadsTraceCarryTheContextAndUseTheirOwnBuffers) {
             EXPECT_THAT(loggers(), ElementsAre(reading.table));
             EXPECT_EQ(result.value, integer(7));
             EXPECT_EQ(result.address, loaded().symbol<unsigned char>(std::string("RETVALUE_") + reading.table));
-            EXPECT_EQ(shown.at(0).key.size(), reading.key_size);
+            EXPECT_EQ(shown.at(0).key, start ? Bytes(reading.key.size()) : reading.key);
             EXPECT_EQ(shown[0].request.result_size, 100);
         }
         // The columns of the index, and what is no column, are traced, but not served.
@@ -113,6 +113,8 @@ TEST_F(MulticastRouter, ReadsTraceCarryTheContextAndUseTheirOwnBuffers) {
     next("mgmdRouterInterfaceQuerier");
     EXPECT_EQ(commands().at(0), "show debugging igmp snmp interface 0 0 " + std::string(60, 'c'));
     services::services().context = {};
+    next("mgmdRouterInterfaceQuerier");
+    EXPECT_EQ(commands().at(1), "show debugging igmp snmp interface 0 0 ");
 }
 
 TEST_F(MulticastRouter, RequestsForOtherProtocolsAreNotAskedFor) {

@@ -1,7 +1,5 @@
 #include "support/recording_host.h"
 
-#include <cstring>
-
 namespace tests {
 
 class IpMcast : public RecordingHost {
@@ -11,11 +9,6 @@ protected:
         forget();
         read(object, index, exact);
         return shown.empty() ? "" : commands().front();
-    }
-    static Bytes key_of(const std::vector<std::pair<std::size_t, int>>& octets, std::size_t size) {
-        Bytes key(size);
-        for (const auto& [at, octet] : octets) key[at] = static_cast<std::uint8_t>(octet);
-        return key;
     }
 };
 
@@ -93,15 +86,21 @@ TEST_F(IpMcast, ServesIpv4ByEachTablesOwnRule) {
 }
 
 TEST_F(IpMcast, KeysAreWholeRecords) {
-    const auto key = key_of(
-        {{0, 1}, {4, 4}, {8, 239}, {9, 1}, {10, 1}, {11, 2}, {28, 32}, {32, 1}, {36, 4}, {40, 10}, {60, 32}}, 64);
-    answer("ipMcastRouteTable", integer(1034), key);
-    EXPECT_EQ(next("ipMcastRouteInIfIndex", kRoute).name,
-              oid_of("ipMcastRouteInIfIndex", {1, 4, 239, 1, 1, 2, 32, 1, 4, 10, 0, 0, 0, 32}));
-    EXPECT_EQ(shown[0].key.size(), 64u);
-    answer("ipMcastRouteNextHopTable", integer(2));
-    EXPECT_EQ(next("ipMcastRouteNextHopState", kNextHop).name, oid_of("ipMcastRouteNextHopState", kNextHop));
-    EXPECT_EQ(shown[1].key.size(), 96u);
+    const auto route = [](std::uint8_t last) {
+        return join(join(address_record({239, 1, 1, last}), integer(32)),
+                    join(address_record({10, 0, 10, 5}), integer(32)));
+    };
+    const Oid next_route{1, 4, 239, 1, 1, 2, 32, 1, 4, 10, 0, 10, 5, 32};
+    answer("ipMcastRouteTable", integer(1034), route(2));
+    EXPECT_EQ(next("ipMcastRouteInIfIndex", kRoute).name, oid_of("ipMcastRouteInIfIndex", next_route));
+    EXPECT_EQ(shown[0].key, route(1));
+    answer("ipMcastRouteNextHopTable", integer(2), join(route(2), join(integer(7), address_record({10, 0, 0, 9}))));
+    EXPECT_EQ(next("ipMcastRouteNextHopState", kNextHop).name,
+              oid_of("ipMcastRouteNextHopState", join(next_route, {7, 1, 4, 10, 0, 0, 9})));
+    EXPECT_EQ(shown[1].key, join(route(1), join(integer(1044), address_record({}))));
+    answer("ipMcastInterfaceTable", integer(1), join(integer(1), integer(7)));
+    EXPECT_EQ(next("ipMcastInterfaceIfIndex", {1, 6}).name, oid_of("ipMcastInterfaceIfIndex", {1, 7}));
+    EXPECT_EQ(shown[2].key, join(integer(1), integer(6)));
 }
 
 TEST_F(IpMcast, IsSwitchedAsAWholeAndSetNowhereElse) {

@@ -1,22 +1,59 @@
 #include "support/recording_host.h"
 
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+
+#include <dlfcn.h>
+#include <link.h>
 
 namespace tests {
+namespace {
+
+// Says what is logged. The library does not export it: it is found as a debugger does.
+volatile int* find_log_switch() {
+    std::ifstream file(SWITCHMIB_LIBRARY, std::ios::binary);
+    const std::string image{std::istreambuf_iterator<char>(file), {}};
+    const auto load = [&image]<class T>(T& record, std::size_t offset) {
+        std::memcpy(&record, image.data() + offset, sizeof record);
+    };
+    ElfW(Ehdr) header;
+    load(header, 0);
+    for (std::size_t section = 0; section < header.e_shnum; ++section) {
+        ElfW(Shdr) table, names;
+        load(table, header.e_shoff + section * sizeof table);
+        if (table.sh_type != SHT_SYMTAB) continue;
+        load(names, header.e_shoff + table.sh_link * sizeof names);
+        for (std::size_t at = 0; at < table.sh_size; at += sizeof(ElfW(Sym))) {
+            ElfW(Sym) symbol;
+            load(symbol, table.sh_offset + at);
+            const std::string name = image.data() + names.sh_offset + symbol.st_name;
+            if (name.find("tunnelMIB10log_switch") == name.npos) continue;
+            Dl_info library;
+            dladdr(loaded().symbol<void>("tunnelMIB_oid"), &library);
+            return reinterpret_cast<volatile int*>(static_cast<char*>(library.dli_fbase) + symbol.st_value);
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace
 
 class Tunnels : public RecordingHost {
 protected:
-    // The log without what every line begins with, which is checked; only errors are logged.
+    // The log without what every line begins with, which is checked, as its level is: errors begin with "!".
     std::string log() const override {
         const std::string front = "<MIB_TNL>(";
         std::string log;
         for (const services::LogLine& line : logged) {
             EXPECT_EQ(line.channel, "an");
             EXPECT_EQ(line.category, 92);
-            EXPECT_EQ(line.level, 104);
             EXPECT_THAT(line.text, ::testing::StartsWith(front));
             EXPECT_GT(std::atoi(&line.text[front.size()]), 0);
-            log += line.text.substr(line.text.find("):") + 2);
+            const std::string text = line.text.substr(line.text.find("):") + 2);
+            EXPECT_EQ(line.level, text.starts_with("!") ? 104 : 101) << text;
+            log += text;
         }
         return log;
     }
@@ -40,7 +77,8 @@ TEST_F(Tunnels, AreShownByInterfaceAndByTheirEnds) {
                                         "show snmp tunnel inetconfig 192.0.2.1 203.0.113.9 12 1",
                                         "show snmp tunnel inetconfig 0.0.0.0 0.0.0.0 0 0",
                                         "show snmp tunnel inetconfig 2001:: 0.0.0.0 0 0"));
-    EXPECT_EQ(shown[2].key.size(), 64u);
+    EXPECT_EQ(shown[2].key, join(join(address_record({192, 0, 2, 1}), address_record({203, 0, 113, 9})),
+                                 join(integer(12), integer(1))));
     EXPECT_THAT(logged, IsEmpty());  // commands are no errors
 }
 
@@ -120,11 +158,44 @@ TEST_F(Tunnels, CreationIsUndoneWhenALaterLineFails) {
         refused_line.reset();
         EXPECT_EQ(set_status(tunnel(method, 7), destroy), noError);
         EXPECT_THAT(lines(), ElementsAre("4 snmp check tunnel destroy " + row, "5 no interface tunnel 7"));
+        for (const std::string& line : {"snmp check tunnel destroy " + row, std::string("no interface tunnel 7")}) {
+            refused_lines = {line};
+            EXPECT_EQ(set_status(tunnel(method, 7), destroy), genErr);
+            EXPECT_EQ(log(), "!" + line + "\n");
+        }
+        refused_lines.clear();
     }
     // Addresses of other types are empty, in the lines too.
     EXPECT_EQ(set_status({2, 2, 0x20, 1, 0, 0, 13, 1}, createAndGo), noError);
     EXPECT_THAT(lines(), ElementsAre("4 snmp check tunnel create   13 1", "5 interface tunnel 1", "-1 tunnel source ",
                                      "-1 tunnel destination ", "-1 tunnel mode ipv6ip isatap"));
+}
+
+TEST_F(Tunnels, LogSwitchSaysWhatIsLogged) {
+    const Bytes address{192, 0, 2, 1};
+    const Oid odd{1, 4, 1, 2, 3, 4, 3, 1, 9, 12, 1};
+    volatile int* const log_switch = find_log_switch();
+    ASSERT_NE(log_switch, nullptr);
+    *log_switch = 3;  // everything
+    get("tunnelIfLocalAddress", {897});
+    get("tunnelInetConfigIfIndex", tunnel(12, 1));
+    EXPECT_EQ(write(undo, "tunnelIfLocalInetAddress", {898}, OctetString, address), noError);
+    EXPECT_EQ(log(),
+              "show snmp tunnel if 897\nshow snmp tunnel inetconfig 192.0.2.1 203.0.113.9 12 1\nsrc_addr:192.0.2.1\n");
+    forget();
+    const std::string line = "tunnel destination 192.0.2.1";
+    refused_lines = {"show interface tunnel2", line, "no interface tunnel 2"};
+    EXPECT_EQ(write(action, "tunnelIfRemoteInetAddress", {898}, OctetString, address), genErr);
+    EXPECT_EQ(log(), "dest_addr:192.0.2.1\nshow interface tunnel2\ninterface tunnel 2\n" + line + "\n!" + line +
+                         "\nno interface tunnel 2\n");
+    *log_switch = 2;  // all but errors
+    forget();
+    EXPECT_EQ(write(action, "tunnelInetConfigStatus", tunnel(2, 1), Integer, integer(active)), genErr);
+    EXPECT_EQ(write(action, "tunnelIfLocalInetAddress", {898}, OctetString, {}), genErr);
+    get("tunnelInetConfigIfIndex", odd);
+    EXPECT_EQ(write(action, "tunnelInetConfigStatus", tunnel(12, 1), Integer, integer(destroy)), noError);
+    EXPECT_EQ(log(), "snmp check tunnel destroy 192.0.2.1 203.0.113.9 12 1\nno interface tunnel 1\n");
+    *log_switch = 1;
 }
 
 TEST_F(Tunnels, RowsAreCheckedInTheirOrder) {

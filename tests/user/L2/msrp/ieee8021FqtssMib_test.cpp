@@ -16,6 +16,7 @@ TEST_F(StreamQueuing, ClassesAreAskedForByPortAndClass) {
                 ElementsAre("show snmp ieee8021fqtss-bap 0 0", "show snmp ieee8021fqtss-srp-regen-override 0 0",
                             "show snmp ieee8021fqtss-bap 5121 0", "show snmp ieee8021fqtss-srp-regen-override 5121 1",
                             "show snmp ieee8021fqtss-bap 0 0"));
+    EXPECT_EQ(shown[3].key, (Bytes{1, 20, 0, 0, 1, 0, 0, 0}));
 }
 
 TEST_F(StreamQueuing, OnlyTwoColumnsHaveValues) {

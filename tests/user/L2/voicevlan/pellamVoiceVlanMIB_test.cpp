@@ -43,8 +43,9 @@ TEST_F(VoiceVlan, CommandsAndFirstRows) {
                     "show snmp voice-vlan port", "show snmp voice-vlan port 5121", "show snmp voice-vlan device",
                     "show snmp voice-vlan device 5121 00-01-e3-0a-0b-0c", "show snmp voice-vlan lldpmed device",
                     "show snmp voice-vlan lldpmed device 3", "show snmp voice-vlan"));
-    EXPECT_EQ(shown[1].request.key_size, 12);
-    EXPECT_EQ(shown[5].request.key_size, 12);
+    EXPECT_EQ(shown[1].key, (Bytes{0, 1, 0xe3, 0, 0, 0, 255, 255, 255, 0, 0, 0}));
+    // The key ends with a whole word.
+    EXPECT_EQ(shown[5].key, (Bytes{1, 20, 0, 0, 0, 1, 0xe3, 0xa, 0xb, 0xc, 0, 0}));
     EXPECT_EQ(shown[8].request.magic, 4);
     forget();
     for (const char* column : {"dVoiceVlanOuiAddress", "dVoiceVlanOuiMask"})
