@@ -367,18 +367,18 @@ TEST(Lines, SetMembersOfTheirObject) {
     CommandLine line([&](const std::string& text) { log.push_back(text); });
     const auto run = [&](int mode, const char* text) { return line.run({mode, text, "test", 1}); };
     static constexpr Mode kThing{"thing"};
-    const Lines<Thing> thing(line, {kThing}, [&](const Entered& entered, std::string& refusal) -> Thing* {
-        if (things.contains(entered.object)) return &things[entered.object];
-        refusal = "it is gone";
-        return nullptr;
+    const Lines<Thing> thing(line, {kThing}, [&](const Entered& entered) -> Thing& {
+        require(things.contains(entered.object), "it is gone");
+        return things[entered.object];
     });
     thing.flag("on", &Thing::on);
     thing.number("size {1..9}", &Thing::size);
     thing.choice("kind small|large", &Thing::kind);
     thing.text("name {text}", &Thing::name, 4);
-    line.add(kGlobal, "thing {word}", [](const Entered&, const Arguments&) { return refused("it has no number"); });
-    line.add(kGlobal, "thing {int}", [](const Entered&, const Arguments& a) { return enter(kThing, a[0].number); });
-    line.add(kAny, "anywhere", [](const Entered&, const Arguments&) { return accepted; });
+    line.add(kGlobal, "thing {word}",
+             [](const Entered&, const Arguments&) -> std::optional<Entered> { refuse("it has no number"); });
+    line.add(kGlobal, "thing {int}", [](const Entered&, const Arguments& a) { return Entered{kThing, a[0].number}; });
+    line.add(kAny, "anywhere", [](const Entered&, const Arguments&) { return std::nullopt; });
 
     EXPECT_TRUE(run(5, "thing 2"));  // the more exact pattern takes it
     for (const char* text : {"on", "size 9", "kind large", "name a b", "anywhere"}) EXPECT_TRUE(run(-1, text)) << text;

@@ -177,14 +177,14 @@ TEST_F(OnPrivateVlans, HaveTypesAndPrimaryVlans) {
     EXPECT_NE(create(101, kCommunity, 100), 0);
     expect({{"nPrivateVlanVlanType", {101}, kIsolated},
             {"nPrivateVlanVlanAssocPriVlan", {101}, 10},
-            {"nPrivateVlanVlanAssocPriVlan", {101}, 30, "no primary VLAN"},
-            {"nPrivateVlanVlanAssocPriVlan", {100}, 10, "no secondary VLAN"},
+            {"nPrivateVlanVlanAssocPriVlan", {101}, 30, "not a primary VLAN"},
+            {"nPrivateVlanVlanAssocPriVlan", {100}, 10, "not a secondary VLAN"},
             {"nPrivateVlanVlanType", {1}, kPrimary, "default VLAN"}});
     EXPECT_EQ(set({{"nPrivateVlanSyncSecVlans", {0}, 1}}), 0);
     EXPECT_NE(remove(101, kCommunity), 0);
     EXPECT_EQ(remove(101, kIsolated), 0);
     EXPECT_EQ(get("nPrivateVlanVlanType", {101}), kNone);
-    // What becomes secondary is no primary VLAN of others.
+    // What becomes secondary is not a primary VLAN of others.
     expect({{"nPrivateVlanVlanType", {10}, kIsolated}});
     EXPECT_EQ(get("nPrivateVlanVlanAssocPriVlan", {30}), 0);
 }

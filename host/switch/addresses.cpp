@@ -86,38 +86,34 @@ bool Addresses::is_connected(std::uint32_t vrf, std::uint32_t ifindex, const Ind
         [&](const auto& network) { return covers(Index(network.first.begin() + 2, network.first.end()), address); });
 }
 
-Outcome Addresses::set(std::uint32_t ifindex, const Index& address) {
+void Addresses::set(std::uint32_t ifindex, const Index& address) {
     const bool takes = ifindex > kTunnelIfIndexBase && ifindex <= kVlanIfIndexBase + kLastVlan;
-    if (!takes || interfaces_.find(ifindex) == nullptr) return refused("there is no such IP interface");
-    if (!is_host(address)) return refused("the address is not one of a host");
+    require(takes && interfaces_.find(ifindex) != nullptr, "there is no such IP interface");
+    require(is_host(address), "the address is not one of a host");
     const std::uint32_t vrf = vrfs_.of(ifindex);
-    if (is_own(vrf, address)) return refused("there is such an address");
+    require(!is_own(vrf, address), "there is such an address");
     const std::uint32_t bits = address[0] == kIpv4 ? kIpv4Bits : kIpv6Bits;
     const Index prefix = network_of(address, bits);
     for (const auto& [row, count] : networks_) {
         const Index other(row.begin() + 2, row.end());
-        if (row[0] == vrf && row[1] != ifindex && (covers(other, address) || covers(prefix, other)))
-            return refused("another interface is in that network");
+        require(row[0] != vrf || row[1] == ifindex || (!covers(other, address) && !covers(prefix, other)),
+                "another interface is in that network");
     }
     add(ifindex, address, bits);
-    return accepted;
 }
 
-Outcome Addresses::unset(std::uint32_t ifindex, const Index& address) {
+void Addresses::unset(std::uint32_t ifindex, const Index& address) {
     const auto entry = addresses_.find(join({{vrfs_.of(ifindex)}, address}));
-    if (entry == addresses_.end() || entry->second.ifindex != ifindex)
-        return refused("the interface does not have that address");
+    require(entry != addresses_.end() && entry->second.ifindex == ifindex, "the interface does not have that address");
     remove(entry);
-    return accepted;
 }
 
-Outcome Addresses::unset(const Index& address) {
+void Addresses::unset(const Index& address) {
     const auto entry = std::find_if(addresses_.begin(), addresses_.end(), [&](const auto& each) {
         return std::equal(each.first.begin() + 1, each.first.end(), address.begin(), address.end());
     });
-    if (entry == addresses_.end()) return refused("there is no such address");
+    require(entry != addresses_.end(), "there is no such address");
     remove(entry);
-    return accepted;
 }
 
 void Addresses::describe(Description& d) {
@@ -161,15 +157,15 @@ void Addresses::describe(Description& d) {
 
     const Lines<Addresses> global = d.lines(*this);
     global.line("ipaddresstable ip {int} {ipv4}",
-                [this](const Arguments& said) { return set(said[0].number, said[1].index()); });
+                [this](const Arguments& said) { set(said[0].number, said[1].index()); });
     global.line("no ipaddresstable ip {int} {ipv4}",
                 [this](const Arguments& said) { return unset(said[0].number, said[1].index()); });
-    global.line("ipv6 address {ipv6}", [] { return refused("an address is set in its interface's mode"); });
+    global.line("ipv6 address {ipv6}", [] { refuse("an address is set in its interface's mode"); });
     global.line("no ipv6 address {ipv6}", [this](const Arguments& said) { return unset(said[0].index()); });
     const Lines<Interface> interface =
         interfaces_.lines(d, kTunnelIfIndexBase + 1, kVlanIfIndexBase + kLastVlan, "IP interface");
     interface.line("ipv6 address {ipv6}", [this](Interface&, const Arguments& said, const Entered& entered) {
-        return set(entered.object, said[0].index());
+        set(entered.object, said[0].index());
     });
     interface.line("no ipv6 address {ipv6}", [this](Interface&, const Arguments& said, const Entered& entered) {
         return unset(entered.object, said[0].index());

@@ -34,9 +34,9 @@ private:
 
     void add(std::uint32_t ifindex, const Index& address, std::uint32_t bits);
     Entries::iterator remove(Entries::iterator);
-    Outcome set(std::uint32_t ifindex, const Index& address);
-    Outcome unset(std::uint32_t ifindex, const Index& address);
-    Outcome unset(const Index& address);  // on whatever interface
+    void set(std::uint32_t ifindex, const Index& address);
+    void unset(std::uint32_t ifindex, const Index& address);
+    void unset(const Index& address);  // on whatever interface
 
     Interfaces& interfaces_;
     Vrfs& vrfs_;

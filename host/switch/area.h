@@ -43,7 +43,7 @@ public:
     // Lines that are for an area as a whole, in global mode or another one.
     template <class Owner>
     Lines<Owner> lines(Owner& area, Mode mode = kGlobal) {
-        return {lines_, {mode}, [&area](const Entered&, std::string&) { return &area; }};
+        return {lines_, {mode}, [&area](const Entered&) -> Owner& { return area; }};
     }
     // Lines of a mode's objects. Areas give others the lines of theirs, as Ports::lines() does.
     template <class Object>

@@ -123,9 +123,8 @@ void Bridge::add_timers(Description& d) {
         d.lines(*this).line(fmt::format("mrp_snmp timer {} {{1..100000}} ifindex {{int}}", name),
                             [this, timer = timer](const Arguments& arguments) {
                                 const auto port = by_port_.find(arguments[1].number);
-                                if (port == by_port_.end()) return refused("there is no such port");
+                                require(port != by_port_.end(), "there is no such port");
                                 port->second.*timer = arguments[0].number;
-                                return accepted;
                             });
 }
 

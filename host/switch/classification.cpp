@@ -52,9 +52,9 @@ private:
     using Classes = std::map<Index, Class>;
 
     // The VLAN and the priority that a line ends with.
-    Outcome classify(Classes& classes, const Index& index, const Argument& vid, const Argument& priority);
-    static Outcome forget(Classes& classes, const Index& index);
-    Outcome remove_group(std::uint32_t group);
+    void classify(Classes& classes, const Index& index, const Argument& vid, const Argument& priority);
+    static void forget(Classes& classes, const Index& index);
+    void remove_group(std::uint32_t group);
     void add_protocols(Description&);
 
     Ports& ports_;
@@ -79,22 +79,20 @@ void Classification::vlan_removed(std::uint32_t vid) {
         std::erase_if(*classes, [vid](const auto& entry) { return entry.second.vid == vid; });
 }
 
-Outcome Classification::classify(Classes& classes, const Index& index, const Argument& vid, const Argument& priority) {
-    if (!vlans_.has(vid.number)) return refused("there is no such VLAN");
+void Classification::classify(Classes& classes, const Index& index, const Argument& vid, const Argument& priority) {
+    require(vlans_.has(vid.number), "there is no such VLAN");
     classes[index] = {vid.number, priority.number};
-    return accepted;
 }
 
-Outcome Classification::forget(Classes& classes, const Index& index) {
-    return classes.erase(index) > 0 ? accepted : refused("it has no VLAN");
+void Classification::forget(Classes& classes, const Index& index) {
+    require(classes.erase(index) > 0, "it has no VLAN");
 }
 
 // With the protocols that are in it and its VLANs on ports.
-Outcome Classification::remove_group(std::uint32_t group) {
+void Classification::remove_group(std::uint32_t group) {
     const std::size_t removed = std::erase_if(groups_, [group](const auto& entry) { return entry.second == group; });
-    if (removed == 0) return refused("there is no such profile");
+    require(removed > 0, "there is no such profile");
     std::erase_if(bindings_, [group](const auto& entry) { return entry.first[1] == group; });
-    return accepted;
 }
 
 void Classification::describe(Description& d) {
@@ -120,10 +118,10 @@ void Classification::describe(Description& d) {
                                                       {"subnet-vlan ipv6 {ipv6/bits}", &subnets_}};
     for (const auto& [what, classes] : kinds) {
         global.line(what + " vlan {1..4094} priority {0..7}", [this, classes = classes](const Arguments& arguments) {
-            return classify(*classes, arguments[0].index(), arguments[1], arguments[2]);
+            classify(*classes, arguments[0].index(), arguments[1], arguments[2]);
         });
         global.line("no " + what,
-                    [classes = classes](const Arguments& arguments) { return forget(*classes, arguments[0].index()); });
+                    [classes = classes](const Arguments& arguments) { forget(*classes, arguments[0].index()); });
     }
     add_protocols(d);
 }
@@ -186,27 +184,26 @@ void Classification::add_protocols(Description& d) {
     global.line("protocol-vlan profile {1..16} frame-type ethernet2|snap|llc ether-type 0x{word}",
                 [this](const Arguments& arguments) {
                     const std::optional<Index> protocol = protocol_of(arguments[2].text);
-                    if (!protocol) return refused("the protocol value has four digits");
+                    require(protocol.has_value(), "the protocol value has four digits");
                     const std::string_view frame = arguments[1].text;
                     groups_[join({{frame == "llc"    ? kLlc
                                    : frame == "snap" ? kSnap
                                                      : kEthernet2},
                                   *protocol})] = arguments[0].number;
-                    return accepted;
                 });
     global.line("no protocol-vlan profile {1..16}",
-                [this](const Arguments& arguments) { return remove_group(arguments[0].number); });
+                [this](const Arguments& arguments) { remove_group(arguments[0].number); });
     const Lines<Port> port = ports_.lines(d);
     port.line("protocol-vlan profile {1..16} vlan {1..4094} [priority {0..7}]",
               [this](Port&, const Arguments& arguments, const Entered& entered) {
                   const std::uint32_t group = arguments[0].number;
-                  if (std::none_of(groups_.begin(), groups_.end(),
-                                   [group](const auto& entry) { return entry.second == group; }))
-                      return refused("there is no such profile");
-                  return classify(bindings_, {entered.object, group}, arguments[1], arguments[2]);
+                  require(std::any_of(groups_.begin(), groups_.end(),
+                                      [group](const auto& entry) { return entry.second == group; }),
+                          "there is no such profile");
+                  classify(bindings_, {entered.object, group}, arguments[1], arguments[2]);
               });
     port.line("no protocol-vlan profile {1..16}", [this](Port&, const Arguments& arguments, const Entered& entered) {
-        return forget(bindings_, {entered.object, arguments[0].number});
+        forget(bindings_, {entered.object, arguments[0].number});
     });
 }
 

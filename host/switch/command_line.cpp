@@ -17,28 +17,28 @@ void CommandLine::add(Mode mode, std::string pattern, Handler handler) {
 }
 
 bool CommandLine::run(const services::ConfigRequest& request) {
-    Outcome outcome;
-    switch (request.mode) {
-        case kFromGlobal:
-            outcome = apply({kGlobal}, request.command);
-            entered_ = outcome.enters;
-            break;
-        case kInEntered:
-            outcome = apply(entered_.value_or(kNothing), request.command);
-            if (outcome.enters) entered_ = outcome.enters;
-            break;
-        case kInExecutive: outcome = apply({kExecutive}, request.command); break;
-        default: outcome = refused("there is no such mode");
+    try {
+        switch (request.mode) {
+            case kFromGlobal:
+                entered_.reset();
+                entered_ = apply({kGlobal}, request.command);
+                return true;
+            case kInEntered:
+                if (const auto enters = apply(entered_.value_or(kNothing), request.command)) entered_ = enters;
+                return true;
+            case kInExecutive: apply({kExecutive}, request.command); return true;
+            default: refuse("there is no such mode");
+        }
+    } catch (const Refusal& refusal) {
+        if (log_)
+            log_(fmt::format("refused line '{}' of {} in mode {}: {}", escape(request.command), escape(request.caller),
+                             request.mode, refusal.reason));
+        return false;
     }
-    if (outcome.is_accepted()) return true;
-    if (log_)
-        log_(fmt::format("refused line '{}' of {} in mode {}: {}", escape(request.command), escape(request.caller),
-                         request.mode, outcome.refusal));
-    return false;
 }
 
-Outcome CommandLine::apply(const Entered& entered, std::string_view command) const {
-    if (has_control_character(command)) return refused("it has a control character");
+std::optional<Entered> CommandLine::apply(const Entered& entered, std::string_view command) const {
+    require(!has_control_character(command), "it has a control character");
     const Line* fitting = nullptr;
     Arguments arguments;
     // Where no pattern fits, the one that comes closest says what would.
@@ -56,11 +56,11 @@ Outcome CommandLine::apply(const Entered& entered, std::string_view command) con
         }
     }
     if (fitting != nullptr) return fitting->handler(entered, arguments);
-    if (entered.mode == kNothing.mode) return refused("no mode was entered for it");
-    if (closest == nullptr) return refused(fmt::format("unknown in {} mode", entered.mode.name));
-    return refused(fmt::format(
-        "{}, expected '{}'", best.misfit.empty() ? "it ends too early" : fmt::format("'{}' does not fit", best.misfit),
-        closest->pattern.text()));
+    require(entered.mode != kNothing.mode, "no mode was entered for it");
+    if (closest == nullptr) refuse(fmt::format("unknown in {} mode", entered.mode.name));
+    refuse(fmt::format("{}, expected '{}'",
+                       best.misfit.empty() ? "it ends too early" : fmt::format("'{}' does not fit", best.misfit),
+                       closest->pattern.text()));
 }
 
 }  // namespace sw

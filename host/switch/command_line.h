@@ -36,20 +36,19 @@ struct Entered {
     std::uint32_t object = 0;
 };
 
-// What became of a line: accepted, perhaps entering a mode, or refused with the reason.
-struct Outcome {
-    std::string refusal{};
-    std::optional<Entered> enters{};
-
-    bool is_accepted() const { return refusal.empty(); }
+// Thrown for a line that is refused. What it changed before that stays.
+struct Refusal {
+    std::string reason;
 };
-inline Outcome refused(std::string reason) { return {std::move(reason), {}}; }
-inline Outcome enter(Mode mode, std::uint32_t object = 0) { return {{}, Entered{mode, object}}; }
-inline const Outcome accepted{};
+[[noreturn]] inline void refuse(std::string reason) { throw Refusal{std::move(reason)}; }
+inline void require(bool condition, std::string_view reason) {
+    if (!condition) refuse(std::string(reason));
+}
 
 class CommandLine {
 public:
-    using Handler = std::function<Outcome(const Entered&, const Arguments&)>;
+    // Carries out a line; returns the mode that it enters, if any, or throws Refusal.
+    using Handler = std::function<std::optional<Entered>(const Entered&, const Arguments&)>;
 
     // `log` takes a line for every refusal; none: they are dropped.
     explicit CommandLine(std::function<void(const std::string&)> log) : log_(std::move(log)) {}
@@ -69,7 +68,7 @@ private:
         Pattern pattern;
         Handler handler;
     };
-    Outcome apply(const Entered& entered, std::string_view command) const;
+    std::optional<Entered> apply(const Entered& entered, std::string_view command) const;
 
     std::function<void(const std::string&)> log_;
     std::vector<Line> lines_;
@@ -81,9 +80,8 @@ private:
 template <class Object>
 class Lines {
 public:
-    // The object that a line is for, or null with the reason why there is none. The pointer is used at once and not
-    // kept.
-    using Find = std::function<Object*(const Entered&, std::string& refusal)>;
+    // The object that a line is for; throws Refusal where there is none. The reference is used at once and not kept.
+    using Find = std::function<Object&(const Entered&)>;
     // Takes the consequences of an accepted line.
     using Changed = std::function<void(const Entered&)>;
 
@@ -91,18 +89,15 @@ public:
         : lines_(lines), modes_(std::move(modes)), find_(std::move(find)), changed_(std::move(changed)) {}
 
     // A line that does more. `handle` takes (Object&, const Arguments&), (Object&, const Arguments&, const Entered&),
-    // (const Arguments&) or nothing, and returns an Outcome, or nothing for a line that is accepted.
+    // (const Arguments&) or nothing; it returns the mode that it enters as an Entered, or nothing, and throws Refusal.
     template <class Handle>
     void line(const std::string& pattern, Handle handle) const {
         for (const Mode& mode : modes_)
             lines_.add(mode, pattern,
                        [find = find_, changed = changed_, handle](const Entered& entered, const Arguments& arguments) {
-                           Outcome outcome;
-                           Object* object = find(entered, outcome.refusal);
-                           if (object == nullptr) return outcome;
-                           outcome = call(handle, *object, arguments, entered);
-                           if (outcome.is_accepted() && changed) changed(entered);
-                           return outcome;
+                           const std::optional<Entered> enters = call(handle, find(entered), arguments, entered);
+                           if (changed) changed(entered);
+                           return enters;
                        });
     }
     // "LINE" sets it, "no LINE" clears it.
@@ -134,10 +129,8 @@ public:
     template <class Member>
     void text(const std::string& pattern, Member member, std::size_t longest) const {
         line(pattern, [member, longest](Object& object, const Arguments& arguments) {
-            if (arguments.back().text.size() > longest)
-                return refused(fmt::format("it has at most {} octets", longest));
+            require(arguments.back().text.size() <= longest, fmt::format("it has at most {} octets", longest));
             std::invoke(member, object) = arguments.back().text;
-            return accepted;
         });
     }
     // Which of the words in its first choice the line has, as a number from `first` on.
@@ -155,14 +148,12 @@ public:
         });
     }
 
-    // Lines of the same mode for what belongs to the object: `part` finds it, or returns null with the reason. Changes
-    // have the same consequences, and then those of `changed`.
+    // Lines of the same mode for what belongs to the object: `part` finds it, or throws Refusal. Changes have the
+    // consequences of `changed`, and then the same ones.
     template <class Part>
-    Lines<Part> of(std::function<Part*(Object&, const Entered&, std::string& refusal)> part,
-                   Changed changed = {}) const {
-        const auto find = [find = find_, part = std::move(part)](const Entered& entered, std::string& refusal) {
-            Object* object = find(entered, refusal);
-            return object != nullptr ? part(*object, entered, refusal) : nullptr;
+    Lines<Part> of(std::function<Part&(Object&, const Entered&)> part, Changed changed = {}) const {
+        const auto find = [find = find_, part = std::move(part)](const Entered& entered) -> Part& {
+            return part(find(entered), entered);
         };
         const auto both = [outer = changed_, changed = std::move(changed)](const Entered& entered) {
             if (changed) changed(entered);
@@ -173,39 +164,39 @@ public:
     // The same for what an area keeps by the number of the object, such as an ifIndex.
     template <class Part>
     Lines<Part> of(std::map<std::uint32_t, Part>& parts, Changed changed = {}) const {
-        return of<Part>([&parts](Object&, const Entered& entered, std::string&) { return &parts[entered.object]; },
+        return of<Part>([&parts](Object&, const Entered& entered) -> Part& { return parts[entered.object]; },
                         std::move(changed));
     }
     // The same where not every object has one; the others refuse the lines for this reason.
     template <class Part>
     Lines<Part> of(std::map<std::uint32_t, Part>& parts, const std::string& missing) const {
-        return of<Part>([&parts, missing](Object&, const Entered& entered, std::string& refusal) -> Part* {
+        return of<Part>([&parts, missing](Object&, const Entered& entered) -> Part& {
             const auto part = parts.find(entered.object);
-            if (part != parts.end()) return &part->second;
-            refusal = missing;
-            return nullptr;
+            require(part != parts.end(), missing);
+            return part->second;
         });
     }
 
 private:
     template <class Handle>
-    static Outcome call(const Handle& handle, Object& object, const Arguments& arguments, const Entered& entered) {
-        const auto outcome_of = [](auto&& call_it) {
+    static std::optional<Entered> call(const Handle& handle, Object& object, const Arguments& arguments,
+                                       const Entered& entered) {
+        const auto entered_by = [](auto&& call_it) -> std::optional<Entered> {
             if constexpr (std::is_void_v<decltype(call_it())>) {
                 call_it();
-                return accepted;
+                return {};
             } else {
                 return call_it();
             }
         };
         if constexpr (std::is_invocable_v<const Handle&, Object&, const Arguments&, const Entered&>)
-            return outcome_of([&] { return handle(object, arguments, entered); });
+            return entered_by([&] { return handle(object, arguments, entered); });
         else if constexpr (std::is_invocable_v<const Handle&, Object&, const Arguments&>)
-            return outcome_of([&] { return handle(object, arguments); });
+            return entered_by([&] { return handle(object, arguments); });
         else if constexpr (std::is_invocable_v<const Handle&, const Arguments&>)
-            return outcome_of([&] { return handle(arguments); });
+            return entered_by([&] { return handle(arguments); });
         else
-            return outcome_of(handle);
+            return entered_by(handle);
     }
 
     CommandLine& lines_;

@@ -135,28 +135,26 @@ PortList Forwarding::members(const Group& group, const Index& row, bool with_fix
     return list;
 }
 
-Outcome Forwarding::set_fixed(const Arguments& arguments, bool fixed) {
+void Forwarding::set_fixed(const Arguments& arguments, bool fixed) {
     const Port* port = ports_.find(arguments[2].text);
     const std::uint32_t vid = arguments[1].number;
-    if (!vlans_.has(vid)) return refused("there is no such VLAN");
-    if (port == nullptr) return refused("there is no such port");
-    if (!(arguments[0].octets[0] & 1)) return refused("the address is not a multicast address");
+    require(vlans_.has(vid), "there is no such VLAN");
+    require(port != nullptr, "there is no such port");
+    require((arguments[0].octets[0] & 1) != 0, "the address is not a multicast address");
     const Index row = join({{vid}, arguments[0].index()});
     const auto group = groups_.find(row);
-    if (!fixed && (group == groups_.end() || !group->second.fixed.has(port->number)))
-        return refused("the address is not static on that port");
+    require(fixed || (group != groups_.end() && group->second.fixed.has(port->number)),
+            "the address is not static on that port");
     Group& changed = groups_[row];
     changed.fixed.set(port->number, fixed);
     if (changed.members.empty() && !changed.is_fixed()) groups_.erase(row);
-    return accepted;
 }
 
-Outcome Forwarding::remove_fixed(const Arguments& arguments) {
+void Forwarding::remove_fixed(const Arguments& arguments) {
     const auto group = groups_.find(join({{arguments[1].number}, arguments[0].index()}));
-    if (group == groups_.end() || !group->second.is_fixed()) return refused("the address is not static");
+    require(group != groups_.end() && group->second.is_fixed(), "the address is not static");
     group->second.fixed = {};
     if (group->second.members.empty()) groups_.erase(group);
-    return accepted;
 }
 
 // --- Tables and lines ------------------------------------------------------------------------------------------------
@@ -187,9 +185,8 @@ void Forwarding::add_count_tables(Description& d) {
                          .under({kComponent})});
     d.lines(*this).line("mac address-table aging-time {0..1000000}", [this](const Arguments& arguments) {
         const std::uint32_t time = arguments[0].number;
-        if (time > 0 && time < 10) return refused("addresses are kept for 10 seconds at least");
+        require(time == 0 || time >= 10, "addresses are kept for 10 seconds at least");
         set_aging(seconds(time));
-        return accepted;
     });
 }
 
@@ -281,9 +278,9 @@ void Forwarding::add_static_tables(Description& d) {
     const Lines<Forwarding> global = d.lines(*this);
     for (const bool add : {true, false})
         global.line(std::string(add ? "" : "no ") + "mac address-table static {mac} vlan {1..4094} interface {word}",
-                    [this, add](const Arguments& arguments) { return set_fixed(arguments, add); });
+                    [this, add](const Arguments& arguments) { set_fixed(arguments, add); });
     global.line("no mac address-table static {mac} vlan {1..4094}",
-                [this](const Arguments& arguments) { return remove_fixed(arguments); });
+                [this](const Arguments& arguments) { remove_fixed(arguments); });
 }
 
 void Forwarding::add_filtering_modes(Description& d) {

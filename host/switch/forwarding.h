@@ -51,8 +51,8 @@ private:
     std::uint32_t count(std::uint32_t vid) const;
     void set_aging(Duration time);
     PortList members(const Group& group, const Index& row, bool with_fixed) const;
-    Outcome set_fixed(const Arguments& arguments, bool fixed);
-    Outcome remove_fixed(const Arguments& arguments);
+    void set_fixed(const Arguments& arguments, bool fixed);
+    void remove_fixed(const Arguments& arguments);
     void add_count_tables(Description&);
     void add_station_tables(Description&);
     void add_group_tables(Description&);

@@ -217,15 +217,14 @@ void GroupMembership::describe(Description& d) {
     add_access(d, mld_);
     // There is no line for MLD's access list.
     const Lines<Interface> interface = vlan_interfaces_.lines(d);
-    interface.line(
-        "ip igmp access-group {word}", [this](Interface&, const Arguments& arguments, const Entered& entered) {
-            if (arguments[0].text.size() > kLongestAccessList)
-                return refused(fmt::format("the name of an access list has at most {} octets", kLongestAccessList));
-            igmp_.lists[entered.object] = arguments[0].text;
-            return accepted;
-        });
+    interface.line("ip igmp access-group {word}",
+                   [this](Interface&, const Arguments& arguments, const Entered& entered) {
+                       require(arguments[0].text.size() <= kLongestAccessList,
+                               fmt::format("the name of an access list has at most {} octets", kLongestAccessList));
+                       igmp_.lists[entered.object] = arguments[0].text;
+                   });
     interface.line("no ip igmp access-group", [this](Interface&, const Arguments&, const Entered& entered) {
-        return igmp_.lists.erase(entered.object) != 0 ? accepted : refused("there is no access group");
+        require(igmp_.lists.erase(entered.object) != 0, "there is no access group");
     });
 }
 

@@ -88,15 +88,12 @@ Lines<Interface> Interfaces::lines(Description& d) {
 }
 
 Lines<Interface> Interfaces::lines(Description& d, std::uint32_t low, std::uint32_t high, const std::string& kind) {
-    const auto find = [this, low, high, kind](const Entered& entered, std::string& refusal) -> Interface* {
+    const auto find = [this, low, high, kind](const Entered& entered) -> Interface& {
         const auto entry = interfaces_.find(entered.object);
-        if (entry == interfaces_.end())
-            refusal = "the interface is gone";
-        else if (entered.object < low || entered.object > high)
-            refusal = fmt::format("{} is not a {}", entry->second.name, kind);
-        else
-            return &entry->second;
-        return nullptr;
+        require(entry != interfaces_.end(), "the interface is gone");
+        require(entered.object >= low && entered.object <= high,
+                fmt::format("{} is not a {}", entry->second.name, kind));
+        return entry->second;
     };
     return d.lines<Interface>({kInterface}, find, [this](const Entered& entered) { settle(entered.object); });
 }
@@ -163,7 +160,8 @@ void Interfaces::describe(Description& d) {
     for (const Mode& mode : {kGlobal, kInterface})
         d.lines(*this, mode).line("interface {word}", [this](const Arguments& arguments) {
             const std::uint32_t ifindex = find(arguments[0].text);
-            return ifindex != 0 ? enter(kInterface, ifindex) : refused("there is no such interface");
+            require(ifindex != 0, "there is no such interface");
+            return Entered{kInterface, ifindex};
         });
     const Lines<Interface> interface = lines(d);
     interface.set("shutdown", &Interface::enabled, false);

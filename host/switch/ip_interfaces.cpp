@@ -40,7 +40,7 @@ public:
 
 private:
     void add_adverts(Description&);
-    Outcome set_intervals(std::uint32_t ifindex, const Argument& longest, const Argument& shortest);
+    void set_intervals(std::uint32_t ifindex, const Argument& longest, const Argument& shortest);
 
     Interfaces& interfaces_;
     VlanInterfaces& vlan_interfaces_;
@@ -55,7 +55,7 @@ IpInterfaces::IpInterfaces(Switch& its_switch)
       interfaces_(its_switch.area<Interfaces>()),
       vlan_interfaces_(its_switch.area<VlanInterfaces>()),
       vrfs_(its_switch.area<Vrfs>()) {
-    for (const auto& [ifindex, interface] : interfaces_.all()) interface_made(ifindex);
+    for (const auto& [ifindex, interface] : interfaces_.all()) IpInterfaces::interface_made(ifindex);
     for (auto& [ifindex, ipv6] : ipv6_) ipv6.enabled = true;
     adverts_[kVlanIfIndexBase + 1].sends = true;
 }
@@ -95,7 +95,7 @@ void IpInterfaces::describe(Description& d) {
 }
 
 // A maximum without a minimum keeps the minimum that there is, where it fits.
-Outcome IpInterfaces::set_intervals(std::uint32_t ifindex, const Argument& longest, const Argument& shortest) {
+void IpInterfaces::set_intervals(std::uint32_t ifindex, const Argument& longest, const Argument& shortest) {
     const auto known = adverts_.find(ifindex);
     Adverts adverts = known != adverts_.end() ? known->second : Adverts();
     const auto fits = [&] { return 4 * adverts.shortest <= 3 * adverts.longest; };
@@ -104,9 +104,8 @@ Outcome IpInterfaces::set_intervals(std::uint32_t ifindex, const Argument& longe
         adverts.shortest = shortest.number;
     else if (!fits())
         adverts.shortest = std::max(adverts.longest / 3, 3u);
-    if (!fits()) return refused("the shortest interval is at most three quarters of the longest");
+    require(fits(), "the shortest interval is at most three quarters of the longest");
     adverts_[ifindex] = adverts;
-    return accepted;
 }
 
 void IpInterfaces::add_adverts(Description& d) {

@@ -51,7 +51,7 @@ private:
 MulticastRoutes::MulticastRoutes(Switch& its_switch)
     : Area(its_switch), interfaces_(its_switch.area<Interfaces>()), vrfs_(its_switch.area<Vrfs>()) {
     its_switch.area<VlanInterfaces>();
-    for (const auto& [ifindex, interface] : interfaces_.all()) interface_made(ifindex);
+    for (const auto& [ifindex, interface] : interfaces_.all()) MulticastRoutes::interface_made(ifindex);
     routed_[{vrfs_.of(kTunnelIfIndexBase + 2), 1, kTunnelIfIndexBase + 2}];
     learn();
 }

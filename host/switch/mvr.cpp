@@ -69,26 +69,23 @@ void Mvr::describe(Description& d) {
 
 void Mvr::add_lines(Description& d) {
     const Lines<Mvr> global = d.lines(*this), mvr = d.lines(*this, kMvr);
-    global.line("mvr", [] { return enter(kMvr); });
+    global.line("mvr", [] { return Entered{kMvr}; });
     mvr.line(fmt::format("mvr-group {{ipv4}} count {{1..{}}} vlan {{1..{}}}", kMostGroups, kLastVlan),
              [this](const Arguments& arguments) {
                  const Index vid{arguments[2].number}, group = arguments[0].index();
-                 if (!vlans_.has(vid[0])) return refused("there is no such VLAN");
-                 if (group[2] / 16 != 14) return refused("the group is not a multicast address");
+                 require(vlans_.has(vid[0]), "there is no such VLAN");
+                 require(group[2] / 16 == 14, "the group is not a multicast address");
                  remove_group(join({vid, group}));
                  groups_.emplace(join({vid, group, {arguments[1].number}}), octets_of(&group[2], 4));
-                 return accepted;
              });
     mvr.line(fmt::format("no mvr-group {{ipv4}} vlan {{1..{}}}", kLastVlan), [this](const Arguments& arguments) {
-        const bool removed = remove_group(join({{arguments[1].number}, arguments[0].index()}));
-        return removed ? accepted : refused("there is no such group");
+        require(remove_group(join({{arguments[1].number}, arguments[0].index()})), "there is no such group");
     });
     const auto ports = [&](const char* role, PortList Members::*list) {
         global.line(fmt::format("mvr snmp vlan {{1..{}}} {} {{int}} {{int}} {{int}}", kLastVlan, role),
                     [this, list](const Arguments& arguments) {
-                        if (!vlans_.has(arguments[0].number)) return refused("there is no such VLAN");
+                        require(vlans_.has(arguments[0].number), "there is no such VLAN");
                         members_[arguments[0].number].*list = port_list(&arguments[1]);
-                        return accepted;
                     });
     };
     ports("source", &Members::source);

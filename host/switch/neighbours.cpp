@@ -36,9 +36,9 @@ public:
 private:
     void add(std::uint32_t vid, const Index& address, const Mac& mac, bool fixed = false);
     bool knows(const Neighbour&, std::uint32_t ifindex) const;
-    Outcome set(std::uint32_t ifindex, const Index& address, const Argument& mac);
-    Outcome unset(std::uint32_t ifindex, const Index& address);
-    Outcome clear(const Index& address);
+    void set(std::uint32_t ifindex, const Index& address, const Argument& mac);
+    void unset(std::uint32_t ifindex, const Index& address);
+    void clear(const Index& address);
 
     Vlans& vlans_;
     VlanInterfaces& vlan_interfaces_;
@@ -95,26 +95,24 @@ bool Neighbours::knows(const Neighbour& neighbour, std::uint32_t ifindex) const 
     return neighbour.fixed || (uptime() >= neighbour.from && vlan_interfaces_.interfaces().is_up(ifindex));
 }
 
-Outcome Neighbours::set(std::uint32_t ifindex, const Index& address, const Argument& mac) {
+void Neighbours::set(std::uint32_t ifindex, const Index& address, const Argument& mac) {
     const std::uint32_t vrf = vrfs_.of(ifindex);
-    if (!addresses_.is_connected(vrf, ifindex, address)) return refused("the interface is not in that network");
-    if (addresses_.is_own(vrf, address)) return refused("the address is one of the switch's own");
-    if (mac.octets[0] & 1) return refused("the MAC address is not one of a station");
+    require(addresses_.is_connected(vrf, ifindex, address), "the interface is not in that network");
+    require(!addresses_.is_own(vrf, address), "the address is one of the switch's own");
+    require((mac.octets[0] & 1) == 0, "the MAC address is not one of a station");
     Neighbour& neighbour = neighbours_[join({{vrf, ifindex}, address})];
     std::copy_n(mac.octets.begin(), neighbour.mac.size(), neighbour.mac.begin());
     neighbour.fixed = true;
-    return accepted;
 }
 
-Outcome Neighbours::unset(std::uint32_t ifindex, const Index& address) {
+void Neighbours::unset(std::uint32_t ifindex, const Index& address) {
     const auto row = neighbours_.find(join({{vrfs_.of(ifindex), ifindex}, address}));
-    if (row == neighbours_.end() || !row->second.fixed) return refused("there is no such static neighbour");
+    require(row != neighbours_.end() && row->second.fixed, "there is no such static neighbour");
     neighbours_.erase(row);
-    return accepted;
 }
 
 // Where it is known, in whatever VRF.
-Outcome Neighbours::clear(const Index& address) {
+void Neighbours::clear(const Index& address) {
     bool found = false;
     for (auto& [row, neighbour] : neighbours_) {
         if (!std::equal(row.begin() + 2, row.end(), address.begin(), address.end())) continue;
@@ -122,7 +120,7 @@ Outcome Neighbours::clear(const Index& address) {
         neighbour.from = uptime() + kLearnedAgainAfter;
         found = true;
     }
-    return found ? accepted : refused("there is no such learned neighbour");
+    require(found, "there is no such learned neighbour");
 }
 
 void Neighbours::describe(Description& d) {
@@ -154,7 +152,7 @@ void Neighbours::describe(Description& d) {
 
     const Lines<Interface> interface = vlan_interfaces_.lines(d);
     interface.line("ip arp {ipv4} {mac}", [this](Interface&, const Arguments& said, const Entered& entered) {
-        return set(entered.object, said[0].index(), said[1]);
+        set(entered.object, said[0].index(), said[1]);
     });
     interface.line("no ip arp {ipv4}", [this](Interface&, const Arguments& said, const Entered& entered) {
         return unset(entered.object, said[0].index());

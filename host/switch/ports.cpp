@@ -84,34 +84,29 @@ std::optional<Medium> medium_of(const Port& port, std::string_view word) {
 }
 
 // Fiber has one speed. Two copper ends at that speed need a master, which lines of a combo port must name.
-Outcome set_speed(Port& port, Medium medium, const Speed& speed) {
-    if (port.flags & Port::kSpeedFixed) return refused("its speed cannot be set");
+void set_speed(Port& port, Medium medium, const Speed& speed) {
+    require((port.flags & Port::kSpeedFixed) == 0, "its speed cannot be set");
     const bool gigabit = speed.value == kGigabit, fiber = medium == kFiber;
-    if (fiber ? !gigabit && speed.value != kAuto : gigabit && port.combo())
-        return refused("this medium has no such speed");
+    require(fiber ? gigabit || speed.value == kAuto : !gigabit || !port.combo(), "this medium has no such speed");
     port.link(medium).speed = fiber && gigabit && port.combo() ? kGigabitFiber : speed.value;
-    return accepted;
 }
 
-Outcome set_duplex(Port& port, Medium medium, std::string_view word) {
-    if (medium == kFiber) return refused("fiber is always full duplex");
+void set_duplex(Port& port, Medium medium, std::string_view word) {
+    require(medium != kFiber, "fiber is always full duplex");
     port.link(medium).duplex = word == "full" ? kFull : word == "half" ? kHalf : kAutoDuplex;
-    return accepted;
 }
 
 // Of one direction, or of both where none is named.
-Outcome set_flow_control(Port& port, Medium medium, const Argument& direction, bool on) {
-    if (port.flags & Port::kFlowControlFixed) return refused("its flow control cannot be set");
+void set_flow_control(Port& port, Medium medium, const Argument& direction, bool on) {
+    require((port.flags & Port::kFlowControlFixed) == 0, "its flow control cannot be set");
     Link& link = port.link(medium);
     if (direction.text != "receive") link.flow_control_send = on;
     if (direction.text != "send") link.flow_control_receive = on;
-    return accepted;
 }
 
-Outcome set_media_type(Port& port, std::string_view medium, bool failover) {
-    if (!port.combo()) return refused("it has one medium");
+void set_media_type(Port& port, std::string_view medium, bool failover) {
+    require(port.combo(), "it has one medium");
     port.media_type = (medium == "fiber" ? 1 : 2) + (failover ? 0 : 2);
-    return accepted;
 }
 
 std::uint32_t speed_status(const Port& port) {
@@ -216,34 +211,32 @@ void Ports::describe(Description& d) {
     const auto link_line = [&port](const std::string& pattern, auto set) {
         port.line(pattern, [set](Port& p, const Arguments& arguments) {
             const std::optional<Medium> medium = medium_of(p, arguments.back().text);
-            if (medium) return set(p, *medium, arguments);
-            return refused(p.combo() ? "a combo port's line names the medium" : "only a combo port has media to name");
+            require(medium.has_value(),
+                    p.combo() ? "a combo port's line names the medium" : "only a combo port has media to name");
+            set(p, *medium, arguments);
         });
     };
-    link_line("duplex full|half|auto [copper|fiber]", [](Port& p, Medium medium, const Arguments& arguments) {
-        return set_duplex(p, medium, arguments[0].text);
-    });
+    link_line("duplex full|half|auto [copper|fiber]",
+              [](Port& p, Medium medium, const Arguments& arguments) { set_duplex(p, medium, arguments[0].text); });
     for (const Speed& speed : kSpeeds)
         link_line(fmt::format("speed {} [copper|fiber]", speed.words),
-                  [&speed](Port& p, Medium medium, const Arguments&) { return set_speed(p, medium, speed); });
+                  [&speed](Port& p, Medium medium, const Arguments&) { set_speed(p, medium, speed); });
     link_line("flowcontrol [send|receive] on|off [copper|fiber]",
               [](Port& p, Medium medium, const Arguments& arguments) {
-                  return set_flow_control(p, medium, arguments[0], arguments[1].text == "on");
+                  set_flow_control(p, medium, arguments[0], arguments[1].text == "on");
               });
-    port.line("media-type fiber|copper [auto-failover]", [](Port& p, const Arguments& arguments) {
-        return set_media_type(p, arguments[0].text, arguments[1].present);
-    });
+    port.line("media-type fiber|copper [auto-failover]",
+              [](Port& p, const Arguments& arguments) { set_media_type(p, arguments[0].text, arguments[1].present); });
     port.number("max-rcv-frame-size {64..12288}", &Port::max_frame);
 
     for (const bool on : {true, false})
         d.lines(*this).line(on ? "interface breakout port {word}" : "no interface breakout port {word}",
                             [this, on](const Arguments& arguments) {
                                 const auto entry = ports_.find(interfaces_.find(arguments[0].text));
-                                if (entry == ports_.end()) return refused("there is no such port");
-                                if (!(entry->second.flags & Port::kCanBreakOut))
-                                    return refused("the port cannot be broken out");
+                                require(entry != ports_.end(), "there is no such port");
+                                require((entry->second.flags & Port::kCanBreakOut) != 0,
+                                        "the port cannot be broken out");
                                 entry->second.broken_out = on;
-                                return accepted;
                             });
 }
 

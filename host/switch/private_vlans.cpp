@@ -24,10 +24,10 @@ private:
 
     bool is_primary(std::uint32_t vid) const;
     bool is_secondary(std::uint32_t vid) const;
-    Outcome set_type(std::uint32_t vid, Type type);
-    Outcome associate(std::uint32_t vid, std::uint32_t primary);
+    void set_type(std::uint32_t vid, Type type);
+    void associate(std::uint32_t vid, std::uint32_t primary);
     void forget(std::uint32_t vid);  // the VLAN, or only its type, is gone
-    Outcome map(std::uint32_t ifindex, std::uint32_t vid, std::uint32_t primary);
+    void map(std::uint32_t ifindex, std::uint32_t vid, std::uint32_t primary);
     Pairs::iterator unmap(Pairs::iterator pair);
     void add_lines(Description&);
 
@@ -53,20 +53,18 @@ bool PrivateVlans::is_primary(std::uint32_t vid) const {
 bool PrivateVlans::is_secondary(std::uint32_t vid) const { return types_.contains(vid) && !is_primary(vid); }
 
 // A VLAN that was primary or becomes it loses what it was associated with.
-Outcome PrivateVlans::set_type(std::uint32_t vid, Type type) {
-    if (vid == kDefaultVlan) return refused("the default VLAN cannot be private");
+void PrivateVlans::set_type(std::uint32_t vid, Type type) {
+    require(vid != kDefaultVlan, "the default VLAN cannot be private");
     if (types_.contains(vid) && is_primary(vid) != (type == kPrimary)) forget(vid);
     types_[vid].type = type;
-    return accepted;
 }
 
-Outcome PrivateVlans::associate(std::uint32_t vid, std::uint32_t primary) {
-    if (!is_secondary(vid)) return refused("it is no secondary VLAN");
-    if (!is_primary(primary)) return refused("it is no primary VLAN");
+void PrivateVlans::associate(std::uint32_t vid, std::uint32_t primary) {
+    require(is_secondary(vid), "it is not a secondary VLAN");
+    require(is_primary(primary), "it is not a primary VLAN");
     for (auto pair = pairs_.begin(); pair != pairs_.end();)
         pair = pair->first[1] == vid && pair->second != primary ? unmap(pair) : std::next(pair);
     types_[vid].primary = primary;
-    return accepted;
 }
 
 void PrivateVlans::forget(std::uint32_t vid) {
@@ -79,18 +77,16 @@ void PrivateVlans::forget(std::uint32_t vid) {
 
 // A host's own VLAN is its secondary one, a promiscuous port's the primary one. A host has one pair, a promiscuous port
 // several of one primary VLAN.
-Outcome PrivateVlans::map(std::uint32_t ifindex, std::uint32_t vid, std::uint32_t primary) {
+void PrivateVlans::map(std::uint32_t ifindex, std::uint32_t vid, std::uint32_t primary) {
     const auto port = vlans_.ports().find(ifindex);
-    if (port == vlans_.ports().end() || !is_private(port->second.mode)) return refused("it is no private VLAN port");
-    if (!is_secondary(vid) || types_[vid].primary != primary) return refused("the VLANs are not associated");
+    require(port != vlans_.ports().end() && is_private(port->second.mode), "it is not a private VLAN port");
+    require(is_secondary(vid) && types_[vid].primary == primary, "the VLANs are not associated");
     const bool is_host = port->second.mode == PortMode::private_host;
     for (const auto& [row, other] : pairs_)
-        if (row[0] == ifindex && row[1] != vid && (is_host || other != primary))
-            return refused("the port has another pair");
+        require(row[0] != ifindex || row[1] == vid || (!is_host && other == primary), "the port has another pair");
     pairs_[{ifindex, vid}] = primary;
     vlans_.set_native(ifindex, is_host ? vid : primary);
     vlans_.join(ifindex, is_host ? primary : vid, true);
-    return accepted;
 }
 
 // Returns the pair after it. A port without pairs is in the default VLAN.
@@ -136,35 +132,33 @@ void PrivateVlans::add_lines(Description& d) {
         {kPrimary, "primary"}, {kIsolated, "isolated"}, {kCommunity, "community"}};
     for (const auto& [type, word] : types) {
         vlan.line("private-vlan " + word, [this, type = type](Vlan&, const Arguments&, const Entered& entered) {
-            return set_type(entered.object, type);
+            set_type(entered.object, type);
         });
         vlan.line("no private-vlan " + word, [this, type = type](Vlan&, const Arguments&, const Entered& entered) {
             const auto its = types_.find(entered.object);
-            if (its == types_.end() || its->second.type != type) return refused("the VLAN is of another type");
+            require(its != types_.end() && its->second.type == type, "the VLAN is of another type");
             forget(entered.object);
-            return accepted;
         });
     }
     vlan.line("private-vlan association add {1..4094}",
               [this](Vlan&, const Arguments& arguments, const Entered& entered) {
-                  return associate(arguments[0].number, entered.object);
+                  associate(arguments[0].number, entered.object);
               });
 
     const Lines<PrivateVlans> global = d.lines(*this);
     global.line("pvlan modify association {1..4094} {1..4094}",
-                [this](const Arguments& arguments) { return associate(arguments[0].number, arguments[1].number); });
+                [this](const Arguments& arguments) { associate(arguments[0].number, arguments[1].number); });
     global.line("pvlan port-association create|modify {int} {1..4094} {1..4094}", [this](const Arguments& arguments) {
-        return map(arguments[1].number, arguments[2].number, arguments[3].number);
+        map(arguments[1].number, arguments[2].number, arguments[3].number);
     });
     global.line("pvlan port-association destroy {int} {1..4094}", [this](const Arguments& arguments) {
         const auto pair = pairs_.find({arguments[0].number, arguments[1].number});
-        if (pair == pairs_.end()) return refused("the port has no such pair");
+        require(pair != pairs_.end(), "the port has no such pair");
         unmap(pair);
-        return accepted;
     });
     // Secondary VLANs are in the spanning tree of their primary one: there is just one tree.
-    global.line("spanning-tree mst configuration", [] { return enter(kSpanningTree); });
-    d.lines(*this, kSpanningTree).line("private-vlan synchronize", [] { return accepted; });
+    global.line("spanning-tree mst configuration", [] { return Entered{kSpanningTree}; });
+    d.lines(*this, kSpanningTree).line("private-vlan synchronize", [] {});
 }
 
 }  // namespace

@@ -70,9 +70,9 @@ private:
     std::uint32_t interface_to(std::uint32_t vrf, const Index& next_hop) const;
     Rows shown_rows() const;
     std::optional<Index> shown_row(const Arguments& said) const;
-    Outcome set(const Vrf&, const Argument& destination, const Argument& next_hop, const Argument& metric,
-                const Argument& type = {}, const Argument& id = {});
-    Outcome remove(const Vrf&, const Argument& destination, const Argument& next_hop);
+    void set(const Vrf&, const Argument& destination, const Argument& next_hop, const Argument& metric,
+             const Argument& type = {}, const Argument& id = {});
+    void remove(const Vrf&, const Argument& destination, const Argument& next_hop);
 
     Interfaces& interfaces_;
     Vlans& vlans_;
@@ -189,18 +189,18 @@ std::optional<Index> Routes::shown_row(const Arguments& said) const {
 
 // A static route, perhaps with the interface that the line names; a route that is there gets the new interface and
 // metric.
-Outcome Routes::set(const Vrf& vrf, const Argument& destination, const Argument& next_hop, const Argument& metric,
-                    const Argument& type, const Argument& id) {
+void Routes::set(const Vrf& vrf, const Argument& destination, const Argument& next_hop, const Argument& metric,
+                 const Argument& type, const Argument& id) {
     const Index to = destination.index(), hop = next_hop.index();
-    if (has_host_bits(to)) return refused("the destination has bits after its prefix");
-    if (hop == unspecified(hop[0])) return refused("the next hop is not a host");
-    if (type.text == "vlan" && !vlans_.has(id.number)) return refused("there is no such VLAN");
+    require(!has_host_bits(to), "the destination has bits after its prefix");
+    require(hop != unspecified(hop[0]), "the next hop is not a host");
+    require(type.text != "vlan" || vlans_.has(id.number), "there is no such VLAN");
     const bool through_tunnel = type.text == "tunnel";
     const std::uint32_t tunnel = kTunnelIfIndexBase + id.number;
-    if (through_tunnel && (tunnel >= kVlanIfIndexBase || interfaces_.find(tunnel) == nullptr))
-        return refused("there is no such tunnel");
+    require(!through_tunnel || (tunnel < kVlanIfIndexBase && interfaces_.find(tunnel) != nullptr),
+            "there is no such tunnel");
     const auto known = routes_.find(join({{vrf.number}, to, hop}));
-    if (known != routes_.end() && known->second.protocol != kStatic) return refused("the route is not static");
+    require(known == routes_.end() || known->second.protocol == kStatic, "the route is not static");
     Route& route = make(vrf.number, to, hop);
     if (known == routes_.end()) route.since = uptime();
     route.protocol = kStatic;
@@ -208,14 +208,12 @@ Outcome Routes::set(const Vrf& vrf, const Argument& destination, const Argument&
                     : type.present ? kVlanIfIndexBase + id.number
                                    : interface_to(vrf.number, hop);
     route.metric = metric.present ? metric.number : 1;
-    return accepted;
 }
 
-Outcome Routes::remove(const Vrf& vrf, const Argument& destination, const Argument& next_hop) {
+void Routes::remove(const Vrf& vrf, const Argument& destination, const Argument& next_hop) {
     const auto known = routes_.find(join({{vrf.number}, destination.index(), next_hop.index()}));
-    if (known == routes_.end() || known->second.protocol != kStatic) return refused("there is no such static route");
+    require(known != routes_.end() && known->second.protocol == kStatic, "there is no such static route");
     routes_.erase(known);
-    return accepted;
 }
 
 void Routes::describe(Description& d) {
@@ -229,14 +227,13 @@ void Routes::describe(Description& d) {
                               [this](const Index& index, void* record) { fill(routes_.at(index), record); }}});
 
     const Lines<Vrf> in_vrf = vrfs_.lines(d);
-    in_vrf.line("ip route {ipv4/bits} {ipv4} [{0..255}]", [this](Vrf& vrf, const Arguments& arguments) {
-        return set(vrf, arguments[0], arguments[1], arguments[2]);
-    });
+    in_vrf.line("ip route {ipv4/bits} {ipv4} [{0..255}]",
+                [this](Vrf& vrf, const Arguments& arguments) { set(vrf, arguments[0], arguments[1], arguments[2]); });
     in_vrf.line("no ip route {ipv4/bits} {ipv4}",
                 [this](Vrf& vrf, const Arguments& arguments) { return remove(vrf, arguments[0], arguments[1]); });
     in_vrf.line("ipv6 route {ipv6/bits} [tunnel|vlan {1..4094}] {ipv6} [{0..255}]",
                 [this](Vrf& vrf, const Arguments& arguments) {
-                    return set(vrf, arguments[0], arguments[3], arguments[4], arguments[1], arguments[2]);
+                    set(vrf, arguments[0], arguments[3], arguments[4], arguments[1], arguments[2]);
                 });
     in_vrf.line("no ipv6 route {ipv6/bits} [tunnel|vlan {1..4094}] {ipv6}",
                 [this](Vrf& vrf, const Arguments& arguments) { return remove(vrf, arguments[0], arguments[3]); });

@@ -84,7 +84,7 @@ private:
     PortList found_routers(const VlanSnooping&, oid ifindex) const;
     Duration expiry(const Membership&) const;
     Rows statistics() const;
-    Outcome static_group(const Entered&, const Arguments&, bool add);
+    void static_group(const Entered&, const Arguments&, bool add);
     std::string name(const char* object) const { return std::string(words_.tables) + object; }
 
     const Words& words_;
@@ -272,12 +272,11 @@ void Snooping::add_group_tables(Description& d) {
 
 // --- Lines -----------------------------------------------------------------------------------------------------------
 
-Outcome Snooping::static_group(const Entered& entered, const Arguments& arguments, bool add) {
+void Snooping::static_group(const Entered& entered, const Arguments& arguments, bool add) {
     const oid port = switch_.area<Interfaces>().find(arguments[2].text);
-    if (!ports_.all().contains(port)) return refused("there is no such port");
+    require(ports_.all().contains(port), "there is no such port");
     const Index group = arguments[0].index();
-    if (words_.type == kIgmpType ? group[2] / 16 != 14 : group[2] != 255)
-        return refused("the group is not a multicast address");
+    require(words_.type == kIgmpType ? group[2] / 16 == 14 : group[2] == 255, "the group is not a multicast address");
     auto& rows = arguments[1].present ? sources_ : groups_;
     const Index index = join({{port, entered.object}, group, arguments[1].index()});
     const auto row = rows.find(index);
@@ -289,12 +288,11 @@ Outcome Snooping::static_group(const Entered& entered, const Arguments& argument
         rows.insert_or_assign(index, member);
         router_.joined(index, member);
     }
-    if (!add && !is_configured) return refused("there is no such static group");
-    if (add) return accepted;
+    require(add || is_configured, "there is no such static group");
+    if (add) return;
     rows.erase(row);
     router_.left(index);
     if (!arguments[1].present) forwarding_.leave_group(vid, port, group);
-    return accepted;
 }
 
 void Snooping::add_interface_lines(Description& d) {
@@ -309,9 +307,8 @@ void Snooping::add_interface_lines(Description& d) {
     const auto ports = [&](const char* words, PortList VlanSnooping::*which) {
         on_vlan.line(fmt::format("{} {{int}} {{int}} {{int}} {{int}}", words),
                      [which](VlanSnooping& s, const Arguments& arguments, const Entered& entered) {
-                         if (arguments[0].number != entered.object) return refused("it names another interface");
+                         require(arguments[0].number == entered.object, "it names another interface");
                          s.*which = port_list(&arguments[1]);
-                         return accepted;
                      });
     };
     ports(words_.designate, &VlanSnooping::router_ports);
@@ -321,7 +318,7 @@ void Snooping::add_interface_lines(Description& d) {
         on_vlan.line(fmt::format("{}{} static-group {} [source {}] interface {{word}}", add ? "" : "no ", words_.lines,
                                  words_.address, words_.address),
                      [this, add](VlanSnooping&, const Arguments& arguments, const Entered& entered) {
-                         return static_group(entered, arguments, add);
+                         static_group(entered, arguments, add);
                      });
 }
 
@@ -329,36 +326,27 @@ void Snooping::add_port_lines(Description& d) {
     // The last argument of each is the VLAN: together with the port it is a row.
     const Lines<Port> port = ports_.lines(d);
     const auto row_line = [&](const std::string& pattern, auto set) {
-        port.line(pattern + " vlan {1..4094}",
-                  [this, set](Port&, const Arguments& arguments, const Entered& entered) -> Outcome {
-                      const oid vid = arguments.back().number;
-                      if (!vlans_.has(vid)) return refused("there is no such VLAN");
-                      return set(Index{entered.object, kVlanIfIndexBase + vid, words_.type}, arguments);
-                  });
-    };
-    row_line(fmt::format("{} limit {{1..2048}}", words_.lines), [this](const Index& row, const Arguments& arguments) {
-        limits_[row] = arguments[0].number;
-        return accepted;
-    });
-    row_line(words_.no_limit, [this](const Index& row, const Arguments&) {
-        limits_.erase(row);
-        return accepted;
-    });
-    row_line(
-        fmt::format("{} access-group {{word}}", words_.lines), [this](const Index& row, const Arguments& arguments) {
-            if (arguments[0].text.size() > kLongestAccessList)
-                return refused(fmt::format("the name of an access list has at most {} octets", kLongestAccessList));
-            access_groups_[row] = arguments[0].text;
-            return accepted;
+        port.line(pattern + " vlan {1..4094}", [this, set](Port&, const Arguments& arguments, const Entered& entered) {
+            const oid vid = arguments.back().number;
+            require(vlans_.has(vid), "there is no such VLAN");
+            set(Index{entered.object, kVlanIfIndexBase + vid, words_.type}, arguments);
         });
-    row_line(fmt::format("no {} access-group {{word}}", words_.lines),
+    };
+    row_line(fmt::format("{} limit {{1..2048}}", words_.lines),
+             [this](const Index& row, const Arguments& arguments) { limits_[row] = arguments[0].number; });
+    row_line(words_.no_limit, [this](const Index& row, const Arguments&) { limits_.erase(row); });
+    row_line(fmt::format("{} access-group {{word}}", words_.lines),
              [this](const Index& row, const Arguments& arguments) {
-                 const auto known = access_groups_.find(row);
-                 if (known == access_groups_.end() || known->second != arguments[0].text)
-                     return refused("there is no such access group");
-                 access_groups_.erase(known);
-                 return accepted;
+                 require(arguments[0].text.size() <= kLongestAccessList,
+                         fmt::format("the name of an access list has at most {} octets", kLongestAccessList));
+                 access_groups_[row] = arguments[0].text;
              });
+    row_line(fmt::format("no {} access-group {{word}}", words_.lines), [this](const Index& row,
+                                                                              const Arguments& arguments) {
+        const auto known = access_groups_.find(row);
+        require(known != access_groups_.end() && known->second == arguments[0].text, "there is no such access group");
+        access_groups_.erase(known);
+    });
 }
 
 void Snooping::describe(Description& d) {

@@ -95,7 +95,7 @@ void Streams::describe(Description& d) {
                                   return !registers(row[0]) || row[0] % 5 == 0;
                               }})});
 
-    const auto bridge = [this](const Entered&, std::string&) { return &bridge_.at(kComponent); };
+    const auto bridge = [this](const Entered&) -> BridgeSettings& { return bridge_.at(kComponent); };
     const Lines<BridgeSettings> anywhere = d.lines<BridgeSettings>({kAny}, bridge);
     anywhere.flag("msrp global", &BridgeSettings::enabled);
     anywhere.flag("msrp talker-pruning", &BridgeSettings::talker_pruning);
@@ -108,13 +108,12 @@ void Streams::describe(Description& d) {
         fmt::format("msrp_snmp interface {{int}} delta-bandwidth class-a|class-b {{0..{}}}", kAllBandwidth),
         [this](const Arguments& arguments) {
             const auto entry = by_port_.find(arguments[0].number);
-            if (entry == by_port_.end()) return refused("there is no such port");
+            require(entry != by_port_.end(), "there is no such port");
             auto& bandwidth = entry->second.bandwidth;
             const bool is_b = arguments[1].text == "class-b";
-            if (bandwidth[is_b ? 0 : 1] + arguments[2].number > kAllBandwidth)
-                return refused("both classes together have more than all of it");
+            require(bandwidth[is_b ? 0 : 1] + arguments[2].number <= kAllBandwidth,
+                    "both classes together have more than all of it");
             bandwidth[is_b ? 1 : 0] = arguments[2].number;
-            return accepted;
         });
 }
 

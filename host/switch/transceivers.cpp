@@ -151,9 +151,8 @@ void Transceivers::add_lines(Description& d) {
                 return thresholds_[{entered.object, number}][limit];
             };
             port.line(line + " {word}", [of](Transceiver&, const Arguments& arguments, const Entered& entered) {
-                if (!number_of(arguments[0].text)) return refused("a threshold is a number");
+                require(number_of(arguments[0].text).has_value(), "a threshold is a number");
                 of(entered) = arguments[0].text;
-                return accepted;
             });
             port.line("no " + line,
                       [of](Transceiver&, const Arguments&, const Entered& entered) { of(entered).clear(); });

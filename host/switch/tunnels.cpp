@@ -39,8 +39,8 @@ private:
     void make(std::uint32_t number, const Tunnel& tunnel);
     void settle(std::uint32_t ifindex);
     Rows config_rows() const;
-    Outcome check_creation(const Arguments& said) const;
-    Outcome check_destruction(const Arguments& said) const;
+    void check_creation(const Arguments& said) const;
+    void check_destruction(const Arguments& said) const;
 
     Interfaces& interfaces_;
     std::map<std::uint32_t, Tunnel> tunnels_;  // by ifIndex
@@ -94,22 +94,20 @@ Rows Tunnels::config_rows() const {
 }
 
 // Both lines name a row of the table: source, destination, method and number.
-Outcome Tunnels::check_creation(const Arguments& said) const {
-    if (tunnels_.contains(kTunnelIfIndexBase + said[3].number)) return refused("there is such a tunnel already");
+void Tunnels::check_creation(const Arguments& said) const {
+    require(!tunnels_.contains(kTunnelIfIndexBase + said[3].number), "there is such a tunnel already");
     const Index ends = join({said[0].index(), said[1].index(), {said[2].number}});
     for (const auto& [ifindex, tunnel] : tunnels_) {
         Index other = config_index(ifindex, tunnel);
         other.pop_back();
-        if (other == ends) return refused("there is a tunnel with these ends");
+        require(other != ends, "there is a tunnel with these ends");
     }
-    return accepted;
 }
 
-Outcome Tunnels::check_destruction(const Arguments& said) const {
+void Tunnels::check_destruction(const Arguments& said) const {
     const auto tunnel = tunnels_.find(kTunnelIfIndexBase + said[3].number);
     const Index row = join({said[0].index(), said[1].index(), {said[2].number, said[3].number}});
-    const bool is_there = tunnel != tunnels_.end() && config_index(tunnel->first, tunnel->second) == row;
-    return is_there ? accepted : refused("there is no such tunnel");
+    require(tunnel != tunnels_.end() && config_index(tunnel->first, tunnel->second) == row, "there is no such tunnel");
 }
 
 void Tunnels::describe(Description& d) {
@@ -135,31 +133,27 @@ void Tunnels::describe(Description& d) {
     const std::string numbered = fmt::format("tunnel {{1..{}}}", kLastTunnel);
     global.line("interface " + numbered, [this](const Arguments& said) {
         make(said[0].number, {});
-        return enter(kInterface, kTunnelIfIndexBase + said[0].number);
+        return Entered{kInterface, kTunnelIfIndexBase + said[0].number};
     });
     global.line("no interface " + numbered, [this](const Arguments& said) {
-        const bool removed = interfaces_.remove(kTunnelIfIndexBase + said[0].number);
-        return removed ? accepted : refused("there is no such interface");
+        require(interfaces_.remove(kTunnelIfIndexBase + said[0].number), "there is no such interface");
     });
 
     const Lines<Tunnels> executive = d.lines(*this, kExecutive);
     executive.line(fmt::format("show interface tunnel{{1..{}}}", kLastTunnel), [this](const Arguments& said) {
-        const bool is_there = tunnels_.contains(kTunnelIfIndexBase + said[0].number);
-        return is_there ? accepted : refused("there is no such interface");
+        require(tunnels_.contains(kTunnelIfIndexBase + said[0].number), "there is no such interface");
     });
     const std::string row = fmt::format("{{ipv4}} {{ipv4}} {{{}..{}}} {{1..{}}}", kOther, kIsatap, kLastTunnel);
-    executive.line("snmp check tunnel create " + row, [this](const Arguments& said) { return check_creation(said); });
-    executive.line("snmp check tunnel destroy " + row,
-                   [this](const Arguments& said) { return check_destruction(said); });
+    executive.line("snmp check tunnel create " + row, [this](const Arguments& said) { check_creation(said); });
+    executive.line("snmp check tunnel destroy " + row, [this](const Arguments& said) { check_destruction(said); });
 
     const Lines<Tunnel> tunnel =
         interfaces_.lines(d, kTunnelIfIndexBase + 1, kTunnelIfIndexBase + kLastTunnel, "tunnel")
             .of(tunnels_, [this](const Entered& entered) { settle(entered.object); });
     const auto end = [&tunnel](const std::string& name, Tunnel::Address Tunnel::*which) {
         tunnel.line("tunnel " + name + " {ipv4}", [which](Tunnel& t, const Arguments& said) {
-            if (said[0].octets[0] / 16 == 14) return refused("the address is not one of a host");
+            require(said[0].octets[0] / 16 != 14, "the address is not one of a host");
             std::copy_n(said[0].octets.begin(), (t.*which).size(), (t.*which).begin());
-            return accepted;
         });
         tunnel.set("no tunnel " + name, which, Tunnel::Address());
     };

@@ -36,11 +36,10 @@ void VlanInterfaces::describe(Description& d) {
     const Lines<VlanInterfaces> global = d.lines(*this);
     global.line("interface vlan{1..4094}", [this](const Arguments& arguments) {
         make(arguments[0].number);
-        return enter(kInterface, kVlanIfIndexBase + arguments[0].number);
+        return Entered{kInterface, kVlanIfIndexBase + arguments[0].number};
     });
     global.line("no interface vlan{1..4094}", [this](const Arguments& arguments) {
-        const bool removed = interfaces_.remove(kVlanIfIndexBase + arguments[0].number);
-        return removed ? accepted : refused("there is no such interface");
+        require(interfaces_.remove(kVlanIfIndexBase + arguments[0].number), "there is no such interface");
     });
 }
 

@@ -117,11 +117,10 @@ Value Vlans::allowed(std::uint32_t ifindex, bool tagged) const {
 }
 
 Lines<Vlan> Vlans::lines(Description& d) {
-    return d.lines<Vlan>({kVlan}, [this](const Entered& entered, std::string& refusal) -> Vlan* {
+    return d.lines<Vlan>({kVlan}, [this](const Entered& entered) -> Vlan& {
         const auto vlan = vlans_.find(entered.object);
-        if (vlan != vlans_.end()) return &vlan->second;
-        refusal = "the VLAN is gone";
-        return nullptr;
+        require(vlan != vlans_.end(), "the VLAN is gone");
+        return vlan->second;
     });
 }
 
@@ -137,11 +136,11 @@ void Vlans::describe(Description& d) {
     const Lines<Vlans> global = d.lines(*this);
     global.line("vlan {1..4094}", [this](const Arguments& arguments) {
         make(arguments[0].number);
-        return enter(kVlan, arguments[0].number);
+        return Entered{kVlan, arguments[0].number};
     });
     global.line("no vlan {1..4094}", [this](const Arguments& arguments) {
-        if (arguments[0].number == kDefaultVlan) return refused("the default VLAN cannot be removed");
-        return remove(arguments[0].number) ? accepted : refused("there is no such VLAN");
+        require(arguments[0].number != kDefaultVlan, "the default VLAN cannot be removed");
+        require(remove(arguments[0].number), "there is no such VLAN");
     });
     global.flag("mvrp global", &Vlans::mvrp_);
     lines(d).text("name {text}", &Vlan::name, kLongestName);
@@ -258,36 +257,31 @@ void Vlans::add_port_lines(Description& d) {
     // One that only ports of a certain mode take; a number is the VLAN's.
     const auto mode_line = [this, &port](const char* pattern, bool (*takes)(PortMode), auto set) {
         port.line(pattern, [this, takes, set](PortVlans& p, const Arguments& arguments, const Entered& entered) {
-            if (!takes(p.mode)) return refused("the port is in another mode");
+            require(takes(p.mode), "the port is in another mode");
             const std::uint32_t vid = arguments.empty() ? kDefaultVlan : arguments.back().number;
-            if (!has(vid)) return refused("there is no such VLAN");
-            return set(entered.object, vid, arguments);
+            require(has(vid), "there is no such VLAN");
+            set(entered.object, vid, arguments);
         });
     };
     const auto to_native = [this](std::uint32_t ifindex, std::uint32_t vid, const Arguments&) {
         set_native(ifindex, vid);
-        return accepted;
     };
     const auto to_leave = [this](std::uint32_t ifindex, std::uint32_t vid, const Arguments&) {
-        if (!has(vid, ifindex)) return refused("the port is not in that VLAN");
+        require(has(vid, ifindex), "the port is not in that VLAN");
         leave(ifindex, vid);
-        return accepted;
     };
     mode_line("switchport access vlan {1..4094}", is_access, to_native);
     mode_line("no switchport access vlan", is_access, to_native);
     mode_line("switchport hybrid allowed vlan add tagged|untagged {1..4094}", is_hybrid,
               [this](std::uint32_t ifindex, std::uint32_t vid, const Arguments& arguments) {
                   const bool untagged = arguments[0].text == "untagged";
-                  if (!untagged && by_port_.at(ifindex).mode == PortMode::tunnel)
-                      return refused("the port sends no tags");
+                  require(untagged || by_port_.at(ifindex).mode != PortMode::tunnel, "the port sends no tags");
                   join(ifindex, vid, untagged);
-                  return accepted;
               });
     mode_line("switchport hybrid allowed vlan remove {1..4094}", is_hybrid, to_leave);
     mode_line("switchport trunk allowed vlan add {1..4094}", is_trunk,
               [this](std::uint32_t ifindex, std::uint32_t vid, const Arguments&) {
                   join(ifindex, vid, vid == by_port_.at(ifindex).pvid);
-                  return accepted;
               });
     mode_line("switchport trunk allowed vlan remove {1..4094}", is_trunk, to_leave);
     for (const bool tagged : {true, false})
@@ -296,7 +290,6 @@ void Vlans::add_port_lines(Description& d) {
                       PortVlans& its = by_port_.at(ifindex);
                       its.tags_native = tagged;
                       join(ifindex, its.pvid, !tagged);
-                      return accepted;
                   });
     mode_line("switchport hybrid native vlan {1..4094}", is_hybrid, to_native);
     mode_line("switchport trunk native vlan {1..4094}", is_trunk, to_native);

@@ -95,22 +95,19 @@ void VoiceVlan::describe(Description& d) {
 
     const Lines<VoiceVlan> global = d.lines(*this);
     global.line("voice vlan {1..4094}", [this](const Arguments& arguments) {
-        if (!vlans_.has(arguments[0].number)) return refused("there is no such VLAN");
+        require(vlans_.has(arguments[0].number), "there is no such VLAN");
         vid_ = arguments[0].number;
-        return accepted;
     });
     global.set("no voice vlan", &VoiceVlan::vid_, 0);
     global.number("voice vlan qos {0..7}", &VoiceVlan::priority_);
     global.number("voice vlan aging {1..65535}", &VoiceVlan::aging_);
     global.line("voice vlan mac-address {mac} {mac} [description {text}]", [this](const Arguments& arguments) {
-        if (arguments[2].text.size() > kLongestDescription)
-            return refused(fmt::format("it has at most {} octets", kLongestDescription));
+        require(arguments[2].text.size() <= kLongestDescription,
+                fmt::format("it has at most {} octets", kLongestDescription));
         ouis_[join({arguments[0].index(), arguments[1].index()})] = arguments[2].text;
-        return accepted;
     });
     global.line("no voice vlan mac-address {mac} {mac}", [this](const Arguments& arguments) {
-        const bool removed = ouis_.erase(join({arguments[0].index(), arguments[1].index()})) > 0;
-        return removed ? accepted : refused("there is no such OUI");
+        require(ouis_.erase(join({arguments[0].index(), arguments[1].index()})) > 0, "there is no such OUI");
     });
     const Lines<VoicePort> port = ports_.lines(d).of(by_port_);
     port.flag("voice vlan enable", &VoicePort::enabled);

@@ -19,17 +19,18 @@ std::function<std::optional<Index>(const Arguments&)> Vrfs::scope() const {
 }
 
 Lines<Vrf> Vrfs::lines(Description& d) {
-    return d.lines<Vrf>({kGlobal, kVrf}, [this](const Entered& entered, std::string&) {
+    return d.lines<Vrf>({kGlobal, kVrf}, [this](const Entered& entered) -> Vrf& {
         const std::uint32_t number = entered.mode == kVrf ? entered.object : kDefaultVrf;
         const auto is_it = [number](const auto& each) { return each.second.number == number; };
-        return &std::find_if(vrfs_.begin(), vrfs_.end(), is_it)->second;
+        return std::find_if(vrfs_.begin(), vrfs_.end(), is_it)->second;
     });
 }
 
 void Vrfs::describe(Description& d) {
     d.lines(*this).line("vrf context {word}", [this](const Arguments& arguments) {
         const auto number = find(arguments[0].text);
-        return number ? enter(kVrf, *number) : refused("there is no such VRF");
+        require(number.has_value(), "there is no such VRF");
+        return Entered{kVrf, *number};
     });
 }
 
