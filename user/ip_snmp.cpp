@@ -1,4 +1,4 @@
-// IP-MIB, the ip and icmp groups. The protocol counters are the kernel's, from its statistics files, and nobody is asked
+// IP-MIB, the ip and icmp groups. The protocol counters are the kernel's, from its statistics files; the backend is not asked
 // for them. Interfaces, addresses, neighbours and router advertisements are the backend's.
 #define MODULE ip
 #include "framework/address.h"
@@ -518,7 +518,7 @@ Error write_ipAddressRowStatus(Set& set) {
     const Command line("%sipv6 address %s", no, word);
     const bool on_vlan = is_vlan_interface(ifindex);
     if (!on_vlan && status == createAndGo) return genErr;
-    // Where the interface is refused, the address goes out all the same, on purpose: in global mode.
+    // Where the interface is refused, the address goes out nevertheless, on purpose: in global mode.
     if (on_vlan && enter_vlan_interface(set, ifindex) == noError) return set.sub(line);
     return set.global(line);
 }
@@ -603,7 +603,7 @@ Error write_ipNetToPhysicalType(Set& set) {
     return noError;
 }
 
-// A neighbour's line in its VLAN interface. An interface that is refused keeps the line back and is no error, on purpose.
+// A neighbour's line in its VLAN interface. An interface that is refused keeps the line back and is not an error, on purpose.
 Error static_neighbour_line(const Set& set, const NeighbourKey& row, const Command& line) {
     if (!is_vlan_interface(row.ifindex)) return genErr;
     return enter_vlan_interface(set, row.ifindex) == noError ? set.sub(line) : noError;

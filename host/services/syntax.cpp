@@ -40,7 +40,7 @@ Syntaxes read_syntaxes(const std::string& path) {
                 objects[words.at(1)].names[std::stoi(words.at(3))] = words.at(2);
             else if (words[0][0] != '%' && words.size() == 5)
                 objects[words[0]].type = words[2];
-            else if (words[0][0] != '%' && words.size() != 2)  // two: a node that is no object
+            else if (words[0][0] != '%' && words.size() != 2)  // two: a node that is not an object
                 throw std::invalid_argument(line);
         } catch (const std::logic_error&) {
             throw std::runtime_error(fmt::format("{}, line {}: not what smidump -f mosy prints", path, number));

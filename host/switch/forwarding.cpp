@@ -1,5 +1,5 @@
 // The forwarding database by address and by VLAN, the time after which addresses age, multicast groups, static multicast
-// addresses, and what ports do with frames to groups that nobody registered.
+// addresses, and what ports do with frames to groups that are not registered.
 #include "switch/forwarding.h"
 
 #include <algorithm>

@@ -42,7 +42,8 @@ private:
         const Station* station;
     };
     struct Filtering {
-        std::uint32_t mode = 2;  // to multicast addresses: 1 forwards all frames, 2 those nobody registered, 3 neither
+        std::uint32_t mode =
+            2;  // to multicast addresses: 1 forwards all frames, 2 those that are not registered, 3 neither
     };
 
     void add_station(std::uint32_t vid, const Mac& mac, const Station& station);

@@ -87,7 +87,7 @@ void Streams::describe(Description& d) {
              .rows = classes({2, "ieee8021FqtssDeltaBandwidth", [this](std::uint32_t n, const Index& row) {
                                   return by_port_.at(row[0]).bandwidth[n];
                               }})});
-    // The stream domain ends where nobody registers, and at the ports whose neighbours do not.
+    // The stream domain ends at ports that do not register, or whose neighbours do not.
     d.table({.name = "ieee8021FqtssSrpRegenOverrideTable",
              .show = "show snmp ieee8021fqtss-srp-regen-override {int} {int}",
              .key = port_and_class,

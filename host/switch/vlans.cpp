@@ -89,7 +89,8 @@ void Vlans::leave(std::uint32_t ifindex, std::uint32_t vid) {
 
 void Vlans::set_native(std::uint32_t ifindex, std::uint32_t vid) {
     PortVlans& port = by_port_.at(ifindex);
-    // An access port is in one VLAN, a private one leaves its own. A trunk has one VLAN without tags, and keeps its former one with them.
+    // An access port is in one VLAN, a private one leaves its own. A trunk has one VLAN without tags, and keeps its
+    // former one with them.
     if (is_access(port.mode) || is_private(port.mode)) leave(ifindex, port.pvid);
     if (is_trunk(port.mode)) vlans_.at(port.pvid).untagged.set(ifindex - kPortIfIndexBase, false);
     port.pvid = vid;

@@ -28,7 +28,7 @@ private:
         Mac mac;
         std::string kind;  // its OUI's description
     };
-    std::optional<std::string> kind_of(const Mac& mac) const;  // none: it is no phone
+    std::optional<std::string> kind_of(const Mac& mac) const;  // none: it is not a phone
     std::map<Index, Phone> phones() const;                     // by ifIndex, MAC address
     Rows phone_rows(std::size_t index_length, Columns<Phone> columns) const;
     void add_phones(Description&);

@@ -24,7 +24,7 @@ KINDS = {2: ["number"], 6: ["MacAddress"], 7: ADDRESS + ["number"], 10: ADDRESS,
 
 
 def field(syntax):
-    """How an index object stands in KINDS."""
+    """How KINDS names an index object."""
     for name in ("MacAddress", *ADDRESS):
         if name in syntax.types:
             return name
@@ -79,7 +79,7 @@ def check_index(table, kinds, texts):
     for name in row.index:
         node = texts.objects.get(name)
         if node is None:
-            yield f"{row.name}: {name} in its index is no object of these modules"
+            yield f"{row.name}: {name} in its index is not an object of these modules"
             return
         fields.append(field(node.syntax))
     expected = [name for kind in kinds for name in KINDS[kind]]

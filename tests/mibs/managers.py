@@ -54,7 +54,7 @@ def resolve(mib_view, walked):
         except error.SmiError as reason:
             raise Failure(f"{dotted(oid)} = {value.prettyPrint()}: {reason}")
         text = typed.prettyPrint()
-        check(label not in ("enterprises", "switchVendor") and indexes, f"{dotted(oid)} is no instance of the texts")
+        check(label not in ("enterprises", "switchVendor") and indexes, f"{dotted(oid)} is not an instance of the texts")
         named = getattr(typed, "namedValues", None)
         check(not named or not text.lstrip("-").isdigit(), f"{label}: {text} has no name")
         resolved.append(f"{label}.{'.'.join(index.prettyPrint() for index in indexes)} = {text}")

@@ -121,7 +121,7 @@ class Texts:
 
 
 def mibhost(program, library, *arguments):
-    """What a command of mibhost prints with --json, an object for each line. A SET that is refused is no failure."""
+    """What a command of mibhost prints with --json, an object for each line. A SET that is refused is not a failure."""
     result = subprocess.run([program, *arguments[:1], "--library", library, "--json", *arguments[1:]],
                             capture_output=True, text=True, timeout=60)
     if result.returncode not in (0, REFUSED):

@@ -6,7 +6,7 @@
 namespace tests {
 namespace {
 
-// 10.0.10.9 and 2001:db8::9, as indexes and as the backend's records have them; an address that is no text.
+// 10.0.10.9 and 2001:db8::9, as indexes and as the backend's records have them; an address that has no text.
 const Oid kIpv4{1, 4, 10, 0, 10, 9};
 const Oid kIpv6{2, 16, 0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9};
 const Bytes kIpv6Octets{0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 9};
@@ -15,7 +15,7 @@ const Bytes kIpv6Record = join(integer(2), join(Bytes(4), kIpv6Octets));
 const Oid kOdd{3, 4, 10, 0, 10, 9};
 
 constexpr std::uint32_t kVlan10 = 1034, kPort1 = 5121;
-// What is beside VLAN interfaces.
+// What is just outside the VLAN interfaces.
 constexpr std::uint32_t kOthers[] = {1, 1024, 5119, kPort1, 4294967295};
 
 }  // namespace

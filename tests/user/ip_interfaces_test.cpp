@@ -6,7 +6,7 @@ namespace {
 
 const Oid kVlan10{1034};
 const Oid kVlan20{1044};
-// The first and last VLAN interface, and what is beside them.
+// The first and last VLAN interface, and the indexes next to them.
 const Oid kEnds[] = {{1025}, {5118}};
 const Oid kOthers[] = {{0}, {1024}, {5119}, {5121}, {5211}, {4294967295}};
 

@@ -1,4 +1,4 @@
-// How each port forwards multicast frames to groups that nobody has registered.
+// How each port forwards multicast frames to groups that are not registered.
 #define MODULE pellamL2FDB
 #include "framework/module.h"
 #include "framework/write.h"

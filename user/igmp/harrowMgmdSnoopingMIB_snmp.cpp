@@ -1,7 +1,7 @@
 // IGMP and MLD snooping: per VLAN what is on, groups and their sources, router ports, limits, access groups, hosts and
 // statistics.
 //
-// The two protocols are twins: what differs between them is said in Igmp and Mld, everything else once, in templates
+// What differs between the two protocols is said in Igmp and Mld, everything else once, in templates
 // over them. `name_of<P, "State">` is mgmdIgmpSnpState or mgmdMldSnpState.
 #define MODULE harrowMgmdSnoopingMIB
 #include "framework/address.h"

@@ -117,7 +117,7 @@ TEST_F(PrivateVlans, RowIsCreatedOnce) {
     EXPECT_EQ(shown.back().command(), "show snmp pvlan 101");
     EXPECT_EQ(shown.back().request.magic, 2);
     EXPECT_EQ(shown.back().request.result_size, 4);
-    answers.clear();  // a refused lookup is no type
+    answers.clear();  // a refused lookup is type 0
     EXPECT_EQ(set(row), noError);
     EXPECT_THAT(lines(), ElementsAre("5 vlan 101", "-1 private-vlan community", "5 vlan 100",
                                      "-1 private-vlan association add 101"));

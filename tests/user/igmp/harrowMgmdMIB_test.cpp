@@ -130,9 +130,9 @@ TEST_P(RouterLimits, AccessGroupsAreNamedFirstAndAppliedByTheStatusOfTheSameRow)
     refused_lines.clear();
     // A name is 32 octets; the other protocol's status finds it under the same row, and sends the same.
     forget();
-    const std::string twin = mld_ ? "mgmdIgmpAccGrpStatus" : "mgmdMldAccGrpStatus";
+    const std::string other = mld_ ? "mgmdIgmpAccGrpStatus" : "mgmdMldAccGrpStatus";
     EXPECT_EQ(set({{named("AccessGroup"), {1034}, OctetString, text(std::string(40, 'n'))},
-                   {twin, {1034}, Integer, integer(createAndGo)}}),
+                   {other, {1034}, Integer, integer(createAndGo)}}),
               noError);
     EXPECT_THAT(lines(), ElementsAre("5 interface vlan10", "-1 ip igmp access-group " + std::string(32, 'n')));
 }

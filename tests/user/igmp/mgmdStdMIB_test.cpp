@@ -92,7 +92,7 @@ TEST_F(MulticastRouter, ReadsTraceCarryTheContextAndUseTheirOwnBuffers) {
             EXPECT_EQ(shown.at(0).key, start ? Bytes(reading.key.size()) : reading.key);
             EXPECT_EQ(shown[0].request.result_size, 100);
         }
-        // The columns of the index, and what is no column, are traced, but not served.
+        // The columns of the index, and what is not a column, are traced, but not served.
         for (int magic = 0; magic <= reading.columns + 1; ++magic) {
             forget();
             const bool served = magic >= reading.first && magic <= reading.columns;

@@ -58,7 +58,7 @@ TEST_F(IpMcast, ServesIpv4ByEachTablesOwnRule) {
     } const interfaces[] = {{{}, false, true}, {{0, 7}, false, true}, {{1, 7}, true, true}, {{2, 7}, false, false}},
             routes[] = {{{}, false, true},          {typed(1, 1), true, true},   {typed(1, 0), false, true},
                         {typed(1, 2), false, true}, {typed(2, 2), false, false}, {typed(2, 1), false, false},
-                        {typed(0, 1), false, true}, {typed(1, 3), false, false}};  // 3: that is no text
+                        {typed(0, 1), false, true}, {typed(1, 3), false, false}};  // 3: that has no text
     for (const auto& [index, get, next] : interfaces) {
         EXPECT_EQ(!command_of("ipMcastInterfaceTtl", index, 1).empty(), get) << ::testing::PrintToString(index);
         EXPECT_EQ(!command_of("ipMcastInterfaceTtl", index, 0).empty(), next) << ::testing::PrintToString(index);

@@ -79,7 +79,7 @@ TEST_F(Tunnels, AreShownByInterfaceAndByTheirEnds) {
                                         "show snmp tunnel inetconfig 2001:: 0.0.0.0 0 0"));
     EXPECT_EQ(shown[2].key, join(join(address_record({192, 0, 2, 1}), address_record({203, 0, 113, 9})),
                                  join(integer(12), integer(1))));
-    EXPECT_THAT(logged, IsEmpty());  // commands are no errors
+    EXPECT_THAT(logged, IsEmpty());  // commands are not errors
 }
 
 TEST_F(Tunnels, AddressThatIsNoTextIsLoggedAndHandsOutNothing) {
