@@ -1,10 +1,11 @@
 // mibhost: loads the module library as the switch's agent does, and serves, lists, explains and walks it over a
-// simulated switch.
+// simulated switch, or prints what it expects of one.
 #include "agent/engine.h"
 #include "services/services.h"
 #include "switch/simulated_switch.h"
 #include "tool/arguments.h"
 #include "tool/command_line.h"
+#include "tool/contract.h"
 #include "tool/explain.h"
 #include "tool/format.h"
 #include "tool/list.h"
@@ -77,6 +78,12 @@ int run(const std::vector<std::string>& words) {
                    session.library().path());
     if (options.command == tool::Command::list) {
         fmt::print("{}", tool::list(registry, tool::select(registry, options.patterns), options.form));
+        return 0;
+    }
+    if (options.command == tool::Command::contract) {
+        if (!registry.has_names()) throw std::runtime_error("the contract needs a library with names");
+        const auto entries = tool::contract(registry, session.library(), tool::select(registry, options.patterns));
+        fmt::print("{}", tool::contract_text(entries, options.form));
         return 0;
     }
     services::services().context = {options.vrf, options.snmp_context, false};

@@ -582,7 +582,7 @@ TEST(ToolOptions, CommandLine) {
     EXPECT_THAT(line.options().explained, ElementsAre("set", "ifAlias.1", "s", "-x"));
 
     const std::pair<std::vector<std::string>, std::string> cases[] = {
-        {{}, "say serve, list, explain or walk"},
+        {{}, "say serve, list, contract, explain or walk"},
         {{"wlak"}, "unknown command 'wlak', did you mean 'walk'?"},
         {{"--jsn"}, "--jsn: a command comes first"},
         {{"--", "walk"}, "--: a command comes first"},
@@ -608,7 +608,7 @@ TEST(ToolOptions, ManualPageAndCompletion) {
                                           HasSubstr("\n.SH MIBHOST WALK\n"), HasSubstr("where to listen"),
                                           HasSubstr("\n.SS Size of the simulated switch, at least\n")));
     EXPECT_THAT(line.bash_completion(),
-                AllOf(HasSubstr("\"serve list explain walk --help --version\""), HasSubstr("--log-json"),
+                AllOf(HasSubstr("\"serve list contract explain walk --help --version\""), HasSubstr("--log-json"),
                       HasSubstr("--library|--config|--texts) _filedir"), Not(HasSubstr("manual"))));
 }
 

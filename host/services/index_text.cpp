@@ -264,18 +264,26 @@ std::optional<std::vector<std::string>> index_parts(const std::vector<IndexField
     return index.ids.empty() ? std::optional(std::move(parts)) : std::nullopt;
 }
 
+std::vector<std::size_t> key_offsets(const std::vector<IndexField>& fields) {
+    std::vector<std::size_t> offsets;
+    std::size_t end = 0;
+    for (const IndexField& field : fields) {
+        const std::size_t alignment = alignment_of(field);
+        offsets.push_back((end + alignment - 1) / alignment * alignment);
+        end = offsets.back() + field.octets;
+    }
+    return offsets;
+}
+
 std::optional<std::vector<std::string>> key_parts(const std::vector<IndexField>& fields, const void* key,
                                                   std::size_t size) {
     std::vector<std::string> parts;
-    std::size_t offset = 0;
-    for (const IndexField& field : fields) {
-        const std::size_t alignment = alignment_of(field);
-        offset = (offset + alignment - 1) / alignment * alignment;
-        if (offset + field.octets > size) return std::nullopt;
-        Text part = key_field(field, static_cast<const std::uint8_t*>(key) + offset);
+    const std::vector<std::size_t> offsets = key_offsets(fields);
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        if (offsets[i] + fields[i].octets > size) return std::nullopt;
+        Text part = key_field(fields[i], static_cast<const std::uint8_t*>(key) + offsets[i]);
         if (!part) return std::nullopt;
         parts.push_back(std::move(*part));
-        offset += field.octets;
     }
     return parts;
 }

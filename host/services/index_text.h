@@ -33,6 +33,8 @@ std::string kind_name(const IndexField& field);
 // fields with addresses of a known type.
 std::optional<std::vector<std::string>> index_parts(const std::vector<IndexField>& fields, const oid* ids,
                                                     std::size_t count);
+// Where each field is in a key record that is laid out as the fields.
+std::vector<std::size_t> key_offsets(const std::vector<IndexField>& fields);
 // The parts of a key record. None when the record is not laid out as these fields, or holds an address of no known type
 // or length; octets after the fields are not shown.
 std::optional<std::vector<std::string>> key_parts(const std::vector<IndexField>& fields, const void* key,

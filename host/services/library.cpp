@@ -156,4 +156,33 @@ void* Library::symbol(const std::string& name) const {
     return std::ranges::binary_search(exports_, name) ? dlsym(handle_, name.c_str()) : nullptr;
 }
 
+std::span<std::uintptr_t> Library::variables() const {
+    struct Range {
+        ElfW(Addr) base, begin, end;
+    } range{};
+    link_map* map = nullptr;
+    if (dlinfo(handle_, RTLD_DI_LINKMAP, &map) != 0) return {};
+    range.base = map->l_addr;
+    const auto find = [](dl_phdr_info* info, std::size_t, void* found) {
+        Range& its = *static_cast<Range*>(found);
+        if (info->dlpi_addr != its.base) return 0;
+        for (const Segment& segment : std::span(info->dlpi_phdr, info->dlpi_phnum)) {
+            const ElfW(Addr) begin = its.base + segment.p_vaddr;
+            const ElfW(Addr) end = begin + segment.p_memsz;
+            if (segment.p_type == PT_LOAD && (segment.p_flags & PF_W) != 0) {
+                if (its.begin == 0) its.begin = begin;
+                its.end = end;
+            }
+            // What is only relocated is constant, and comes first in the writable memory.
+            if (segment.p_type == PT_GNU_RELRO) its.begin = end;
+        }
+        return 1;
+    };
+    dl_iterate_phdr(find, &range);
+    constexpr std::size_t kWord = sizeof(std::uintptr_t);
+    range.begin = (range.begin + kWord - 1) / kWord * kWord;
+    if (range.begin >= range.end) return {};
+    return {reinterpret_cast<std::uintptr_t*>(range.begin), (range.end - range.begin + kWord - 1) / kWord};
+}
+
 }  // namespace services

@@ -1,6 +1,8 @@
 // Loads the module library as an agent does: dlopen, then every exported `<module>_snmp_init` once, found by its name.
 #pragma once
 
+#include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -22,6 +24,8 @@ public:
     void initialise();
     // Address of an exported symbol, null when there is none.
     void* symbol(const std::string& name) const;
+    // The memory of its variables that are not constant.
+    std::span<std::uintptr_t> variables() const;
 
 private:
     void read_exports(const std::string& path);

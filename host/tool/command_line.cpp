@@ -54,9 +54,17 @@ constexpr const char* kServeFooter =
   verbose = true
 An option on the command line overrides the file.)";
 
-constexpr std::array<CommandText, 6> kCommands = {{
+constexpr const char* kContractFooter =
+    R"(PATTERN selects objects as in list. Each module comes with its groups, each group with the show
+requests of its reads, each object with the values it takes, the lines that they are sent as, and
+what it refuses. All of it is found by running the library; nothing is asked of a switch. Lines have
+their mode: 5 global configuration, -1 the mode that the line before entered, 4 executive.)";
+
+constexpr std::array<CommandText, 7> kCommands = {{
     {Command::serve, "serve", "[OPTIONS]", "Answer SNMPv1 and v2c requests over UDP until Ctrl-C", kServeFooter},
     {Command::list, "list", "[OPTIONS] [PATTERN...]", "List modules, tables and objects", kListFooter},
+    {Command::contract, "contract", "[OPTIONS] [PATTERN...]",
+     "Print every show request and configuration line that a switch has to know, with what causes it", kContractFooter},
     {Command::explain, "explain", "[OPTIONS] get|next|set WORD...",
      "Show what the library asks of the switch and sends to it for one request; changes nothing", kExplainFooter},
     {Command::walk, "walk", "[OPTIONS] [OID]", "Print every instance under an OID, without a network", ""},
@@ -215,13 +223,13 @@ CommandLine::CommandLine()
 
     options.library = default_library();
     options.texts = default_texts();
-    for (const Command each : {Command::serve, Command::list, Command::explain, Command::walk}) {
+    for (const Command each : {Command::serve, Command::list, Command::contract, Command::explain, Command::walk}) {
         CLI::App& command = *commands[each];
         command.add_option("--library", options.library, "the module library (default: the one beside mibhost)")
             ->type_name("PATH");
         command.config_formatter(std::make_shared<OptionsFile>(command));
         command.set_config("--config", "", "options from a file")->type_name("FILE")->check(unnamed(CLI::ExistingFile));
-        if (each == Command::list) continue;
+        if (each == Command::list || each == Command::contract) continue;
         command
             .add_option("--texts", options.texts,
                         "print values by MIB texts: what smidump -f mosy prints of them (default: the installed ones)")
@@ -242,7 +250,7 @@ CommandLine::CommandLine()
         add_size("--fdb", options.size.fdb, sw::kMostRows, "addresses in the forwarding database");
         add_size("--groups", options.size.groups, sw::kMostRows, "multicast groups of each of IGMP and MLD");
     }
-    for (const Command each : {Command::list, Command::explain, Command::walk})
+    for (const Command each : {Command::list, Command::contract, Command::explain, Command::walk})
         commands[each]->add_flag("--json", options.json, "print JSON, one object a line");
 
     CLI::App& serve = *commands[Command::serve];
@@ -266,15 +274,16 @@ CommandLine::CommandLine()
     serve.add_flag("-v,--verbose", options.verbose, "log each request with the backend requests it causes");
     serve.add_flag("--log-json", options.log_json, "log in JSON, one object a line");
 
-    CLI::App& list = *commands[Command::list];
-    list.add_option("PATTERN", options.patterns, "what to list (default: everything)");
-    const auto add_form = [&](const char* name, ListForm form, const char* description) {
-        list.add_flag_callback(
+    const auto add_form = [&](Command command, const char* name, ListForm form, const char* description) {
+        commands[command]->add_flag_callback(
             name, [&options, form] { options.form = form; }, description);
     };
-    add_form("--markdown", ListForm::markdown, "print Markdown");
-    add_form("--modules", ListForm::modules, "print the modules alone");
-    add_form("--names", ListForm::names, "print the names alone, of modules, tables and objects");
+    for (const Command each : {Command::list, Command::contract}) {
+        commands[each]->add_option("PATTERN", options.patterns, "which objects (default: all)");
+        add_form(each, "--markdown", ListForm::markdown, "print Markdown");
+    }
+    add_form(Command::list, "--modules", ListForm::modules, "print the modules alone");
+    add_form(Command::list, "--names", ListForm::names, "print the names alone, of modules, tables and objects");
 
     commands[Command::explain]->add_flag("--lines", options.lines,
                                          "print the configuration lines of a set alone, ready to paste");
@@ -290,10 +299,11 @@ std::optional<std::string> CommandLine::parse(const std::vector<std::string>& wo
     if (command == nullptr && !name.starts_with('-')) {
         std::vector<std::string> names(kCommands.size());
         std::ranges::transform(kCommands, names.begin(), &CommandText::name);
-        throw UsageError(name.empty() ? "say serve, list, explain or walk, or --help"
+        throw UsageError(name.empty() ? "say serve, list, contract, explain or walk, or --help"
                                       : fmt::format("unknown command '{}'{}", name, suggestion(names, name)));
     }
-    const UsageError comes_first(fmt::format("{}: a command comes first: serve, list, explain or walk", name));
+    const UsageError comes_first(
+        fmt::format("{}: a command comes first: serve, list, contract, explain or walk", name));
     // What is before a command is help or the version.
     CLI::App& parsed = command != nullptr ? *command : *app_;
     std::vector<std::string> reversed{name};

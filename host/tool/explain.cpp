@@ -10,13 +10,6 @@ namespace {
 
 constexpr std::size_t kWidth = 100;
 
-std::string phase_name(int phase) {
-    static constexpr std::array kNames = {"RESERVE1", "RESERVE2", "ACTION", "COMMIT", "FREE", "UNDO"};
-    if (phase < 0) return "READ";
-    return phase < static_cast<int>(kNames.size()) ? kNames[static_cast<std::size_t>(phase)]
-                                                   : fmt::format("phase {}", phase);
-}
-
 // Whether a word of a SET scripts answers: its name is one that requests have.
 bool names_requests(const services::Registry& registry, std::string_view name) {
     if (!registry.has_names()) return services::oid_from_numbers(name) == std::nullopt;
@@ -114,6 +107,13 @@ std::vector<std::string> set_text(const Explanation& explanation, const services
 }
 
 }  // namespace
+
+std::string phase_name(int phase) {
+    static constexpr std::array kNames = {"RESERVE1", "RESERVE2", "ACTION", "COMMIT", "FREE", "UNDO"};
+    if (phase < 0) return "READ";
+    return phase < static_cast<int>(kNames.size()) ? kNames[static_cast<std::size_t>(phase)]
+                                                   : fmt::format("phase {}", phase);
+}
 
 Explained parse_explained(const services::Registry& registry, const std::vector<std::string>& words) {
     Explained request{};

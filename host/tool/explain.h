@@ -40,6 +40,9 @@ struct Explanation {
 Explanation explain(const Explained& request, agent::Engine& engine, const services::Registry& registry,
                     services::Backend& backend);
 
+// "RESERVE1"..., "READ" for the read before the phases.
+std::string phase_name(int phase);
+
 // The explanation line by line: for people, at most 100 columns wide where the texts allow it, as JSON, and the
 // configuration lines alone.
 std::vector<std::string> as_text(const Explanation& explanation, const services::Registry& registry);

@@ -149,6 +149,23 @@ void add_value(Json& json, const services::Registry& registry, const agent::Valu
 
 }  // namespace
 
+std::string portable(const services::Oid& oid) {
+    const std::string numbers = services::to_string(oid) + '.';
+    const std::string enterprises = "1.3.6.1.4.1.";
+    const struct {
+        std::uint32_t number;
+        const char* arc;
+        const char* word;
+    } settings[] = {{SWITCHMIB_VENDOR_ENTERPRISE, ".10.1.100.", "<vendor>"},
+                    {SWITCHMIB_SECOND_ENTERPRISE, ".10.120.100.", "<second>"}};
+    for (const auto& [number, arc, word] : settings) {
+        const std::string root = enterprises + std::to_string(number);
+        if (numbers.starts_with(root + arc))
+            return enterprises + word + numbers.substr(root.size(), numbers.size() - root.size() - 1);
+    }
+    return services::to_string(oid);
+}
+
 std::string type_name(std::uint8_t tag) {
     switch (tag) {
         case agent::kInteger: return "INTEGER";

@@ -11,6 +11,8 @@
 
 namespace tool {
 
+// An OID by number, with words for this build's enterprise numbers, which are settings: "1.3.6.1.4.1.<vendor>.10".
+std::string portable(const services::Oid& oid);
 // "INTEGER", "STRING", "Counter32"...; "type 0x47" for an unknown tag.
 std::string type_name(std::uint8_t tag);
 // "noError", "wrongValue"...; "error 99" outside the protocol's range.

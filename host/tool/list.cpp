@@ -3,12 +3,12 @@
 #include "services/services.h"
 #include "tool/arguments.h"
 #include "tool/format.h"
+#include "tool/probe.h"
 
 #include <fmt/format.h>
 #include <fnmatch.h>
 
 #include <algorithm>
-#include <array>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <utility>
@@ -25,21 +25,6 @@ public:
 };
 
 // --- Rows that may exist ---------------------------------------------------------------------------------------------
-
-// The first index field is the number where it is an integer; other integers are `others`.
-services::Oid sample_index(const services::Group& group, oid first, oid others) {
-    static constexpr std::array kSamples = {
-        "01:02:03:04:05:06:07:08", "00:00:00:00:00:01",       "01:02", "0.0", "192.0.2.1", "192.0.2.0/24",
-        "192.0.2.1 192.0.2.2",     "192.0.2.1 5121 192.0.2.2"};
-    services::Oid index;
-    for (std::size_t i = 0; i < group.fields.size(); ++i) {
-        auto ids = services::index_from_text(group.fields[i], std::to_string(i == 0 ? first : others));
-        for (const char* const sample : kSamples)
-            if (!ids) ids = services::index_from_text(group.fields[i], sample);
-        if (ids) index.insert(index.end(), ids->begin(), ids->end());
-    }
-    return index;
-}
 
 std::vector<services::Oid> sample_indexes(const services::Object& object) {
     constexpr oid kFirstVlanInterface = 1025;
@@ -101,36 +86,7 @@ private:
 
 // --- Output ----------------------------------------------------------------------------------------------------------
 
-struct Module {
-    struct Part {
-        const services::Group* group;
-        std::vector<const services::Object*> objects;
-    };
-    std::string name;
-    services::Oid oid;
-    std::vector<Part> parts;  // by group, in the order of their first objects
-    std::size_t objects = 0;
-};
-
-std::vector<Module> modules_of(const services::Registry& registry,
-                               const std::vector<const services::Object*>& objects) {
-    std::vector<Module> modules;
-    for (const services::Object* const object : objects) {
-        auto module = std::ranges::find(modules, object->module, &Module::name);
-        if (module == modules.end())
-            module =
-                modules.insert(module, {object->module, registry.parse(object->module).value_or(services::Oid{}), {}});
-        auto part = std::ranges::find(module->parts, object->group, &Module::Part::group);
-        if (part == module->parts.end()) part = module->parts.insert(part, {object->group, {}});
-        part->objects.push_back(object);
-        ++module->objects;
-    }
-    return modules;
-}
-
 constexpr std::size_t kHeadingWidth = 80;
-
-std::string access(const services::Object& object) { return object.entry.acl == 2 ? "read-write" : "read-only"; }
 
 // The access that the object is registered with, and whether it is so.
 std::string true_access(const services::Object& object) {
@@ -233,22 +189,32 @@ std::string as_names(const std::vector<const services::Object*>& objects) {
 
 }  // namespace
 
+std::vector<Module> modules_of(const services::Registry& registry,
+                               const std::vector<const services::Object*>& objects) {
+    std::vector<Module> modules;
+    for (const services::Object* const object : objects) {
+        auto module = std::ranges::find(modules, object->module, &Module::name);
+        if (module == modules.end())
+            module =
+                modules.insert(module, {object->module, registry.parse(object->module).value_or(services::Oid{}), {}});
+        auto part = std::ranges::find(module->parts, object->group, &Module::Part::group);
+        if (part == module->parts.end()) part = module->parts.insert(part, {object->group, {}});
+        part->objects.push_back(object);
+        ++module->objects;
+    }
+    return modules;
+}
+
+std::string access(const services::Object& object) { return object.entry.acl == 2 ? "read-write" : "read-only"; }
+
 bool writable(const services::Object& object) {
     RefusingBackend refusing;
     services::Services& host = services::services();
     services::Backend* const backend = std::exchange(host.backend, &refusing);
     auto log = std::exchange(host.log, nullptr);
     bool found = false;
-    for (const services::Oid& index : sample_indexes(object)) {
-        std::array<oid, services::kNameRoom> name{};
-        std::size_t length = object.entry.namelen;
-        std::copy_n(object.entry.name, length, name.begin());
-        for (const oid id : index) name[length++] = id;
-        std::size_t value_length = 0;
-        WriteMethod* write_method = nullptr;
-        object.entry.findVar(&object.entry, name.data(), &length, 1, &value_length, &write_method);
-        found = found || write_method != nullptr;
-    }
+    for (const services::Oid& index : sample_indexes(object))
+        found = found || call(object, index, 1).write_method != nullptr;
     host.backend = backend;
     host.log = std::move(log);
     return found;

@@ -8,6 +8,21 @@
 
 namespace tool {
 
+// Objects by module and group, in the order of their first objects.
+struct Module {
+    struct Part {
+        const services::Group* group;
+        std::vector<const services::Object*> objects;
+    };
+    std::string name;
+    services::Oid oid;
+    std::vector<Part> parts;
+    std::size_t objects = 0;
+};
+std::vector<Module> modules_of(const services::Registry& registry, const std::vector<const services::Object*>& objects);
+
+// "read-only" or "read-write", as an object is registered.
+std::string access(const services::Object& object);
 // Whether a SET of this object would find a write method: its read method is asked for rows that may well exist, with a
 // backend that refuses everything, and the write-method slot shows it. Replaces services().backend and log meanwhile.
 bool writable(const services::Object& object);

@@ -12,7 +12,7 @@
 
 namespace tool {
 
-enum class Command { serve, list, explain, walk, manual, completion };
+enum class Command { serve, list, contract, explain, walk, manual, completion };
 
 struct Options {
     Command command = Command::serve;
@@ -32,12 +32,12 @@ struct Options {
     unsigned log_rate = 20;                      // lines a second for requests that are refused or dropped
     bool verbose = false;
     bool log_json = false;
-    // output of list, explain and walk
+    // output of list, contract, explain and walk
     bool json = false;
     bool lines = false;  // explain: the configuration lines alone
     ListForm form = ListForm::text;
     // words
-    std::vector<std::string> patterns;   // list
+    std::vector<std::string> patterns;   // list and contract
     std::vector<std::string> explained;  // explain
     std::optional<std::string> root;     // walk
 };

@@ -1,6 +1,5 @@
 // What the library registers and exports, as a whole: each module and the exports as tests/golden has them.
-//
-// With SWITCHMIB_WRITE_GOLDEN in the environment (tools/golden) the golden files are written in place of being compared.
+#include "support/golden.h"
 #include "support/recording_host.h"
 #include "tool/format.h"
 
@@ -8,7 +7,6 @@
 #include <link.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -57,23 +55,6 @@ std::map<Oid, std::string> table_arrays() {
     return arrays;
 }
 
-// The OID with the words of the enterprise numbers, which are settings.
-std::string portable(const services::Registration& registration) {
-    const std::string numbers = services::to_string(registration.module_oid);
-    const std::string enterprises = "1.3.6.1.4.1.";
-    const struct {
-        std::uint32_t number;
-        const char* arc;
-        const char* word;
-    } settings[] = {{SWITCHMIB_VENDOR_ENTERPRISE, ".10.1.100.", "<vendor>"},
-                    {SWITCHMIB_SECOND_ENTERPRISE, ".10.120.100.", "<second>"}};
-    for (const auto& [number, arc, word] : settings) {
-        const std::string root = enterprises + std::to_string(number);
-        if (numbers.starts_with(root + arc)) return enterprises + word + numbers.substr(root.size());
-    }
-    return numbers;
-}
-
 // Asks for what the golden files hold of an object: its first show command, and whether a GET hands out a write method.
 class Asker : public RecordingHost {
 public:
@@ -94,7 +75,8 @@ public:
 
 std::string described(const services::Registration& registration, const std::map<Oid, std::string>& arrays) {
     std::ostringstream text;
-    text << registration.descr << " at " << portable(registration) << ", " << registration.count << " objects\n";
+    text << registration.descr << " at " << tool::portable(registration.module_oid) << ", " << registration.count
+         << " objects\n";
     const auto* names = loaded().symbol<const char* const>(registration.descr + "_names");
     const auto* groups = loaded().symbol<const GroupInfo>(registration.descr + "_groups");
     const auto count = *loaded().symbol<const std::size_t>(registration.descr + "_groups_count");
@@ -121,15 +103,6 @@ std::string described(const services::Registration& registration, const std::map
     return text.str();
 }
 
-const std::filesystem::path kGolden = GOLDEN_DIRECTORY;
-bool writes_golden() { return std::getenv("SWITCHMIB_WRITE_GOLDEN") != nullptr; }
-
-std::string read(const std::filesystem::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
-}
-
 }  // namespace
 
 TEST(Registration, ModulesAreAsTheirGoldenFilesSay) {
@@ -138,14 +111,11 @@ TEST(Registration, ModulesAreAsTheirGoldenFilesSay) {
     for (const services::Registration& registration : registrations()) {
         const auto path = kGolden / (registration.descr + ".txt");
         expected.insert(path);
-        const std::string text = described(registration, arrays);
-        if (writes_golden())
-            std::ofstream(path) << text;
-        else
-            EXPECT_EQ(text, read(path)) << "tools/golden writes it again";
+        expect_golden(path, described(registration, arrays));
     }
     for (const auto& file : std::filesystem::directory_iterator(kGolden))
-        EXPECT_TRUE(expected.contains(file.path())) << file.path() << " is of no registered module";
+        EXPECT_TRUE(file.is_directory() || expected.contains(file.path()))
+            << file.path() << " is of no registered module";
     // An init function registers its modules in this order.
     const auto descr = [](const char* name) {
         return std::ranges::find(registrations(), name, &services::Registration::descr);
