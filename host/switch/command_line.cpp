@@ -12,6 +12,8 @@ constexpr Entered kNothing{{"no"}};
 
 }  // namespace
 
+void refuse(std::string_view reason) { throw Refusal{std::string(reason)}; }
+
 void CommandLine::add(Mode mode, std::string pattern, Handler handler) {
     lines_.push_back({mode, Pattern(std::move(pattern)), std::move(handler)});
 }

@@ -40,9 +40,9 @@ struct Entered {
 struct Refusal {
     std::string reason;
 };
-[[noreturn]] inline void refuse(std::string reason) { throw Refusal{std::move(reason)}; }
+[[noreturn]] void refuse(std::string_view reason);
 inline void require(bool condition, std::string_view reason) {
-    if (!condition) refuse(std::string(reason));
+    if (!condition) refuse(reason);
 }
 
 class CommandLine {

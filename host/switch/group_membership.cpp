@@ -40,7 +40,8 @@ const Membership& last(const Members& members) {
 
 GroupMembership::GroupMembership(Switch& its_switch)
     : Area(its_switch), vlan_interfaces_(its_switch.area<VlanInterfaces>()) {
-    for (const auto& [ifindex, interface] : its_switch.area<Interfaces>().all()) interface_made(ifindex);
+    for (const auto& [ifindex, interface] : its_switch.area<Interfaces>().all())
+        GroupMembership::interface_made(ifindex);
     for (Access* access : {&igmp_, &mld_}) {
         access->limits[kVlanIfIndexBase + 10] = 128;
         access->lists[kVlanIfIndexBase + 10] = "office-channels";

@@ -86,7 +86,7 @@ Routes::Routes(Switch& its_switch)
       vlans_(its_switch.area<Vlans>()),
       vrfs_(its_switch.area<Vrfs>()) {
     for (const auto& [row, count] : its_switch.area<Addresses>().networks())
-        network_made(row[0], row[1], Index(row.begin() + 2, row.end()));
+        Routes::network_made(row[0], row[1], Index(row.begin() + 2, row.end()));
     const auto anywhere = [](std::uint32_t type) { return join({unspecified(type), {0}}); };
     const Index router6{kIpv6, 16, 0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 254};
     add(kDefaultVrf, anywhere(kIpv4), {kIpv4, 4, 192, 0, 2, 254}, kStatic, 1, 1);
