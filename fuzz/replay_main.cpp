@@ -73,7 +73,6 @@ int main(int argc, char** argv) try {
     static const std::string kRuns = "-runs=";
     std::size_t runs = 0;
     std::vector<Octets> corpus;
-    corpus.reserve(files.size());
     for (int i = 1; i < argc; ++i) {
         const std::string argument = argv[i];
         if (argument.starts_with(kRuns))

@@ -213,6 +213,7 @@ struct RowCommand {
     Command (*of_key)(const Key&) = nullptr;
     Command (*of_request)(Key&, const Read&) = nullptr;
     Field zero = nullptr;
+    bool has_function = false;  // g++ under its sanitizers takes no comparison of an inline function's address as constant
 
     constexpr RowCommand() = default;
     constexpr RowCommand(const char* keyed) : number(keyed) { has_a_number(); }
@@ -229,7 +230,7 @@ struct RowCommand {
         use(function);
     }
 
-    constexpr bool is_there() const { return number.text != nullptr || of_key != nullptr || of_request != nullptr; }
+    constexpr bool is_there() const { return number.text != nullptr || has_function; }
 
     bool asks_for_first(const Key& key) const {
         if (first == nullptr) return false;
@@ -252,6 +253,7 @@ private:
         constexpr bool kOfRequest = std::is_invocable_r_v<Command, Function, Key&, const Read&>;
         static_assert(kOfKey || kOfRequest,
                       "a command's function is Command(const Key&) or Command(Key&, const Read&), of its table's key");
+        has_function = true;
         if constexpr (kOfRequest)
             of_request = function;
         else if constexpr (kOfKey)
@@ -263,6 +265,7 @@ private:
 template <class Signature>
 struct Hook {
     Signature* function = nullptr;
+    bool is_there = false;  // as RowCommand::has_function
 
     constexpr Hook() = default;
     constexpr Hook(std::nullptr_t) {}
@@ -271,8 +274,9 @@ struct Hook {
         constexpr bool kFits = std::is_convertible_v<Function, Signature*>;
         static_assert(kFits, "a function of a table takes the table's own key, as table.h has it");
         if constexpr (kFits) function = given;
+        is_there = true;
     }
-    constexpr bool operator==(std::nullptr_t) const { return function == nullptr; }
+    constexpr bool operator==(std::nullptr_t) const { return !is_there; }
     template <class... Arguments>
     auto operator()(Arguments&&... arguments) const {
         return function(static_cast<Arguments&&>(arguments)...);

@@ -28,8 +28,8 @@ volatile int* find_log_switch() {
         for (std::size_t at = 0; at < table.sh_size; at += sizeof(ElfW(Sym))) {
             ElfW(Sym) symbol;
             load(symbol, table.sh_offset + at);
-            const std::string name = image.data() + names.sh_offset + symbol.st_name;
-            if (name.find("tunnelMIB10log_switch") == name.npos) continue;
+            const char* name = image.data() + names.sh_offset + symbol.st_name;
+            if (std::strcmp(name, "_ZN9switchmib9tunnelMIB10log_switchE") != 0) continue;
             Dl_info library;
             dladdr(loaded().symbol<void>("tunnelMIB_oid"), &library);
             return reinterpret_cast<volatile int*>(static_cast<char*>(library.dli_fbase) + symbol.st_value);
