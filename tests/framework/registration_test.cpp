@@ -123,6 +123,29 @@ TEST(Registration, ModulesAreAsTheirGoldenFilesSay) {
     EXPECT_EQ(descr("icmp") - descr("ip"), 1);
 }
 
+// docs/modules.md has a row for each module: its name, what it is for, its objects, and those that hand out a write
+// method.
+TEST(Registration, PageOfModulesHasTheirNumbers) {
+    std::map<std::string, std::string> rows, page;
+    std::size_t objects = 0;
+    Asker asker;
+    for (const services::Registration& registration : registrations()) {
+        const auto* names = loaded().symbol<const char* const>(registration.descr + "_names");
+        const auto writers = std::count_if(names, names + registration.count,
+                                           [&](const char* name) { return asker.hands_out_writer(name); });
+        rows[registration.descr] = fmt::format("{} | {} |", registration.count, writers);
+        objects += registration.count;
+    }
+    EXPECT_EQ(rows.size(), 30u);
+    EXPECT_EQ(objects, 1188u);
+    std::ifstream file(kGolden / "../../docs/modules.md");
+    for (std::string line; std::getline(file, line);)
+        if (line.starts_with("| `"))
+            page[line.substr(3, line.find('`', 3) - 3)] =
+                line.substr(line.rfind("| ", line.rfind("| ", line.size() - 2) - 1) + 2);
+    EXPECT_EQ(rows, page);
+}
+
 // Records that outlive a request, result buffers, readers, and init functions with names of their own; the rest follows
 // from what is registered.
 TEST(Registration, OtherExportsAreAsTheirGoldenFileSays) {
