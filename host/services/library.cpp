@@ -115,6 +115,14 @@ std::string file_of(void* handle, const std::string& path) {
     return dlinfo(handle, RTLD_DI_LINKMAP, &map) == 0 && *map->l_name != '\0' ? map->l_name : path;
 }
 
+// Word by word, for there may be memory between the variables that a sanitizer lets nobody touch.
+[[gnu::no_sanitize_address, gnu::noinline]] void copy(const std::uintptr_t* from, std::size_t words,
+                                                      std::uintptr_t* to) {
+    const volatile std::uintptr_t* word = from;
+    volatile std::uintptr_t* place = to;
+    for (; words > 0; --words) *place++ = *word++;
+}
+
 }  // namespace
 
 Library::Library(const std::string& path) : path_(path) {
@@ -149,14 +157,19 @@ Library::~Library() { dlclose(handle_); }
 void Library::initialise() {
     for (const std::string& name : exports_)
         if (name.ends_with(kInitSuffix)) reinterpret_cast<void (*)()>(symbol(name))();
+    variables_ = find_variables();
+    kept_.resize(variables_.size());
+    copy(variables_.data(), kept_.size(), kept_.data());
 }
+
+void Library::reset() const { copy(kept_.data(), kept_.size(), variables_.data()); }
 
 void* Library::symbol(const std::string& name) const {
     // The loader would look into the library's own dependencies too.
     return std::ranges::binary_search(exports_, name) ? dlsym(handle_, name.c_str()) : nullptr;
 }
 
-std::span<std::uintptr_t> Library::variables() const {
+std::span<std::uintptr_t> Library::find_variables() const {
     struct Range {
         ElfW(Addr) base, begin, end;
     } range{};

@@ -21,18 +21,22 @@ public:
     // Names of every symbol that the file exports, sorted (from its dynamic symbol table).
     const std::vector<std::string>& exports() const { return exports_; }
     // Calls every `*_snmp_init`, in the order of their names. Registrations appear in services().registrations.
+    // What its variables hold then is kept.
     void initialise();
     // Address of an exported symbol, null when there is none.
     void* symbol(const std::string& name) const;
-    // The memory of its variables that are not constant.
-    std::span<std::uintptr_t> variables() const;
+    // Gives its variables the values that they had after initialise(): what earlier requests left is forgotten.
+    void reset() const;
 
 private:
     void read_exports(const std::string& path);
+    std::span<std::uintptr_t> find_variables() const;
 
     std::string path_;
     void* handle_ = nullptr;
     std::vector<std::string> exports_;
+    std::span<std::uintptr_t> variables_;  // the memory of those that are not constant
+    std::vector<std::uintptr_t> kept_;
 };
 
 }  // namespace services

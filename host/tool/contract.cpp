@@ -179,7 +179,7 @@ private:
 class Contract {
 public:
     Contract(const services::Registry& registry, const services::Library& library)
-        : registry_(registry), probe_(registry, library) {}
+        : registry_(registry), library_(library), probe_(registry, library) {}
 
     std::vector<Json> of(const std::vector<Module>& modules) {
         for (const Module& module : modules) {
@@ -355,7 +355,7 @@ private:
                 return std::ranges::find(part.objects, first) != part.objects.end();
             }))
             return;
-        probe_.reset();
+        library_.reset();
         probe_.backend.situation.clear();
         agent::Engine engine(registry_);
         const Explanation explanation = explain(request, engine, registry_, probe_.backend);
@@ -379,6 +379,7 @@ private:
     }
 
     const services::Registry& registry_;
+    const services::Library& library_;
     Probe probe_;
     std::vector<Json> entries_;
     std::vector<Oid> rows_;

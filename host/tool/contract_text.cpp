@@ -102,13 +102,13 @@ private:
                 : answers == "library"
                     ? "asks no backend: the library answers, with a constant or the kernel's statistics"
                     : "never answers";
-        item(0, text);
+        item(1, text);
         if (!entry.contains("takes")) return;
         const Json& takes = entry["takes"];
-        if (takes.is_string()) return item(0, "takes nothing by itself");
+        if (takes.is_string()) return item(1, "takes nothing by itself");
         text = "takes " + joined(takes["types"], plain, " or ");
         if (takes.contains("sizes")) text += " of " + joined(takes["sizes"], plain) + " octets";
-        item(0, text);
+        item(1, text);
     }
 
     static std::string values(const Json& entry) {

@@ -23,14 +23,6 @@ Octets number_octets(std::uint32_t number) {
     return octets;
 }
 
-// Word by word, for there may be memory between the variables that a sanitizer lets nobody touch.
-[[gnu::no_sanitize_address, gnu::noinline]] void copy(const std::uintptr_t* from, std::size_t words,
-                                                      std::uintptr_t* to) {
-    const volatile std::uintptr_t* word = from;
-    volatile std::uintptr_t* place = to;
-    for (; words > 0; --words) *place++ = *word++;
-}
-
 std::size_t answers_to(const Question& question) {
     if (question.is_row) return 1;
     return is_number(question) ? kNumbers.size() : kLists;
@@ -116,8 +108,7 @@ std::optional<std::string> RecordingBackend::interface_name(std::uint32_t ifinde
 }
 
 Probe::Probe(const services::Registry& registry, const services::Library& library)
-    : registry_(registry), engine_(registry), variables_(library.variables()), kept_(variables_.size()) {
-    copy(variables_.data(), variables_.size(), kept_.data());
+    : library_(library), engine_(registry) {
     services::services().backend = &backend;
     services::services().log = nullptr;
     backend.registry = &registry;
@@ -133,18 +124,16 @@ Probe::Probe(const services::Registry& registry, const services::Library& librar
 }
 
 Probe::~Probe() {
-    reset();
+    library_.reset();
     services::services().backend = nullptr;
     services::services().context = {};
 }
 
 Outcome Probe::set(const services::Oid& name, const agent::Value& value) {
-    reset();
+    library_.reset();
     backend.record = {};
     engine_.set({{name, value}});
     return std::move(backend.record);
 }
-
-void Probe::reset() const { copy(kept_.data(), kept_.size(), variables_.data()); }
 
 }  // namespace tool

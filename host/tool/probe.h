@@ -74,7 +74,7 @@ public:
 
 class Probe {
 public:
-    // Keeps the library's state as it is now. Owns services().backend and log while it exists.
+    // Owns services().backend and log while it exists, and leaves the library as it was after its load.
     Probe(const services::Registry& registry, const services::Library& library);
     ~Probe();
     Probe(const Probe&) = delete;
@@ -82,17 +82,12 @@ public:
 
     RecordingBackend backend;
 
-    const services::Registry& registry() const { return registry_; }
     // One SET; `backend` says how it is answered.
     Outcome set(const services::Oid& name, const agent::Value& value);
-    // Puts the library's state back.
-    void reset() const;
 
 private:
-    const services::Registry& registry_;
+    const services::Library& library_;
     agent::Engine engine_;
-    std::span<std::uintptr_t> variables_;
-    std::vector<std::uintptr_t> kept_;
 };
 
 }  // namespace tool
