@@ -255,8 +255,8 @@ class Page:
             if item.entry["magic"] in magics:
                 kind = item.entry["type"]
                 text = f"{kind}: {RESULTS[kind]}"
-                if item.syntax:
-                    text += f"; {item.syntax.in_words()}"
+                if item.syntax and item.syntax.narrowed_in_words():
+                    text += f"; {item.syntax.narrowed_in_words()}"
                 rows.append((item.entry["magic"], link(item.name), escape(text)))
         parts.append("<p>The backend returns 0 and the value with its length"
                      + (", and after a GETNEXT the row’s index in the key" if is_table else "")

@@ -26,10 +26,14 @@ class Syntax:
             return ""
         return f"{text} octets" if self.base == "OctetString" else text
 
-    def in_words(self):
+    def narrowed_in_words(self):
+        """The textual convention, and the named numbers or ranges."""
         names = ", ".join(f"{name}({number})" for number, name in self.names.items())
+        return ", ".join(filter(None, [*self.types[:1], names or self.ranges_in_words()]))
+
+    def in_words(self):
         base = [] if self.types else [BASE_NAMES.get(self.base, self.base)]
-        return ", ".join(filter(None, [*self.types[:1], *base, names or self.ranges_in_words()]))
+        return ", ".join(filter(None, [*base, self.narrowed_in_words()]))
 
 
 class Node:
