@@ -36,7 +36,7 @@ std::optional<std::string> beside_the_tool(const std::vector<std::string>& files
 
 std::string default_library() {
     constexpr const char* kName = "libswitchmib.so";
-    return beside_the_tool({kName, fmt::format("../lib/{}", kName)}).value_or(kName);
+    return beside_the_tool({kName, fmt::format("{}/{}", LIBRARY_FROM_MIBHOST, kName)}).value_or(kName);
 }
 
 std::string default_texts() {

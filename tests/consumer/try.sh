@@ -1,17 +1,25 @@
 #!/bin/sh
 # try.sh BUILD_DIR [CMAKE_ARGUMENT...]: what an integrator does with an installed library, from CMake and with
-# pkg-config, in C and in C++. CC is the C compiler, EMULATOR runs its programs.
+# pkg-config, in C and in C++. CC is the C compiler, EMULATOR runs its programs. Instead of a build, a directory into
+# which the packages were installed will do.
 set -eu
 here=$(dirname "$0")
 build=$1
 shift
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-prefix=$work/usr
 flags="-Wall -Wextra -Wpedantic -Werror"
 
-cmake --install "$build" --component library --prefix "$prefix" >"$work/log"
-version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
+if [ -e "$build/CMakeCache.txt" ]; then
+    prefix=$work/usr
+    for component in library development; do
+        cmake --install "$build" --component $component --prefix "$prefix" >"$work/log"
+    done
+    version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
+else
+    prefix=$build/usr
+    version=$(zcat "$prefix/share/doc/switchmib-dev/changelog.gz" | dpkg-parsechangelog -l - -S Version)
+fi
 
 expect() {  # PROGRAM
     ${EMULATOR-} "$1" >"$work/out"
