@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <map>
 #include <set>
 #include <sstream>
 
@@ -133,7 +134,7 @@ TEST(Registration, PageOfModulesHasTheirNumbers) {
         const auto* names = loaded().symbol<const char* const>(registration.descr + "_names");
         const auto writers = std::count_if(names, names + registration.count,
                                            [&](const char* name) { return asker.hands_out_writer(name); });
-        rows[registration.descr] = fmt::format("{} | {} |", registration.count, writers);
+        rows[registration.descr] = std::to_string(registration.count) + " | " + std::to_string(writers) + " |";
         objects += registration.count;
     }
     EXPECT_EQ(rows.size(), 30u);
