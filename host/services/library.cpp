@@ -195,6 +195,7 @@ std::span<std::uintptr_t> Library::find_variables() const {
     constexpr std::size_t kWord = sizeof(std::uintptr_t);
     range.begin = (range.begin + kWord - 1) / kWord * kWord;
     if (range.begin >= range.end) return {};
+    // NOLINTNEXTLINE(performance-no-int-to-ptr)
     return {reinterpret_cast<std::uintptr_t*>(range.begin), (range.end - range.begin + kWord - 1) / kWord};
 }
 
