@@ -213,7 +213,7 @@ struct RowCommand {
     Command (*of_key)(const Key&) = nullptr;
     Command (*of_request)(Key&, const Read&) = nullptr;
     Field zero = nullptr;
-    bool has_function = false;  // g++ under its sanitizers takes no comparison of an inline function's address as constant
+    bool has_function = false;  // under g++'s sanitizers an inline function's address is no constant to compare
 
     constexpr RowCommand() = default;
     constexpr RowCommand(const char* keyed) : number(keyed) { has_a_number(); }
