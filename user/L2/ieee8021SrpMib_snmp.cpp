@@ -16,13 +16,21 @@ struct ComponentKey {
 
 TABLE(ieee8021SrpBridgeBaseTable, IEEE8021SRPBRIDGEBASETABLE, 1, 1, 1, 1);
 
-// The two switches go out in the backend's current mode, which takes them wherever it is: no line enters a mode before.
-Error write_ieee8021SrpBridgeBaseMsrpEnabledStatus(Set& set) {
-    return set.row_line<ComponentKey>(kSubMode, {{1, "msrp global"}, {2, "no msrp global"}});
+// Goes out in the backend's current mode, which takes it wherever it is: no line enters a mode before.
+Error write_switch(const Set& set, Lines lines) {
+    std::int32_t status;
+    ComponentKey row;
+    const char* line;
+    TRY(set.integer(status));
+    TRY(set.row(row));
+    TRY(set.choose(lines, line));
+    return set.acting() ? set.sub(line) : noError;
 }
-
+Error write_ieee8021SrpBridgeBaseMsrpEnabledStatus(Set& set) {
+    return write_switch(set, {{1, "msrp global"}, {2, "no msrp global"}});
+}
 Error write_ieee8021SrpBridgeBaseMsrpTalkerPruning(Set& set) {
-    return set.row_line<ComponentKey>(kSubMode, {{1, "msrp talker-pruning"}, {2, "no msrp talker-pruning"}});
+    return write_switch(set, {{1, "msrp talker-pruning"}, {2, "no msrp talker-pruning"}});
 }
 
 Error write_ieee8021SrpBridgeBaseMsrpLatencyMaxFrameSize(Set& set) {

@@ -171,7 +171,7 @@ template <const auto& table>
             if (!show_row<table>(read, column, key, row, value)) return nullptr;
             if (value != nullptr && !read.exact) table.take(record, key);
         }
-        if (table.shown != nullptr) table.shown(read, key, value != nullptr);
+        if (table.shown != nullptr) table.shown(read, table.id.name, key, value != nullptr);
     }
     if (value != nullptr && !read.exact)
         build_name(entry.name, entry.namelen, read.name, read.name_length, shape_of<Key>, &key);

@@ -306,7 +306,7 @@ struct Table {
     Hook<void(const Read&, const char* table, const Command&)> formed = {};
     Hook<void(const Read&, const char* table, int result)> bad_index = {};  // called when the parse fails
     // Called after a show request: whether the backend answered, and the key of the row that it answered.
-    Hook<void(const Read&, const Key&, bool answered)> shown = {};
+    Hook<void(const Read&, const char* table, const Key&, bool answered)> shown = {};
     Result result = {};
     std::uint64_t request_class = 2;
     bool counts_index = false;  // the show request says how many index sub-identifiers were given

@@ -117,16 +117,6 @@ public:
 
     // Of a scalar, in global mode.
     Error scalar_line(Lines lines, int line = __builtin_LINE()) const;
-    // Of a column whose row the line does not name.
-    template <class Key>
-    Error row_line(Mode mode, Lines lines, int line = __builtin_LINE()) const {
-        Key key;
-        const char* text;
-        TRY(checked_value());
-        TRY(row(key));
-        TRY(choose(lines, text));
-        return acting() ? this->line(mode, text, line) : noError;
-    }
     // Of a column of a table keyed by ifIndex, in the interface's mode; the interface must have a name.
     Error interface_line(Lines lines, int line = __builtin_LINE()) const;
 

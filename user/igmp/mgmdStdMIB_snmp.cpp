@@ -62,9 +62,10 @@ const char* group_word(const Read& read, const InetAddress& group, std::uint32_t
 
 void trace_no_answer(const char* table) { LOG_TRACE("MGMD$return NULL$%s$%d\n", table, __LINE__); }
 
-void trace_answer(const Read& read, std::uint32_t ifindex, bool answered, const char* table) {
+template <class Key>
+void trace_answer(const Read& read, const char* table, const Key& row, bool answered) {
     if (!answered) return trace_no_answer(table);
-    LOG_TRACE("MGMD$exact:%d ifidx:%d $%s$%d\n", read.exact, ifindex, table, __LINE__);
+    LOG_TRACE("MGMD$exact:%d ifidx:%d $%s$%d\n", read.exact, row.ifindex, table, __LINE__);
 }
 
 // --- mgmdHostInterfaceTable ------------------------------------------------------------------------------------------
@@ -129,11 +130,10 @@ constexpr Table<ProtocolKey> mgmdRouterInterfaceTable{
     .formed = trace_shown,
     .bad_index = log_bad_index,
     .shown =
-        [](const Read& read, const ProtocolKey& row, bool answered) {
-            constexpr const char* kTable = MGMDROUTERINTERFACETABLE.name;
-            if (!answered) return trace_no_answer(kTable);
+        [](const Read& read, const char* table, const ProtocolKey& row, bool answered) {
+            if (!answered) return trace_no_answer(table);
             LOG_TRACE("MGMD$exact:%d key.idx:%d qr_type:%d var_len=%d$%s$%d\n", read.exact, row.idx, row.qr_type,
-                      static_cast<int>(*read.value_length), kTable, __LINE__);
+                      static_cast<int>(*read.value_length), table, __LINE__);
         },
     .result = RETVALUE_mgmdRouterInterfaceTable,
     .columns =
@@ -196,8 +196,7 @@ constexpr Table<GroupKey> mgmdRouterCacheTable{
     },
     .formed = trace_shown,
     .bad_index = log_bad_index,
-    .shown = [](const Read& read, const GroupKey& row,
-                bool answered) { trace_answer(read, row.ifindex, answered, MGMDROUTERCACHETABLE.name); },
+    .shown = trace_answer<GroupKey>,
     .result = RETVALUE_mgmdRouterCacheTable,
     .columns =
         {
@@ -245,8 +244,7 @@ constexpr Table<InverseKey> mgmdInverseRouterCacheTable{
     },
     .formed = trace_shown,
     .bad_index = log_bad_index,
-    .shown = [](const Read& read, const InverseKey& row,
-                bool answered) { trace_answer(read, row.ifindex, answered, MGMDINVERSEROUTERCACHETABLE.name); },
+    .shown = trace_answer<InverseKey>,
     .result = RETVALUE_mgmdInverseRouterCacheTable,
     .columns =
         {
@@ -292,8 +290,7 @@ constexpr Table<SourceKey> mgmdRouterSrcListTable{
     },
     .formed = trace_shown,
     .bad_index = log_bad_index,
-    .shown = [](const Read& read, const SourceKey& row,
-                bool answered) { trace_answer(read, row.ifindex, answered, MGMDROUTERSRCLISTTABLE.name); },
+    .shown = trace_answer<SourceKey>,
     .result = RETVALUE_mgmdRouterSrcListTable,
     .columns =
         {

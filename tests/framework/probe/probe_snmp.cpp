@@ -151,7 +151,7 @@ constexpr Table<Number, Record> probeOddTable{
     .formed = [](const Read& read, const char*,
                  const Command&) { anprintf(1, 0, 101, 0, "odd %d\n", read.entry->magic); },
     .bad_index = [](const Read&, const char*, int result) { anprintf(1, 0, 104, 0, "bad index %d\n", result); },
-    .shown = [](const Read&, const Number& key,
+    .shown = [](const Read&, const char*, const Number& key,
                 bool answered) { anprintf(1, 0, 101, 0, "%s %u\n", answered ? "row" : "none", key.number); },
     .request_class = 16384,
     .counts_index = true,
