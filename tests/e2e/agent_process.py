@@ -5,7 +5,7 @@ import re
 import signal
 import subprocess
 import sys
-import threading
+import tempfile
 import time
 
 ENTERPRISE = (1, 3, 6, 1, 4, 1, 32473)
@@ -28,6 +28,7 @@ TUNNEL_LOCAL_ADDRESS = TUNNEL_MIB + (1, 1, 1, 1, 9)
 TUNNEL_STATUS = TUNNEL_MIB + (1, 1, 3, 1, 7)
 PROXY_ARP_ROW_STATUS = PROXY_ARP_MIB + (1, 2, 1, 2)
 PORT1 = 5121
+LISTENING = r"127\.0\.0\.1:(\d+)"  # in the line that says where it listens
 
 
 class Failure(Exception):
@@ -48,40 +49,36 @@ class Agent:
 
     def __init__(self, mibhost, library, *options, start_seconds=20):
         command = [mibhost, "serve", "--library", library, "--listen", "127.0.0.1:0", *options]
-        self.process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
-                                        errors="replace")
-        self.lines = []
-        self.reading = True
-        self._changed = threading.Condition()
-        threading.Thread(target=self._read, daemon=True).start()
-        line = self.wait_for_line(r"127\.0\.0\.1:(\d+)", start_seconds)
-        self.port = int(re.search(r"127\.0\.0\.1:(\d+)", line).group(1))
+        # In a file, not a pipe: what was logged before an answer is there when the answer has come.
+        self._log = tempfile.TemporaryFile()
+        self._logged = []
+        self._read = 0  # octets of the log
+        self.process = subprocess.Popen(command, stdout=self._log, stderr=subprocess.STDOUT)
+        self.port = int(re.search(LISTENING, self._wait_for_line(LISTENING, start_seconds)).group(1))
 
-    def close_output(self):
-        """From the next line on its output is closed."""
-        self.reading = False
+    @property
+    def lines(self):
+        """What it has logged up to now."""
+        whole, _, _ = os.pread(self._log.fileno(), 1 << 30, self._read).rpartition(b"\n")
+        if whole:
+            self._read += len(whole) + 1
+            self._logged += whole.decode(errors="replace").split("\n")
+        return self._logged
 
-    def _read(self):
-        for line in self.process.stdout:
-            if not self.reading:
-                self.process.stdout.close()
-                return
-            with self._changed:
-                self.lines.append(line.rstrip("\n"))
-                self._changed.notify_all()
+    def sent(self, start):
+        """The configuration lines that it sent, accepted or not, from logged line `start` on."""
+        return [line.split('"')[1] for line in self.lines[start:] if "config mode" in line]
 
-    def wait_for_line(self, pattern, seconds=5, start=0):
-        """The first logged line from number `start` on that matches."""
+    def _wait_for_line(self, pattern, seconds):
         deadline = time.monotonic() + seconds
-        with self._changed:
-            while True:
-                for line in self.lines[start:]:
-                    if re.search(pattern, line):
-                        return line
-                left = deadline - time.monotonic()
-                if left <= 0 or (self.process.poll() is not None and not self._changed.wait(0.2)):
-                    raise Failure(f"mibhost printed no line like {pattern!r}, but:\n" + "\n".join(self.lines[start:]))
-                self._changed.wait(left)
+        while True:
+            ended = self.process.poll() is not None
+            found = next((line for line in self.lines if re.search(pattern, line)), None)
+            if found:
+                return found
+            if ended or time.monotonic() > deadline:
+                raise Failure(f"mibhost printed no line like {pattern!r}, but:\n" + "\n".join(self.lines))
+            time.sleep(0.01)
 
     def stop(self, with_signal=signal.SIGINT, seconds=10):
         """Ends it as Ctrl-C does; the exit code."""

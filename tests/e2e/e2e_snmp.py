@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Walks, gets and sets a running agent with an SNMP client that is not part of this project: pysnmp."""
 
+import re
 import signal
 import socket
 import subprocess
@@ -14,8 +15,8 @@ from pysnmp.proto.rfc1902 import Counter32, Gauge32, Integer32, OctetString, Tim
 sys.dont_write_bytecode = True  # nothing is left in the source tree
 
 from agent_process import (
-    IF_ALIAS, IF_DESCR, IF_MIB, IF_NUMBER, INTERFACES, IP_MCAST_MIB, PORT1, PROXY_ARP_ROW_STATUS, SNMP,
-    SWITCH_PORT_MIB, SW_PORT_SPEED, SYSTEM, TUNNEL_LOCAL_ADDRESS, TUNNEL_MIB, TUNNEL_STATUS,
+    IF_ALIAS, IF_DESCR, IF_MIB, IF_NUMBER, INTERFACES, IP_MCAST_MIB, LISTENING, PORT1, PROXY_ARP_ROW_STATUS,
+    SNMP, SWITCH_PORT_MIB, SW_PORT_SPEED, SYSTEM, TUNNEL_LOCAL_ADDRESS, TUNNEL_MIB, TUNNEL_STATUS,
     VLAN_INTERFACE_MIB, VLAN_INTERFACE_ROW_STATUS, Agent, check, dotted, main)
 from snmp_client import COUNTER64, END_OF_MIB_VIEW, NO_SUCH_INSTANCE, NO_SUCH_OBJECT, V1, Client
 
@@ -71,10 +72,8 @@ def check_set(agent, client, pairs, lines, after):
     start = len(agent.lines)
     answer = client.set(*pairs)
     check(answer == (0, 0), f"SET for {lines}: error status and index {answer}")
-    for line in lines:
-        agent.wait_for_line(f'config .*"{line}"', start=start)
-    sent = [line for line in agent.lines[start:] if "config mode" in line]
-    check(len(sent) == len(lines), f"SET for {lines} sent {sent}")
+    sent = agent.sent(start)
+    check(sent == lines, f"SET for {lines} sent {sent}")
     for name, value in after:
         walked = dict(client.walk(name[:-1]))
         check(walked.get(name) == value, f"after {lines}: {dotted(name)} is {walked.get(name)}, not {value}")
@@ -149,7 +148,7 @@ def check_refusals(agent):
         answer = client.set(*bindings)
         check(answer == (status, index), f"{title}: error status and index {answer}, not {(status, index)}")
     check(reader.value(alias) == before, "a refused SET changed ifAlias")
-    sent = [line for line in agent.lines[start:] if "config mode" in line]
+    sent = agent.sent(start)
     check(not sent, f"refused SETs sent {sent}")
     print(f"refused: {len(cases)} SETs by error status and index, and wrong communities")
 
@@ -231,11 +230,17 @@ def check_system(agent):
 
 def check_closed_output(mibhost, library):
     """The reader of the log is gone, and the agent goes on."""
-    with Agent(mibhost, library, "-v", "--freeze") as agent:
-        agent.close_output()
-        for _ in range(3):
-            Client(agent.port).walk(IF_DESCR)
-        check(agent.stop(signal.SIGTERM) == 0, f"exit code {agent.process.returncode} with its output closed")
+    with subprocess.Popen([mibhost, "serve", "-v", "--library", library, "--listen", "127.0.0.1:0"],
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True) as process:
+        try:
+            port = next(int(found.group(1)) for line in process.stdout if (found := re.search(LISTENING, line)))
+            process.stdout.close()
+            for _ in range(3):
+                Client(port).walk(IF_DESCR)
+            process.terminate()
+            check(process.wait(10) == 0, f"exit code {process.returncode} with its output closed")
+        finally:
+            process.kill()
     print("a closed output does not end it")
 
 
