@@ -44,13 +44,7 @@ constexpr Table<InterfaceKey> dot3StatsTable{
 
 TABLE(dot3CollTable, DOT3COLLTABLE, 5, 1);
 
-struct CollisionKey {
-    std::uint32_t ifindex;
-    std::uint32_t collisions;
-    static constexpr Kind index[] = {Kind::integer, Kind::integer};
-};
-
-constexpr Table<CollisionKey> dot3CollTable{
+constexpr Table<InterfaceKey> dot3CollTable{
     .id = DOT3COLLTABLE,
     .answers = false,
     .columns =

@@ -88,10 +88,13 @@ typedef struct {
     uint16_t objects;   // how many
     uint16_t key_size;  // octets of the record that a show request gets; 0 for a scalar group
     uint8_t answers;    // 0: registered, and never answers
-    uint8_t fields;     // index fields, at most 5; 0 for a scalar group
-    uint8_t kind[5];    // the index kind of each field
-    uint8_t octets[5];  // its octets in the key
+    uint8_t fields;     // index fields, at most 4; 0 for a scalar group
+    uint8_t kind[4];    // the index kind of each field
+    uint8_t octets[4];  // its octets in the key
 } GroupInfo;
+static_assert(offsetof(GroupInfo, first) == sizeof(char*) && offsetof(GroupInfo, kind) == sizeof(char*) + 8 &&
+                  offsetof(GroupInfo, octets) == sizeof(char*) + 12 && sizeof(GroupInfo) == sizeof(char*) + 16,
+              "the tools' layout");
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Services: the agent

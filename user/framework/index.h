@@ -62,7 +62,7 @@ struct KeyShape {
         std::uint8_t octets;
         std::uint8_t offset;
     };
-    static constexpr std::size_t kMaxFields = 5;
+    static constexpr std::size_t kMaxFields = 4;
     static constexpr std::size_t kMaxSize = 96;
 
     std::uint8_t size;  // octets of the whole key
