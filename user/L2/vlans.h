@@ -30,8 +30,7 @@ Error bridge_row(const Set& set, Key& row) {
 // A number that the backend has for a writer; 0 when it is refused.
 inline std::uint32_t number_of(const Set& set, const Command& show, int column) {
     std::uint32_t number = 0;
-    set.lookup(show, column, &number, sizeof number);
-    return number;
+    return set.lookup(show, column, &number, sizeof number) ? number : 0;
 }
 
 // --- ports of a VLAN -------------------------------------------------------------------------------------------------
@@ -371,7 +370,10 @@ struct BindingRow : StagedRow<false, P::status_stages_in_commit> {
     static constexpr int vlan_column = 3, priority_column = 4;
 
     Error check(const Set&) { return Set::interface_name(key.ifindex, name); }
-    void stage(std::uint32_t vid) const { staged = {key.ifindex, key.group, vid, 0, 0}; }
+    // A table without a priority leaves the staged one to the table that has it.
+    void stage(std::uint32_t vid) const {
+        staged = {key.ifindex, key.group, vid, P::has_priority ? 0 : staged.priority, 0};
+    }
     std::uint32_t current(const Set& set, int column) const {
         return P::has_priority ? number_of(set, show_binding("", key), column) : 0;
     }

@@ -495,8 +495,10 @@ TEST_P(ProtocolVlans, BindingIsAppliedByItsRowStatus) {
     // The interface is the row status's own, the rest is staged.
     EXPECT_THAT(lines(), ElementsAre("5 interface port2", bound(7, 10, 0)));
     for (const int field : {kIfIndex, kPortGroup, kVlan, kPriority}) EXPECT_EQ(port_record[field], 0u);
+    port_record[kPriority] = 6;  // as the table that has one stages it
     EXPECT_EQ(write(reserve1, vlan(with({5121, 7}), 10)), noError);
     EXPECT_EQ(port_record[kIfIndex], 5121u);
+    EXPECT_EQ(port_record[kPriority], module.has_priority ? 0u : 6u);
     refused_line = sent.size() + 1;
     EXPECT_EQ(write(action, vlan_status(with({5121, 7}), createAndGo)), genErr);
     EXPECT_EQ(port_record[kVlan], 10u);
