@@ -52,7 +52,7 @@ std::string to_hex(const Octets& octets) {
     return text;
 }
 
-Octets text(const std::string& octets) { return {octets.begin(), octets.end()}; }
+Octets octets_of(const std::string& text) { return {text.begin(), text.end()}; }
 
 const Oid kRoot{1, 3, 6, 1, 4, 1, 32473, 7};
 
@@ -212,7 +212,7 @@ protected:
                 script.rows[below({object, row})] = Value::integer(static_cast<std::int32_t>(10 * object + row)).octets;
             script.rows[below({3, row})] = Value::counter64(0x100000000 + row).octets;
         }
-        script.rows[below({4, 0})] = text("hello");
+        script.rows[below({4, 0})] = octets_of("hello");
     }
 
     Octets request(std::uint8_t pdu, const std::vector<Varbind>& varbinds, std::int32_t version = kVersion2c,
@@ -307,7 +307,7 @@ TEST_F(AgentTest, GetDistinguishesValuesFromWhatIsMissing) {
     std::vector<Value> values;
     for (const Varbind& varbind : response.varbinds) values.push_back(varbind.value);
     EXPECT_THAT(values,
-                ElementsAre(Value::integer(12), Value::counter64(0x100000001), Value::octet_string(text("hello")),
+                ElementsAre(Value::integer(12), Value::counter64(0x100000001), Value::octet_string(octets_of("hello")),
                             Value{kNoSuchInstance, {}}, Value{kNoSuchObject, {}}));
 }
 
@@ -614,7 +614,7 @@ TEST_F(SetTest, ValuesArriveInMachineOrder) {
     ASSERT_EQ(script.values.size(), 12u);
     EXPECT_EQ(script.values[0], Value::integer(-2).octets);
     EXPECT_EQ(script.values[1], Value::unsigned32(kGauge32, 4000000000).octets);
-    EXPECT_EQ(script.values[2], text("ab"));
+    EXPECT_EQ(script.values[2], octets_of("ab"));
 }
 
 // --- the agent's own groups ------------------------------------------------------------------------------------------
@@ -622,7 +622,7 @@ TEST_F(SetTest, ValuesArriveInMachineOrder) {
 namespace {
 
 const Oid kSystem{1, 3, 6, 1, 2, 1, 1};
-const Oid kSnmp{1, 3, 6, 1, 2, 1, 11};
+const Oid kSnmpGroup{1, 3, 6, 1, 2, 1, 11};
 const Oid kContact{1, 3, 6, 1, 2, 1, 1, 4, 0};
 const Oid kName{1, 3, 6, 1, 2, 1, 1, 5, 0};
 
@@ -662,14 +662,14 @@ TEST_F(StandardGroupsTest, AreWalkedBeforeTheModules) {
     for (const char* object : {"1.0", "2.0", "3.0", "4.0", "5.0", "6.0", "7.0", "8.0", "9.1.2.1", "9.1.3.1", "9.1.4.1"})
         expected.push_back(services::to_string(kSystem) + '.' + object);
     for (const char* object : {"1.0", "3.0", "4.0", "5.0", "6.0", "30.0", "31.0", "32.0"})
-        expected.push_back(services::to_string(kSnmp) + '.' + object);
+        expected.push_back(services::to_string(kSnmpGroup) + '.' + object);
     ASSERT_GT(names.size(), expected.size());
     names.resize(expected.size());
     EXPECT_EQ(names, expected);
 
     EXPECT_EQ(get({1, 3, 6, 1, 2, 1, 1, 3, 0}), Value::unsigned32(kTimeTicks, 12345));
     EXPECT_EQ(get({1, 3, 6, 1, 2, 1, 1, 9, 1, 2, 1}), Value::object_id(kRoot));
-    EXPECT_EQ(get({1, 3, 6, 1, 2, 1, 1, 9, 1, 3, 1}), Value::octet_string(text("scripted")));
+    EXPECT_EQ(get({1, 3, 6, 1, 2, 1, 1, 9, 1, 3, 1}), Value::octet_string(octets_of("scripted")));
     for (const Oid& index : {Oid{0}, Oid{2}, Oid{1, 0}, Oid{4294967295}, Oid{}}) {
         Oid name{1, 3, 6, 1, 2, 1, 1, 9, 1, 2};
         name.insert(name.end(), index.begin(), index.end());
@@ -679,7 +679,7 @@ TEST_F(StandardGroupsTest, AreWalkedBeforeTheModules) {
 }
 
 TEST_F(StandardGroupsTest, TextsAreSetAsAWholeRequestOrNotAtAll) {
-    const auto value = [](const std::string& octets) { return Value::octet_string(text(octets)); };
+    const auto value = [](const std::string& octets) { return Value::octet_string(octets_of(octets)); };
     const Value before = get(kName);
     EXPECT_EQ(set({{kName, value("lab")}, {kContact, value(std::string(255, 'x'))}}), Error());
     EXPECT_EQ(get(kName), value("lab"));
@@ -708,7 +708,7 @@ TEST_F(StandardGroupsTest, SnmpCountsWhatCameIn) {
         std::memcpy(&number, value.octets.data(), sizeof number);
         return number;
     };
-    own_responder.respond(text("garbage"));
+    own_responder.respond(octets_of("garbage"));
     own_responder.respond(request(kGetRequest, {{below({1, 1}), Value::counter64(1)}}, kVersion1));
     for (int i = 0; i < 3; ++i) own_responder.respond(request(kGetRequest, {}, 7));
     for (int i = 0; i < 4; ++i) own_responder.respond(request(kGetRequest, {}, kVersion2c, "stranger"));
@@ -768,7 +768,7 @@ TEST_F(AgentTest, TheServerAnswersDatagramsUntilItIsStopped) {
 
     Client client("127.0.0.1", server.port());
     for (int round = 0; round < 3; ++round) {
-        client.send(text("garbage"));
+        client.send(octets_of("garbage"));
         client.send({});
         client.send(request(kGetRequest, unbound({below({1, 1})})));
         const auto response = client.receive();

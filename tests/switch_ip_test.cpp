@@ -11,7 +11,7 @@ namespace {
 using std::chrono::seconds;
 
 constexpr oid kVlan1 = 1025, kVlan10 = 1034, kVlan30 = 1054;  // the last one is in the VRF red
-constexpr int kCreate = 4, kDestroy = 6, kDynamic = 3, kStatic = 4;
+constexpr int kDynamic = 3, kStatic = 4;
 
 Index ipv4(oid a, oid b, oid c, oid d) { return {1, 4, a, b, c, d}; }
 Index ipv6(oid subnet, oid host) { return {2, 16, 0x20, 1, 0xd, 0xb8, 0, 0, 0, subnet, 0, 0, 0, 0, 0, 0, 0, host}; }
@@ -22,7 +22,7 @@ Index connected(const Index& network, oid bits) {
 }
 Index neighbour(oid ifindex, const Index& address) { return join({{ifindex}, address}); }
 
-const std::string kMac{'\x00', '\x1f', '\x2e', '\x03', '\x04', '\x05'};
+const std::string kStationMac{'\x00', '\x1f', '\x2e', '\x03', '\x04', '\x05'};
 
 class Ip : public OnSwitch {
 protected:
@@ -44,7 +44,7 @@ TEST_F(Ip, AddressBringsAndTakesItsPrefixAndRoute) {
         const oid bits = network[0] == 1 ? 24 : 64;
         const Index row = join({{kVlan10}, prefix(network, bits)}), route = connected(network, bits);
         now_ += seconds(10);
-        EXPECT_EQ(address(first, kVlan10, kCreate), 0);
+        EXPECT_EQ(address(first, kVlan10, createAndGo), 0);
         EXPECT_EQ(get("ipAddressIfIndex", first), kVlan10);
         EXPECT_EQ(get("ipAddressStatus", first), 1);
         EXPECT_EQ(get("ipAddressPrefixOnLinkFlag", row), 1);
@@ -54,30 +54,30 @@ TEST_F(Ip, AddressBringsAndTakesItsPrefixAndRoute) {
         // The last address of a network takes it.
         Index second = first;
         second.back() = 9;
-        EXPECT_EQ(address(second, kVlan10, kCreate), 0);
-        EXPECT_EQ(address(first, kVlan10, kDestroy), 0);
+        EXPECT_EQ(address(second, kVlan10, createAndGo), 0);
+        EXPECT_EQ(address(first, kVlan10, destroy), 0);
         EXPECT_EQ(get("inetCidrRouteProto", route), 2);
-        EXPECT_EQ(address(second, kVlan10, kDestroy), 0);
+        EXPECT_EQ(address(second, kVlan10, destroy), 0);
         for (const Index& gone : {first, second}) EXPECT_EQ(get("ipAddressIfIndex", gone), kNone);
         EXPECT_EQ(get("ipAddressPrefixOnLinkFlag", row), kNone);
         EXPECT_EQ(get("inetCidrRouteProto", route), kNone);
     }
     // From a port's row the line has no interface; the switch knows where the address is.
-    EXPECT_EQ(address(ipv6(40, 1), kVlan10, kCreate), 0);
-    EXPECT_EQ(address(ipv6(40, 1), 5121, kDestroy), 0);
+    EXPECT_EQ(address(ipv6(40, 1), kVlan10, createAndGo), 0);
+    EXPECT_EQ(address(ipv6(40, 1), 5121, destroy), 0);
     EXPECT_EQ(get("ipAddressIfIndex", ipv6(40, 1)), kNone);
 }
 
 TEST_F(Ip, AddressThatFitsNoInterfaceIsRefused) {
-    expect_refused(address(ipv4(10, 0, 10, 1), kVlan10, kCreate), "there is such an address");
-    expect_refused(address(ipv4(10, 0, 10, 9), kVlan1, kCreate), "another interface is in that network");
-    expect_refused(address(ipv6(10, 9), kVlan1, kCreate), "another interface is in that network");
-    expect_refused(address(ipv4(224, 0, 0, 1), kVlan10, kCreate), "not one of a host");
-    expect_refused(address(ipv4(10, 0, 40, 1), 5121, kCreate), "no such IP interface");
-    expect_refused(address(ipv4(10, 0, 40, 1), 1035, kCreate), "no such IP interface");
-    expect_refused(address(ipv4(10, 0, 10, 1), kVlan1, kDestroy), "does not have that address");
-    expect_refused(address(ipv6(40, 1), kVlan10, kDestroy), "does not have that address");
-    expect_refused(address(ipv6(40, 1), 5121, kDestroy), "no such address");
+    expect_refused(address(ipv4(10, 0, 10, 1), kVlan10, createAndGo), "there is such an address");
+    expect_refused(address(ipv4(10, 0, 10, 9), kVlan1, createAndGo), "another interface is in that network");
+    expect_refused(address(ipv6(10, 9), kVlan1, createAndGo), "another interface is in that network");
+    expect_refused(address(ipv4(224, 0, 0, 1), kVlan10, createAndGo), "not one of a host");
+    expect_refused(address(ipv4(10, 0, 40, 1), 5121, createAndGo), "no such IP interface");
+    expect_refused(address(ipv4(10, 0, 40, 1), 1035, createAndGo), "no such IP interface");
+    expect_refused(address(ipv4(10, 0, 10, 1), kVlan1, destroy), "does not have that address");
+    expect_refused(address(ipv6(40, 1), kVlan10, destroy), "does not have that address");
+    expect_refused(address(ipv6(40, 1), 5121, destroy), "no such address");
 }
 
 TEST_F(Ip, InterfaceTakesAllThatItHas) {
@@ -87,7 +87,7 @@ TEST_F(Ip, InterfaceTakesAllThatItHas) {
     EXPECT_EQ(get("ipNetToPhysicalType", neighbour(kVlan10, ipv4(10, 0, 10, 2))), kNone);
     EXPECT_EQ(set({{"ifAdminStatus", {kVlan10}, 1}}), 0);
     EXPECT_EQ(get("ipNetToPhysicalType", neighbour(kVlan10, ipv4(10, 0, 10, 2))), kDynamic);
-    EXPECT_EQ(set({{"nVlanInterfaceRowStatus", {10}, kDestroy}}), 0);
+    EXPECT_EQ(set({{"nVlanInterfaceRowStatus", {10}, destroy}}), 0);
     const std::pair<const char*, std::size_t> counts[] = {
         {"ipAddressIfIndex", 2},     {"ipAddressPrefixOrigin", 2},   {"ipNetToPhysicalType", 5},
         {"ipv4InterfaceIfIndex", 1}, {"ipv6InterfaceForwarding", 2}, {"ipv6RouterAdvertIfIndex", 1},
@@ -96,7 +96,7 @@ TEST_F(Ip, InterfaceTakesAllThatItHas) {
     for (const auto& [object, count] : counts) EXPECT_EQ(rows(object).size(), count) << object;
     EXPECT_EQ(get("inetCidrRouteProto", connected(ipv4(10, 0, 10, 0), 24)), kNone);
     // A new one has IPv6 switched off.
-    EXPECT_EQ(set({{"nVlanInterfaceRowStatus", {10}, kCreate}}), 0);
+    EXPECT_EQ(set({{"nVlanInterfaceRowStatus", {10}, createAndGo}}), 0);
     EXPECT_EQ(get("ipv6InterfaceEnableStatus", {kVlan10}), 2);
     expect({{"ipv6InterfaceEnableStatus", {kVlan10}, 1}});
 }
@@ -112,7 +112,7 @@ TEST_F(Ip, VrfsHaveRowsOfTheirOwn) {
     EXPECT_EQ(std::get<0>(rows_of("")).size(), 4u);
     EXPECT_EQ(std::get<0>(rows_of("blue")).size(), 0u);
     // What is written goes by the interface, whatever the request's VRF: the network is another one in each.
-    EXPECT_EQ(address(ipv4(10, 0, 10, 9), kVlan30, kCreate), 0);
+    EXPECT_EQ(address(ipv4(10, 0, 10, 9), kVlan30, createAndGo), 0);
     EXPECT_EQ(get("ipAddressIfIndex", ipv4(10, 0, 10, 9)), kNone);
     services::services().context.vrf = "red";
     EXPECT_EQ(get("ipAddressIfIndex", ipv4(10, 0, 10, 9)), kVlan30);
@@ -125,7 +125,7 @@ TEST_F(Ip, VrfsHaveRowsOfTheirOwn) {
 class Neighbours : public Ip {
 protected:
     using Ip::Ip;
-    int physical_address(const Index& row, const std::string& mac = kMac) {
+    int physical_address(const Index& row, const std::string& mac = kStationMac) {
         return set({{"ipNetToPhysicalPhysAddress", row, mac}});
     }
     int status(const Index& row, int type, int value) {
@@ -138,20 +138,20 @@ TEST_F(Neighbours, StaticOnesComeByTheirPhysicalAddressAlone) {
     const Index row = neighbour(kVlan10, ipv4(10, 0, 10, 77)), learned = neighbour(kVlan10, ipv4(10, 0, 10, 2));
     // The type that was written last is the library's, from whatever test.
     EXPECT_EQ(set({{"ipNetToPhysicalType", row, kStatic},
-                   {"ipNetToPhysicalPhysAddress", row, kMac},
-                   {"ipNetToPhysicalRowStatus", row, kCreate}}),
+                   {"ipNetToPhysicalPhysAddress", row, kStationMac},
+                   {"ipNetToPhysicalRowStatus", row, createAndGo}}),
               0);
-    EXPECT_EQ(get("ipNetToPhysicalPhysAddress", row), kMac);
+    EXPECT_EQ(get("ipNetToPhysicalPhysAddress", row), kStationMac);
     EXPECT_EQ(type(row), kStatic);
     EXPECT_EQ(get("ipNetToPhysicalState", row), 1);
     expect({{"ipNetToPhysicalPhysAddress", row, "\x02\x10\x20\x30\x40\x50"},
-            {"ipNetToPhysicalPhysAddress", learned, kMac}});
+            {"ipNetToPhysicalPhysAddress", learned, kStationMac}});
     EXPECT_EQ(type(learned), kStatic);
     for (const Index& gone : {row, learned}) {
-        EXPECT_EQ(status(gone, kStatic, kDestroy), 0);
+        EXPECT_EQ(status(gone, kStatic, destroy), 0);
         EXPECT_EQ(type(gone), kNone);
     }
-    expect_refused(status(row, kStatic, kDestroy), "no such static neighbour");
+    expect_refused(status(row, kStatic, destroy), "no such static neighbour");
     expect_refused(physical_address(neighbour(kVlan10, ipv4(10, 0, 11, 77))), "not in that network");
     expect_refused(physical_address(neighbour(kVlan10, ipv4(10, 0, 10, 1))), "the switch's own");
     expect_refused(physical_address(row, std::string(6, '\xff')), "not one of a station");
@@ -163,10 +163,10 @@ TEST_F(Neighbours, LearnedOnesAreClearedAndLearnedAgain) {
     std::set<std::int64_t> states;
     for (; now_ < seconds(300); now_ += seconds(30)) states.insert(get("ipNetToPhysicalState", row).number());
     EXPECT_EQ(states, (std::set<std::int64_t>{1, 2}));
-    EXPECT_EQ(status(row, kDynamic, kDestroy), 0);
+    EXPECT_EQ(status(row, kDynamic, destroy), 0);
     EXPECT_EQ(type(row), kNone);
-    expect_refused(status(row, kDynamic, kDestroy), "no such learned neighbour");
-    expect_refused(status(fixed, kDynamic, kDestroy), "no such learned neighbour");
+    expect_refused(status(row, kDynamic, destroy), "no such learned neighbour");
+    expect_refused(status(fixed, kDynamic, destroy), "no such learned neighbour");
     now_ += seconds(31);
     EXPECT_EQ(type(row), kDynamic);
     // They have the MAC addresses that the forwarding database has.
@@ -179,10 +179,10 @@ TEST_F(Neighbours, Ipv6OnesAreOnlyRemoved) {
     const Index row = neighbour(kVlan10, ipv6(10, 77)), fixed = neighbour(kVlan1, ipv6(1, 123));
     EXPECT_EQ(set({{"ipNetToPhysicalType", row, kStatic}, {"ipAddressIfIndex", ipv6(10, 1), kVlan10}}), 0);
     expect_refused(physical_address(row), "'2001:db8:0:a::4d' does not fit");
-    EXPECT_EQ(set({{"ipNetToPhysicalRowStatus", row, kCreate}}), 0);
+    EXPECT_EQ(set({{"ipNetToPhysicalRowStatus", row, createAndGo}}), 0);
     EXPECT_EQ(type(row), kNone);
     EXPECT_EQ(type(fixed), kStatic);
-    EXPECT_EQ(status(fixed, kStatic, kDestroy), 0);
+    EXPECT_EQ(status(fixed, kStatic, destroy), 0);
     EXPECT_EQ(type(fixed), kNone);
 }
 
@@ -201,7 +201,7 @@ TEST_F(ManyNeighbours, AreInANetworkThatHasRoomForThem) {
 
 class Adverts : public Ip {
 protected:
-    Adverts() { set({{"ipv6RouterAdvertRowStatus", {kVlan30}, kDestroy}}); }  // what other tests left waiting
+    Adverts() { set({{"ipv6RouterAdvertRowStatus", {kVlan30}, destroy}}); }  // what other tests left waiting
 };
 
 TEST_F(Adverts, OfAnInterfaceAreSet) {
@@ -234,15 +234,15 @@ TEST_F(Adverts, BeginWithOneValueAndTakeTheOthersThen) {
     EXPECT_EQ(set({{"ipv6RouterAdvertMaxInterval", {kVlan10}, 100},
                    {"ipv6RouterAdvertMinInterval", {kVlan10}, 50},
                    {"ipv6RouterAdvertCurHopLimit", {kVlan10}, 12},
-                   {"ipv6RouterAdvertRowStatus", {kVlan10}, kCreate}}),
+                   {"ipv6RouterAdvertRowStatus", {kVlan10}, createAndGo}}),
               0);
     EXPECT_EQ(get("ipv6RouterAdvertMaxInterval", {kVlan10}), 100);
     EXPECT_EQ(get("ipv6RouterAdvertMinInterval", {kVlan10}), 50);
     EXPECT_EQ(get("ipv6RouterAdvertCurHopLimit", {kVlan10}), 64);
-    EXPECT_EQ(set({{"ipv6RouterAdvertRowStatus", {kVlan10}, kCreate}}), 0);
+    EXPECT_EQ(set({{"ipv6RouterAdvertRowStatus", {kVlan10}, createAndGo}}), 0);
     EXPECT_EQ(get("ipv6RouterAdvertCurHopLimit", {kVlan10}), 12);
     expect({{"ipv6RouterAdvertSendAdverts", {kVlan10}, 1}});
-    EXPECT_EQ(set({{"ipv6RouterAdvertRowStatus", {kVlan10}, kDestroy}}), 0);
+    EXPECT_EQ(set({{"ipv6RouterAdvertRowStatus", {kVlan10}, destroy}}), 0);
     EXPECT_EQ(get("ipv6RouterAdvertSendAdverts", {kVlan10}), kNone);
 }
 

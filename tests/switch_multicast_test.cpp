@@ -10,7 +10,7 @@ namespace {
 
 using std::chrono::seconds;
 
-const Index kVlan1{1025}, kVlan10{1034};
+const Index kRow1{1025}, kRow10{1034};
 const Index kGroup{1, 4, 239, 9, 9, 9};
 
 // A list of ports as it is written: what counts are the last 12 octets of 652.
@@ -50,15 +50,15 @@ protected:
 TEST_F(MulticastSwitch, HasTheGroupsOfSnooping) {
     EXPECT_EQ(expect_agreement(), 3u);
     now_ = seconds(60);
-    const Index row = join({kGroup, kVlan10});
-    const auto member = [](oid port) { return join({{5120 + port}, kVlan10, kGroup}); };
+    const Index row = join({kGroup, kRow10});
+    const auto member = [](oid port) { return join({{5120 + port}, kRow10, kGroup}); };
     for (const oid port : {5u, 6u}) EXPECT_EQ(set({{"mgmdIgmpSnpGroupStatus", member(port), 4}}), 0);
     EXPECT_EQ(set({{"mgmdIgmpSnpGroupSrcStatus", join({member(5), {1, 4, 10, 0, 0, 7}}), 4}}), 0);
     EXPECT_EQ(expect_agreement(), 4u);
     EXPECT_EQ(get("mgmdRouterCacheExpiryTime", row), 0);  // configured
     EXPECT_EQ(get("mgmdRouterCacheSourceFilterMode", row), 2);
     EXPECT_EQ(get("mgmdRouterCacheLastReporter", row), std::string(4, '\0'));
-    EXPECT_EQ(get("mgmdInverseRouterCacheAddress", join({kVlan10, kGroup})), "\xef\x09\x09\x09");
+    EXPECT_EQ(get("mgmdInverseRouterCacheAddress", join({kRow10, kGroup})), "\xef\x09\x09\x09");
     EXPECT_EQ(get("mgmdRouterInterfaceJoins", {1034, 1}), 6);
     EXPECT_EQ(set({{"mgmdIgmpSnpGroupStatus", member(5), 6}}), 0);
     EXPECT_EQ(expect_agreement(), 4u);  // port 6 still wants it
@@ -116,22 +116,22 @@ TEST_F(MulticastSwitch, RenewsMembershipsAtEachQuery) {
 
 TEST_F(MulticastSwitch, LimitsGroupsAndAccessOnInterfaces) {
     for (const char* limit : {"mgmdIgmpLimit", "mgmdMldLimit"}) {
-        expect({{limit, kVlan1, 1}, {limit, kVlan1, 2048}, {limit, {5121}, 5, "not a VLAN interface"}});
-        EXPECT_EQ(set({{limit, kVlan1, 0}}), 0);
-        EXPECT_EQ(get(limit, kVlan1), kNone);
+        expect({{limit, kRow1, 1}, {limit, kRow1, 2048}, {limit, {5121}, 5, "not a VLAN interface"}});
+        EXPECT_EQ(set({{limit, kRow1, 0}}), 0);
+        EXPECT_EQ(get(limit, kRow1), kNone);
     }
     // MLD's status sets IGMP's access group.
     for (const std::string protocol : {"mgmdIgmp", "mgmdMld"}) {
         const std::string name = protocol + "AccessGroup", status = protocol + "AccGrpStatus";
-        EXPECT_EQ(set({{name, kVlan1, protocol}, {status, kVlan1, 4}}), 0);
-        EXPECT_EQ(get("mgmdIgmpAccessGroup", kVlan1), protocol);
-        EXPECT_EQ(get("mgmdIgmpAccGrpStatus", kVlan1), 1);
-        EXPECT_EQ(get("mgmdMldAccessGroup", kVlan1), kNone);
-        EXPECT_EQ(set({{status, kVlan1, 6}}), 0);
-        EXPECT_EQ(get("mgmdIgmpAccessGroup", kVlan1), kNone);
+        EXPECT_EQ(set({{name, kRow1, protocol}, {status, kRow1, 4}}), 0);
+        EXPECT_EQ(get("mgmdIgmpAccessGroup", kRow1), protocol);
+        EXPECT_EQ(get("mgmdIgmpAccGrpStatus", kRow1), 1);
+        EXPECT_EQ(get("mgmdMldAccessGroup", kRow1), kNone);
+        EXPECT_EQ(set({{status, kRow1, 6}}), 0);
+        EXPECT_EQ(get("mgmdIgmpAccessGroup", kRow1), kNone);
     }
     EXPECT_TRUE(log_.empty()) << log_.front();
-    EXPECT_NE(set({{"mgmdIgmpAccGrpStatus", kVlan1, 6}}), 0);
+    EXPECT_NE(set({{"mgmdIgmpAccGrpStatus", kRow1, 6}}), 0);
     EXPECT_TRUE(contains(log_.at(0), "no access group")) << log_[0];
     ASSERT_TRUE(configure(5, "interface vlan1"));
     EXPECT_FALSE(configure(-1, "ip igmp access-group " + std::string(33, 'n')));

@@ -12,8 +12,6 @@ namespace {
 using std::chrono::hours;
 using std::chrono::seconds;
 
-Index port(std::uint32_t n) { return {5120 + n}; }
-
 class Hardware : public OnSwitch {
 protected:
     std::int64_t count(const char* object, std::uint32_t n) { return get(object, port(n)).number(); }

@@ -11,7 +11,6 @@ namespace {
 
 using std::chrono::seconds;
 
-Index port(std::uint32_t n) { return {5120 + n}; }
 Index port_of_vlan10(std::uint32_t n, std::uint32_t type) { return {5120 + n, 1034, type}; }
 
 // --- All of it -------------------------------------------------------------------------------------------------------

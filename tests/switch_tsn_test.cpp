@@ -6,7 +6,6 @@ namespace {
 
 constexpr std::int64_t kPercent = 1'000'000;
 
-Index port(std::uint32_t n) { return {5120 + n}; }
 Index stream(std::uint32_t talker, std::uint32_t number) {
     return {1, 0x02, 0x48, 0, 0, 1, talker, 0, number, 5120 + talker};
 }

@@ -4,9 +4,6 @@
 namespace sw {
 namespace {
 
-constexpr int kCreateAndGo = 4, kDestroy = 6;
-
-Index port(std::uint32_t n) { return {5120 + n}; }
 Index ieee_port(std::uint32_t n) { return {1, 5120 + n}; }
 
 // A VLAN list of 512 octets.
@@ -73,7 +70,7 @@ TEST_F(OnSwitch, ShowsAVlanThroughEveryModule) {
     EXPECT_EQ(set({{"ieee8021QBridgeVlanStaticName", {1, 100}, "lab"},
                    {"ieee8021QBridgeVlanStaticEgressPorts", {1, 100}, ports({1, 13, 14, 25})},
                    {"ieee8021QBridgeVlanStaticUntaggedPorts", {1, 100}, ports({1, 14})},
-                   {"ieee8021QBridgeVlanStaticRowStatus", {1, 100}, kCreateAndGo}}),
+                   {"ieee8021QBridgeVlanStaticRowStatus", {1, 100}, createAndGo}}),
               0);
     EXPECT_EQ(get("dot1qVlanStaticName", {100}), "lab");
     EXPECT_EQ(get("dot1qVlanStaticEgressPorts", {100}), ports({1, 13, 14, 25}));
@@ -98,7 +95,7 @@ TEST_F(OnSwitch, ShowsAVlanThroughEveryModule) {
     EXPECT_EQ(get("nVlanPortIfAcceptableFrameTypes", port(1)), 1);
     expect({{"ieee8021QBridgePortMvrpEnabledStatus", ieee_port(1), 1}});
     EXPECT_EQ(get("ieee8021QBridgePortMvrpLastPduOrigin", ieee_port(1)), std::string("\x02SW\x20\0\1", 6));
-    EXPECT_EQ(set({{"dot1qVlanStaticRowStatus", {100}, kDestroy}}), 0);
+    EXPECT_EQ(set({{"dot1qVlanStaticRowStatus", {100}, destroy}}), 0);
     EXPECT_EQ(get("ieee8021QBridgeVlanStaticName", {1, 100}), kNone);
     EXPECT_EQ(get("ieee8021QBridgePvid", ieee_port(1)), 1);
     EXPECT_EQ(get("ieee8021QBridgeVlanNumDeletes"), 1);
@@ -109,17 +106,17 @@ TEST_F(OnSwitch, MakesAndRemovesClassifications) {
     const Index mac{2, 0, 0, 0, 0, 9}, subnet6{2, 16, 0x20, 1, 0xd, 0xb8, 0, 9, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 48};
     EXPECT_EQ(set({{"nVlanMacVlanId", mac, 30},
                    {"nVlanMacVlanPriority", mac, 3},
-                   {"nVlanMacVlanRowStatus", mac, kCreateAndGo}}),
+                   {"nVlanMacVlanRowStatus", mac, createAndGo}}),
               0);
     EXPECT_EQ(get("nVlanMacVlanPriority", mac), 3);
-    EXPECT_EQ(set({{"nVlanSubnetVlanId", subnet6, 30}, {"nVlanSubnetVlanRowStatus", subnet6, kCreateAndGo}}), 0);
+    EXPECT_EQ(set({{"nVlanSubnetVlanId", subnet6, 30}, {"nVlanSubnetVlanRowStatus", subnet6, createAndGo}}), 0);
     EXPECT_EQ(get("nVlanSubnetVlanId", subnet6), 30);
     // A group and its VLAN on a port, made by one module, is there for all of them.
     const Index arp{1, 2, 8, 6}, ieee_arp{1, 1, 2, 8, 6};
     EXPECT_EQ(set({{"ieee8021QBridgeProtocolGroupId", ieee_arp, 7},
-                   {"ieee8021QBridgeProtocolGroupRowStatus", ieee_arp, kCreateAndGo},
+                   {"ieee8021QBridgeProtocolGroupRowStatus", ieee_arp, createAndGo},
                    {"ieee8021QBridgeProtocolPortGroupVid", {1, 5121, 7}, 30},
-                   {"ieee8021QBridgeProtocolPortRowStatus", {1, 5121, 7}, kCreateAndGo}}),
+                   {"ieee8021QBridgeProtocolPortRowStatus", {1, 5121, 7}, createAndGo}}),
               0);
     EXPECT_EQ(get("dot1vProtocolGroupId", arp), 7);
     EXPECT_EQ(get("nVlanProtocolVlanGroupId", arp), 7);
@@ -128,15 +125,15 @@ TEST_F(OnSwitch, MakesAndRemovesClassifications) {
     EXPECT_EQ(get("nVlanProtocolVlanGroupId", kCorvinIpx), get("dot1vProtocolGroupId", kIpx));
     EXPECT_EQ(rows("nVlanProtocolVlanGroupId").size(), 3u);
     // Removing the VLAN removes what was for it.
-    EXPECT_EQ(set({{"dot1qVlanStaticRowStatus", {30}, kDestroy}}), 0);
+    EXPECT_EQ(set({{"dot1qVlanStaticRowStatus", {30}, destroy}}), 0);
     EXPECT_EQ(get("nVlanMacVlanId", mac), kNone);
     EXPECT_EQ(get("nVlanSubnetVlanId", subnet6), kNone);
     EXPECT_EQ(get("nVlanProtocolVlanVlanId", {5121, 7}), kNone);
     EXPECT_EQ(get("nVlanProtocolVlanGroupId", arp), 7);
     EXPECT_EQ(rows("nVlanMacVlanId").size(), 2u);
-    EXPECT_EQ(set({{"nVlanMacVlanRowStatus", kPhone, kDestroy}, {"nVlanSubnetVlanRowStatus", kOffice, kDestroy}}), 0);
-    EXPECT_EQ(
-        set({{"dot1vProtocolPortRowStatus", {5133, 1}, kDestroy}, {"dot1vProtocolGroupRowStatus", arp, kDestroy}}), 0);
+    EXPECT_EQ(set({{"nVlanMacVlanRowStatus", kPhone, destroy}, {"nVlanSubnetVlanRowStatus", kOffice, destroy}}), 0);
+    EXPECT_EQ(set({{"dot1vProtocolPortRowStatus", {5133, 1}, destroy}, {"dot1vProtocolGroupRowStatus", arp, destroy}}),
+              0);
     EXPECT_EQ(rows("nVlanMacVlanId").size(), 1u);
     EXPECT_EQ(rows("nVlanSubnetVlanId").size(), 1u);
     EXPECT_EQ(rows("nVlanProtocolVlanVlanId").size(), 1u);
@@ -153,14 +150,14 @@ protected:
     int create(std::uint32_t vid, int type, std::uint32_t primary) {
         return set({{"nPrivateVlanVlanType", {vid}, type},
                     {"nPrivateVlanVlanAssocPriVlan", {vid}, primary},
-                    {"nPrivateVlanVlanRowStatus", {vid}, kCreateAndGo}});
+                    {"nPrivateVlanVlanRowStatus", {vid}, createAndGo}});
     }
     int remove(std::uint32_t vid, int type) {
-        return set({{"nPrivateVlanVlanType", {vid}, type}, {"nPrivateVlanVlanRowStatus", {vid}, kDestroy}});
+        return set({{"nPrivateVlanVlanType", {vid}, type}, {"nPrivateVlanVlanRowStatus", {vid}, destroy}});
     }
     int map(std::uint32_t n, std::uint32_t vid, std::uint32_t primary) {
         return set({{"nPrivateVlanIfVlanMapPriVlan", {5120 + n, vid}, primary},
-                    {"nPrivateVlanIfVlanMapRowStatus", {5120 + n, vid}, kCreateAndGo}});
+                    {"nPrivateVlanIfVlanMapRowStatus", {5120 + n, vid}, createAndGo}});
     }
     void expect_port(std::uint32_t n, std::initializer_list<std::uint32_t> in, int pvid) {
         EXPECT_EQ(get("nVlanPortIfUntagAllowVlanLstFirst2K", port(n)), vlans(in)) << n;
@@ -198,9 +195,9 @@ TEST_F(OnPrivateVlans, PortsAreInBothVlansOfTheirPairs) {
     EXPECT_NE(map(20, 40, 30), 0);
     EXPECT_EQ(map(20, 40, 10), 0);
     expect_port(20, {10, 30, 40}, 10);
-    EXPECT_EQ(set({{"nPrivateVlanIfVlanMapRowStatus", {5140, 30}, kDestroy}}), 0);
+    EXPECT_EQ(set({{"nPrivateVlanIfVlanMapRowStatus", {5140, 30}, destroy}}), 0);
     expect_port(20, {10, 40}, 10);
-    EXPECT_EQ(set({{"nPrivateVlanIfVlanMapRowStatus", {5139, 30}, kDestroy}}), 0);
+    EXPECT_EQ(set({{"nPrivateVlanIfVlanMapRowStatus", {5139, 30}, destroy}}), 0);
     expect_port(19, {1}, 1);
     expect({{"nVlanPortIfMode", port(1), 5}});
     EXPECT_EQ(map(1, 40, 10), 0);
@@ -216,13 +213,13 @@ TEST_F(OnPrivateVlans, PortsAreInBothVlansOfTheirPairs) {
 }
 
 TEST_F(OnPrivateVlans, GoWithTheirVlans) {
-    EXPECT_EQ(set({{"dot1qVlanStaticRowStatus", {30}, kDestroy}}), 0);
+    EXPECT_EQ(set({{"dot1qVlanStaticRowStatus", {30}, destroy}}), 0);
     EXPECT_EQ(get("nPrivateVlanVlanType", {30}), kNone);
     EXPECT_TRUE(rows("nPrivateVlanIfVlanMapPriVlan").empty());
     for (const std::uint32_t n : {19u, 20u}) expect_port(n, {1}, 1);
     EXPECT_EQ(create(31, kIsolated, 10), 0);
     EXPECT_EQ(map(19, 31, 10), 0);
-    EXPECT_EQ(set({{"ieee8021QBridgeVlanStaticRowStatus", {1, 10}, kDestroy}}), 0);
+    EXPECT_EQ(set({{"ieee8021QBridgeVlanStaticRowStatus", {1, 10}, destroy}}), 0);
     EXPECT_EQ(get("nPrivateVlanVlanAssocPriVlan", {31}), 0);
     expect_port(19, {1}, 1);
     EXPECT_TRUE(log_.empty()) << log_.front();

@@ -9,7 +9,6 @@
 namespace sw {
 namespace {
 
-constexpr std::uint32_t kIpv4 = 1, kIpv6 = 2;
 // The lines do not have a prefix length.
 constexpr std::uint32_t kIpv4Bits = 24, kIpv6Bits = 64;
 constexpr std::uint32_t kForever = 0xffffffff;  // of a lifetime in seconds

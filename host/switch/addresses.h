@@ -13,6 +13,8 @@ inline Value octets(const Index& address) { return octets_of(address.data() + 2,
 bool covers(const Index& prefix, const Index& address);
 bool has_host_bits(const Index& prefix);
 
+constexpr std::uint32_t kIpv4 = 1, kIpv6 = 2;  // types of addresses
+
 class Addresses : public Area {
 public:
     explicit Addresses(Switch&);

@@ -22,6 +22,8 @@ namespace sw {
 constexpr std::uint32_t kTunnelIfIndexBase = 896;
 constexpr std::uint32_t kVlanIfIndexBase = 1024;
 constexpr std::uint32_t kPortIfIndexBase = 5120;
+constexpr std::uint32_t kUplinkPort = 25;  // to the routers and the other switches
+constexpr std::uint32_t kUplink = kPortIfIndexBase + kUplinkPort;
 constexpr std::uint32_t kLastVlan = 4094;
 constexpr std::uint32_t kComponent = 1;  // of the bridge, where an index names it
 

@@ -11,7 +11,6 @@ using std::chrono::seconds;
 
 constexpr Duration kCycle = seconds(1200);
 constexpr std::uint32_t kBehindAccess = 6, kBehindTagged = 4, kBehindTrunk = 60;  // stations on a port in a VLAN
-constexpr std::uint32_t kUplink = kPortIfIndexBase + 25;
 
 Index row_of(std::uint32_t vid, const Mac& mac) { return join({{vid}, Index(mac.begin(), mac.end())}); }
 

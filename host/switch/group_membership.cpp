@@ -8,9 +8,7 @@
 namespace sw {
 namespace {
 
-constexpr oid kIgmpType = 1;       // of addresses
-constexpr std::size_t kGroup = 6;  // sub-identifiers of one: type, length, octets
-constexpr std::size_t kLongestAccessList = 32;
+constexpr std::size_t kGroup = 6;                                // sub-identifiers of one: type, length, octets
 constexpr std::uint32_t kForeignQuerier = kVlanIfIndexBase + 1;  // where another router asks
 
 // What a row of snooping has: port, VLAN interface, group, perhaps source.

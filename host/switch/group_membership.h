@@ -9,6 +9,9 @@
 
 namespace sw {
 
+constexpr oid kIgmpType = 1;                    // of addresses and in keys, where MLD has 2
+constexpr std::size_t kLongestAccessList = 32;  // octets of its name
+
 // A group, or a source of one, on a port: configured or learned from reports.
 struct Membership {
     bool configured = false;

@@ -15,7 +15,7 @@ constexpr Duration kDataInterval = seconds(60);        // after which its traffi
 constexpr std::uint32_t kPimSparseMode = 8;            // ipMcastRouteProtocol
 constexpr std::uint32_t kPruned = 1, kForwarding = 2;  // ipMcastRouteNextHopState
 
-struct Route {
+struct MulticastRoute {
     std::uint32_t ifindex = 0;  // where its traffic comes in
     Duration since{};
 };
@@ -44,7 +44,7 @@ private:
     bool enabled_ = true;
     // By the index of their tables after the VRF's number
     std::map<Index, RoutedInterface> routed_;
-    std::map<Index, Route> routes_;
+    std::map<Index, MulticastRoute> routes_;
     std::map<Index, NextHop> next_hops_;
 };
 
@@ -125,11 +125,11 @@ void MulticastRoutes::describe(Description& d) {
                                        {5, "ipMcastInterfaceStorageType", 5}}),  // readOnly
              .scope = vrfs_.scope()});
 
-    Columns<Route> route = address_columns<Route>("ipMcastRoute");
-    route.emplace_back(9, "ipMcastRouteInIfIndex", &Route::ifindex);
-    route.emplace_back(10, "ipMcastRouteTimeStamp", &Route::since);
+    Columns<MulticastRoute> route = address_columns<MulticastRoute>("ipMcastRoute");
+    route.emplace_back(9, "ipMcastRouteInIfIndex", &MulticastRoute::ifindex);
+    route.emplace_back(10, "ipMcastRouteTimeStamp", &MulticastRoute::since);
     route.emplace_back(11, "ipMcastRouteExpiryTime",
-                       [this](const Route& r) { return kKeepAlive - (uptime() - r.since) % kDataInterval; });
+                       [this](const MulticastRoute& r) { return kKeepAlive - (uptime() - r.since) % kDataInterval; });
     route.emplace_back(12, "ipMcastRouteProtocol", kPimSparseMode);
     d.table({.name = "ipMcastRouteTable",
              .show = "show debugging ip mroute uib [{address/bits} {address/bits}] [vrf {word}]",

@@ -9,8 +9,6 @@ namespace {
 
 using std::chrono::seconds;
 
-constexpr std::uint32_t kIpv4 = 1, kIpv6 = 2;
-constexpr std::uint32_t kUplink = 25;                // the port with the routers
 constexpr std::uint32_t kDynamic = 3, kStatic = 4;   // ipNetToPhysicalType
 constexpr std::uint32_t kReachable = 1, kStale = 2;  // ipNetToPhysicalState
 constexpr Duration kLearnedAgainAfter = seconds(30);
@@ -56,11 +54,11 @@ Neighbours::Neighbours(Switch& its_switch)
     const auto ipv6 = [](oid subnet, oid host) {
         return Index{kIpv6, 16, 0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, subnet, 0, 0, 0, 0, 0, 0, 0, host};
     };
-    add(1, {kIpv4, 4, 192, 0, 2, 253}, station(1, kUplink, 2));
-    add(1, {kIpv4, 4, 192, 0, 2, 254}, station(1, kUplink, 1));
-    add(1, ipv6(1, 254), station(1, kUplink, 1));
-    add(10, {kIpv4, 4, 10, 0, 10, 2}, station(10, kUplink, 1));
-    add(30, {kIpv4, 4, 10, 0, 110, 3}, station(30, kUplink, 1));
+    add(1, {kIpv4, 4, 192, 0, 2, 253}, station(1, kUplinkPort, 2));
+    add(1, {kIpv4, 4, 192, 0, 2, 254}, station(1, kUplinkPort, 1));
+    add(1, ipv6(1, 254), station(1, kUplinkPort, 1));
+    add(10, {kIpv4, 4, 10, 0, 10, 2}, station(10, kUplinkPort, 1));
+    add(30, {kIpv4, 4, 10, 0, 110, 3}, station(30, kUplinkPort, 1));
     const Mac clock{0x02, 0x43, 0x00, 0x00, 0x00, 0x01};
     add(1, {kIpv4, 4, 192, 0, 2, 123}, clock, true);
     add(1, ipv6(1, 123), clock, true);

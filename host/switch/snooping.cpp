@@ -16,8 +16,6 @@ using std::chrono::seconds;
 
 constexpr Duration kQueryInterval = seconds(125);
 constexpr Duration kMembershipTime = seconds(260);
-constexpr std::size_t kLongestAccessList = 32;
-constexpr oid kIgmpType = 1;  // of addresses and in keys, where the others have 2
 
 // Where the two differ.
 struct Words {

@@ -9,7 +9,6 @@
 namespace sw {
 namespace {
 
-constexpr std::uint32_t kUplink = kPortIfIndexBase + 25;
 constexpr std::uint32_t kDisabled = 3, kMaster = 6, kSlave = 9;  // roles of a port
 constexpr std::uint32_t kGps = 32, kOscillator = 160;            // sources of time
 constexpr std::int32_t kUtcOffset = 37;                          // seconds

@@ -1,6 +1,7 @@
 #include "tool/command_line.h"
 
 #include "tool/arguments.h"
+#include "tool/format.h"
 #include "tool/session.h"
 
 #include <fmt/format.h>
@@ -12,7 +13,6 @@
 namespace tool {
 namespace {
 
-constexpr std::size_t kWidth = 100;
 constexpr std::size_t kColumn = 30;  // where the descriptions of options begin
 
 struct CommandText {

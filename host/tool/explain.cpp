@@ -8,8 +8,6 @@
 namespace tool {
 namespace {
 
-constexpr std::size_t kWidth = 100;
-
 // Whether a word of a SET scripts answers: its name is one that requests have.
 bool names_requests(const services::Registry& registry, std::string_view name) {
     if (!registry.has_names()) return services::oid_from_numbers(name) == std::nullopt;

@@ -40,6 +40,8 @@ std::string uptime(std::uint32_t hundredths) {
     return days == 0 ? clock : fmt::format("{} day{}, {}", days, days == 1 ? "" : "s", clock);
 }
 
+std::string hex_of(const agent::Value& value) { return hex(value.octets.data(), value.octets.size()); }
+
 std::string content(const services::Registry& registry, const agent::Value& value) {
     const auto& octets = value.octets;
     switch (value.tag) {
@@ -65,7 +67,7 @@ std::string content(const services::Registry& registry, const agent::Value& valu
             break;
         default: break;
     }
-    return hex(octets.data(), octets.size());
+    return hex_of(value);
 }
 
 bool has_wrong_size(const agent::Value& value) {
@@ -74,8 +76,6 @@ bool has_wrong_size(const agent::Value& value) {
 }
 
 bool is_printable(const agent::Value& value) { return printable(value.octets.data(), value.octets.size()); }
-
-std::string hex(const agent::Value& value) { return tool::hex(value.octets.data(), value.octets.size()); }
 
 // The numbers of the bits that are set, of which the first is the most significant bit of the first octet: "1-4,7".
 std::string members(const std::vector<std::uint8_t>& octets) {
@@ -144,7 +144,7 @@ void add_value(Json& json, const services::Registry& registry, const agent::Valu
             break;
         default: break;
     }
-    if (!json.contains("value")) json["octets"] = hex(value);
+    if (!json.contains("value")) json["octets"] = hex_of(value);
 }
 
 }  // namespace
@@ -237,7 +237,7 @@ std::string format_value(const services::Registry& registry, const agent::Value&
                          const services::Syntax* syntax) {
     if (value.is_exception() || value.tag == agent::kNull) return type_name(value.tag);
     if (has_wrong_size(value))
-        return fmt::format("{}: wrong size, {} octets: {}", type_name(value.tag), value.octets.size(), hex(value));
+        return fmt::format("{}: wrong size, {} octets: {}", type_name(value.tag), value.octets.size(), hex_of(value));
     if (const auto text = text_by(syntax, value)) return fmt::format("{}: {}", type_name(value.tag), *text);
     const bool as_hex = value.tag == agent::kOctetString && !is_printable(value);
     return fmt::format("{}{}: {}", as_hex ? "Hex-" : "", type_name(value.tag), content(registry, value));

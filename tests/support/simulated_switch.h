@@ -2,13 +2,16 @@
 #pragma once
 
 #include "agent/engine.h"
+#include "framework/snmp.h"
 #include "services/registry.h"
+#include "switch/area.h"
 #include "switch/simulated_switch.h"
 #include "switch/values.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <concepts>
 #include <cstdint>
 #include <map>
 #include <ostream>
@@ -18,12 +21,14 @@
 
 namespace sw {
 
+using switchmib::createAndGo, switchmib::destroy;
+
 // A value: a number, octets, or none where there is no such instance.
 struct Fact {
     std::variant<std::monostate, std::int64_t, std::string> is{};
 
     Fact() = default;
-    template <std::integral Number>
+    template <std::convertible_to<std::int64_t> Number>
     Fact(Number number) : is(static_cast<std::int64_t>(number)) {}
     Fact(std::string octets) : is(std::move(octets)) {}
     Fact(const char* text) : is(std::string(text)) {}
@@ -83,6 +88,8 @@ private:
     services::Oid name_of(const std::string& object, const Index& index) const;
 };
 
+// The index of a port, which is its ifIndex.
+inline Index port(std::uint32_t number) { return {kPortIfIndexBase + number}; }
 // A port list of 12 octets.
 std::string ports(std::initializer_list<std::uint32_t> members);
 

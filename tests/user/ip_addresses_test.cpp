@@ -14,9 +14,9 @@ const Bytes kIpv4Record = join(integer(1), join({10, 0, 10, 9}, Bytes(16)));
 const Bytes kIpv6Record = join(integer(2), join(Bytes(4), kIpv6Octets));
 const Oid kOdd{3, 4, 10, 0, 10, 9};
 
-constexpr std::uint32_t kVlan10 = 1034, kPort1 = 5121;
+constexpr std::uint32_t kVlan10Interface = 1034, kPort1 = 5121;
 // What is just outside the VLAN interfaces.
-constexpr std::uint32_t kOthers[] = {1, 1024, 5119, kPort1, 4294967295};
+constexpr std::uint32_t kNoVlanInterfaces[] = {1, 1024, 5119, kPort1, 4294967295};
 
 }  // namespace
 
@@ -48,7 +48,9 @@ protected:
 };
 
 TEST_F(IpAddresses, AreShownByTextInTheVrf) {
-    const auto prefix = [](const Oid& address, std::uint32_t bits) { return join(join({kVlan10}, address), {bits}); };
+    const auto prefix = [](const Oid& address, std::uint32_t bits) {
+        return join(join({kVlan10Interface}, address), {bits});
+    };
     EXPECT_THAT(commands_of("ipAddressOrigin", {}), ElementsAre("show ipaddress 0 "));
     EXPECT_THAT(commands_of("ipAddressOrigin", kIpv4), ElementsAre("show ipaddress 1 10.0.10.9"));
     EXPECT_THAT(commands_of("ipAddressOrigin", kOdd), ElementsAre("show ipaddress 3  "));
@@ -61,7 +63,7 @@ TEST_F(IpAddresses, AreShownByTextInTheVrf) {
     EXPECT_THAT(commands_of("ipNetToPhysicalState", {}), ElementsAre("show ipnettophysical ifindex 0 0 "));
     EXPECT_THAT(commands_of("ipNetToPhysicalState", join({5210}, kIpv6)),
                 ElementsAre("show ipnettophysical ifindex 5210 2 2001:db8::9"));
-    EXPECT_THAT(commands_of("ipNetToPhysicalState", join({kVlan10}, kOdd)),
+    EXPECT_THAT(commands_of("ipNetToPhysicalState", join({kVlan10Interface}, kOdd)),
                 ElementsAre("show ipnettophysical ifindex 1034 3  "));
     EXPECT_THAT(commands_of("ipNetToPhysicalState", join({5211}, kIpv4)), IsEmpty());
     EXPECT_EQ(get("ipNetToPhysicalType", join({5211}, kIpv4)).writer, kUntouched);
@@ -72,7 +74,7 @@ TEST_F(IpAddresses, AreShownByTextInTheVrf) {
     EXPECT_THAT(commands_of("ipAddressOrigin", {}), ElementsAre("show ipaddress 0  vrf red"));
     EXPECT_THAT(commands_of("ipAddressPrefixOrigin", prefix(kIpv6, 64)),
                 ElementsAre("show ipaddress prefix 1034 2  2001:db8::9/64 vrf red"));
-    EXPECT_THAT(commands_of("ipNetToPhysicalState", join({kVlan10}, kIpv4)),
+    EXPECT_THAT(commands_of("ipNetToPhysicalState", join({kVlan10Interface}, kIpv4)),
                 ElementsAre("show ipnettophysical ifindex 1034 1 10.0.10.9 vrf red"));
     services::services().context.vrf = std::string(800, 'v');
     EXPECT_EQ(commands_of("ipAddressOrigin", kIpv4)[0].size(), 767u);
@@ -92,9 +94,9 @@ TEST_F(IpAddresses, RowsAreRecordsThatTheBackendMoves) {
     EXPECT_EQ(shown[2].key, join(integer(3), Bytes(20)));
 
     answer("ipNetToPhysicalTable", integer(1), join(integer(1044), kIpv6Record));
-    EXPECT_EQ(next("ipNetToPhysicalType", join({kVlan10}, kIpv4)).name,
+    EXPECT_EQ(next("ipNetToPhysicalType", join({kVlan10Interface}, kIpv4)).name,
               oid_of("ipNetToPhysicalType", join({1044}, kIpv6)));
-    EXPECT_EQ(shown[3].key, join(integer(kVlan10), kIpv4Record));
+    EXPECT_EQ(shown[3].key, join(integer(kVlan10Interface), kIpv4Record));
 
     // A prefix's record is its index.
     const Bytes prefix = join(address_record(kIpv6Octets), integer(64));
@@ -135,51 +137,53 @@ TEST_F(IpAddresses, RowNeedsTheInterfaceThatWasWrittenForIt) {
     EXPECT_EQ(act("RowStatus", kIpv4, createAndGo), genErr);
     EXPECT_EQ(act("RowStatus", {}, createAndGo), genErr) << "the clear key is that of no interface";
     EXPECT_THAT(lines_of(kIpv4, 0, createAndGo, genErr), IsEmpty());
-    act("IfIndex", kIpv6, kVlan10);
+    act("IfIndex", kIpv6, kVlan10Interface);
     for (const int status : {createAndGo, destroy}) EXPECT_EQ(act("RowStatus", kIpv4, status), genErr);
     EXPECT_THAT(sent, IsEmpty());
     // It stays, for one request and for several.
-    EXPECT_EQ(set({{"ipAddressIfIndex", kIpv4, Integer, integer(kVlan10)},
+    EXPECT_EQ(set({{"ipAddressIfIndex", kIpv4, Integer, integer(kVlan10Interface)},
                    {"ipAddressType", kIpv4, Integer, integer(1)},
                    {"ipAddressStatus", kIpv4, Integer, integer(1)},
                    {"ipAddressRowStatus", kIpv4, Integer, integer(createAndGo)}}),
               noError);
     EXPECT_EQ(set("ipAddressRowStatus", kIpv4, Integer, integer(destroy)), noError);
     EXPECT_THAT(lines(), ElementsAre("5 ipaddresstable ip 1034 10.0.10.9", "5 no ipaddresstable ip 1034 10.0.10.9"));
-    EXPECT_THAT(lines_of(kOdd, kVlan10, createAndGo), ElementsAre("5 ipaddresstable ip 1034  "));
+    EXPECT_THAT(lines_of(kOdd, kVlan10Interface, createAndGo), ElementsAre("5 ipaddresstable ip 1034  "));
 }
 
 TEST_F(IpAddresses, TypeAndStatusOfTheRowMustBeUnicastAndPreferred) {
     for (const char* column : {"Type", "Status"}) {
         SCOPED_TRACE(column);
         EXPECT_EQ(act(column, kIpv6, 2), noError);
-        EXPECT_THAT(lines_of(kIpv6, kVlan10, createAndGo, genErr), IsEmpty());
-        EXPECT_THAT(lines_of(kIpv6, kVlan10, destroy, genErr), IsEmpty());
-        lines_of(kIpv4, kVlan10, createAndGo);  // it is another row's
+        EXPECT_THAT(lines_of(kIpv6, kVlan10Interface, createAndGo, genErr), IsEmpty());
+        EXPECT_THAT(lines_of(kIpv6, kVlan10Interface, destroy, genErr), IsEmpty());
+        lines_of(kIpv4, kVlan10Interface, createAndGo);  // it is another row's
         EXPECT_EQ(act(column, kIpv6, 1), noError);
-        lines_of(kIpv6, kVlan10, createAndGo);
+        lines_of(kIpv6, kVlan10Interface, createAndGo);
         // Only the rows of an IP address.
         EXPECT_EQ(act(column, kOdd, 2), noError);
-        lines_of(kOdd, kVlan10, createAndGo);
+        lines_of(kOdd, kVlan10Interface, createAndGo);
     }
 }
 
 TEST_F(IpAddresses, Ipv6AddressGoesToItsVlanInterfaceOrToGlobalMode) {
     const std::string enter = "5 interface vlan10";
-    EXPECT_THAT(lines_of(kIpv6, kVlan10, createAndGo), ElementsAre(enter, "-1 ipv6 address 2001:db8::9"));
-    EXPECT_THAT(lines_of(kIpv6, kVlan10, destroy), ElementsAre(enter, "-1 no ipv6 address 2001:db8::9"));
-    for (const std::uint32_t ifindex : kOthers) {
+    EXPECT_THAT(lines_of(kIpv6, kVlan10Interface, createAndGo), ElementsAre(enter, "-1 ipv6 address 2001:db8::9"));
+    EXPECT_THAT(lines_of(kIpv6, kVlan10Interface, destroy), ElementsAre(enter, "-1 no ipv6 address 2001:db8::9"));
+    for (const std::uint32_t ifindex : kNoVlanInterfaces) {
         EXPECT_THAT(lines_of(kIpv6, ifindex, createAndGo, genErr), IsEmpty());
         EXPECT_THAT(lines_of(kIpv6, ifindex, destroy), ElementsAre("5 no ipv6 address 2001:db8::9"));
     }
     refused_lines = {"ipv6 address 2001:db8::9", "no ipv6 address 2001:db8::9"};
-    EXPECT_THAT(lines_of(kIpv6, kVlan10, createAndGo, genErr), ElementsAre(enter, "-1 ipv6 address 2001:db8::9"));
+    EXPECT_THAT(lines_of(kIpv6, kVlan10Interface, createAndGo, genErr),
+                ElementsAre(enter, "-1 ipv6 address 2001:db8::9"));
     lines_of(kIpv6, kPort1, destroy, genErr);
     refused_lines.push_back("interface vlan10");
-    EXPECT_THAT(lines_of(kIpv6, kVlan10, createAndGo, genErr), ElementsAre(enter, "5 ipv6 address 2001:db8::9"));
+    EXPECT_THAT(lines_of(kIpv6, kVlan10Interface, createAndGo, genErr),
+                ElementsAre(enter, "5 ipv6 address 2001:db8::9"));
     refused_lines = {"interface vlan10"};
-    lines_of(kIpv6, kVlan10, createAndGo);
-    EXPECT_THAT(lines_of(kIpv6, kVlan10, destroy), ElementsAre(enter, "5 no ipv6 address 2001:db8::9"));
+    lines_of(kIpv6, kVlan10Interface, createAndGo);
+    EXPECT_THAT(lines_of(kIpv6, kVlan10Interface, destroy), ElementsAre(enter, "5 no ipv6 address 2001:db8::9"));
 }
 
 // --- neighbours ------------------------------------------------------------------------------------------------------
@@ -187,8 +191,8 @@ TEST_F(IpAddresses, Ipv6AddressGoesToItsVlanInterfaceOrToGlobalMode) {
 class IpNeighbours : public IpAddresses {
 protected:
     static constexpr int kDynamic = 3, kStatic = 4;
-    const Oid ipv4 = join({kVlan10}, kIpv4);
-    const Oid ipv6 = join({kVlan10}, kIpv6);
+    const Oid ipv4 = join({kVlan10Interface}, kIpv4);
+    const Oid ipv6 = join({kVlan10Interface}, kIpv6);
     const Bytes mac{0, 0x1f, 0xAB, 3, 4, 0xff};
     const std::string enter = "5 interface vlan10";
     const std::string arp = "-1 ip arp 10.0.10.9  00-1f-ab-03-04-ff";
@@ -228,8 +232,8 @@ TEST_F(IpNeighbours, PhysicalAddressIsSentAtOnceAndRememberedEvenIfRefused) {
     forget();
     type(ipv4, kDynamic);
     EXPECT_EQ(address(ipv4), genErr);
-    EXPECT_EQ(address(join({kVlan10}, kOdd)), genErr);
-    for (const std::uint32_t ifindex : kOthers) EXPECT_EQ(address(join({ifindex}, kIpv4)), genErr);
+    EXPECT_EQ(address(join({kVlan10Interface}, kOdd)), genErr);
+    for (const std::uint32_t ifindex : kNoVlanInterfaces) EXPECT_EQ(address(join({ifindex}, kIpv4)), genErr);
     EXPECT_EQ(address(ipv4), genErr);
     EXPECT_THAT(sent, IsEmpty());
     EXPECT_THAT(lines_of(ipv4, createAndGo), ElementsAre(enter, arp)) << "whatever its type";
@@ -251,20 +255,20 @@ TEST_F(IpNeighbours, RowNeedsThePhysicalAddressThatWasWrittenForIt) {
     EXPECT_THAT(lines(), ElementsAre(enter, arp, enter, arp));
     EXPECT_THAT(lines_of(ipv4, createAndGo), ElementsAre(enter, arp)) << "it stays";
     EXPECT_THAT(lines_of(join({1044}, kIpv4), createAndGo, genErr), IsEmpty());
-    for (const std::uint32_t ifindex : kOthers) {
+    for (const std::uint32_t ifindex : kNoVlanInterfaces) {
         address(join({ifindex}, kIpv4));
         EXPECT_THAT(lines_of(join({ifindex}, kIpv4), createAndGo, genErr), IsEmpty());
     }
-    address(join({kVlan10}, kOdd));
-    EXPECT_THAT(lines_of(join({kVlan10}, kOdd), createAndGo, genErr), IsEmpty());
-    address({kVlan10});
-    EXPECT_THAT(lines_of({kVlan10}, createAndGo, genErr), IsEmpty());
+    address(join({kVlan10Interface}, kOdd));
+    EXPECT_THAT(lines_of(join({kVlan10Interface}, kOdd), createAndGo, genErr), IsEmpty());
+    address({kVlan10Interface});
+    EXPECT_THAT(lines_of({kVlan10Interface}, createAndGo, genErr), IsEmpty());
 }
 
 TEST_F(IpNeighbours, Ipv6IsNotCreatedAndNeedsAnAddressesInterface) {
     address(ipv6);
     EXPECT_THAT(lines_of(ipv6, createAndGo, genErr), IsEmpty());
-    for (const std::uint32_t ifindex : kOthers) {
+    for (const std::uint32_t ifindex : kNoVlanInterfaces) {
         act("IfIndex", kIpv4, ifindex);
         EXPECT_THAT(lines_of(ipv6, createAndGo, genErr), IsEmpty());
     }
@@ -279,7 +283,7 @@ TEST_F(IpNeighbours, DestroyGoesByTheTypeThatWasWrittenLast) {
     EXPECT_THAT(lines_of(ipv6, destroy), ElementsAre("5 no ipv6 neighbor 2001:db8::9 vlan10"));
     refused_lines = {"no ipv6 neighbor 2001:db8::9 vlan10"};
     lines_of(ipv6, destroy, genErr);
-    for (const std::uint32_t ifindex : kOthers)
+    for (const std::uint32_t ifindex : kNoVlanInterfaces)
         for (const Oid& address : {kIpv4, kIpv6})
             EXPECT_THAT(lines_of(join({ifindex}, address), destroy, genErr), IsEmpty());
     type({1044}, kDynamic);
@@ -288,8 +292,8 @@ TEST_F(IpNeighbours, DestroyGoesByTheTypeThatWasWrittenLast) {
     EXPECT_THAT(lines_of(ipv6, destroy, genErr), IsEmpty());
     refused_lines = {"clear ip arp 10.0.10.9"};
     lines_of(ipv4, destroy, genErr);
-    EXPECT_THAT(lines_of(join({kVlan10}, kOdd), destroy, genErr), IsEmpty());
-    EXPECT_THAT(lines_of({kVlan10}, destroy, genErr), IsEmpty());
+    EXPECT_THAT(lines_of(join({kVlan10Interface}, kOdd), destroy, genErr), IsEmpty());
+    EXPECT_THAT(lines_of({kVlan10Interface}, destroy, genErr), IsEmpty());
 }
 
 }  // namespace tests

@@ -6,7 +6,7 @@ namespace tests {
 namespace {
 
 // A table as it is read: by GETNEXT from its start, and by GET of a row. In the texts "@command" is the command.
-struct Reading {
+struct RouterReading {
     const char* table;
     int columns;
     int first;           // the first column that answers; those after it do too
@@ -20,7 +20,7 @@ struct Reading {
     const char* command;
 };
 
-const Reading kReadings[] = {
+const RouterReading kRouterReadings[] = {
     {"mgmdRouterInterfaceTable",
      18,
      3,
@@ -77,7 +77,7 @@ class MulticastRouter : public MulticastHost {};
 
 TEST_F(MulticastRouter, ReadsTraceCarryTheContextAndUseTheirOwnBuffers) {
     services::services().context.snmp_context = "blue";
-    for (const Reading& reading : kReadings) {
+    for (const RouterReading& reading : kRouterReadings) {
         SCOPED_TRACE(reading.table);
         answer(reading.table, integer(7));  // and leaves the key as it came
         for (const bool start : {true, false}) {
@@ -118,7 +118,7 @@ TEST_F(MulticastRouter, ReadsTraceCarryTheContextAndUseTheirOwnBuffers) {
 }
 
 TEST_F(MulticastRouter, RequestsForOtherProtocolsAreNotAskedFor) {
-    for (const Reading& reading : kReadings) {
+    for (const RouterReading& reading : kRouterReadings) {
         SCOPED_TRACE(reading.table);
         answer(reading.table, integer(7));
         const bool interfaces = reading.type == 1 && reading.index.size() == 2;

@@ -13,7 +13,7 @@ protected:
 };
 
 // 239.1.1.1/32 from 10.0.10.5/32, and through vlan20 to no address.
-const Oid kRoute{1, 4, 239, 1, 1, 1, 32, 1, 4, 10, 0, 10, 5, 32};
+const Oid kMulticastRoute{1, 4, 239, 1, 1, 1, 32, 1, 4, 10, 0, 10, 5, 32};
 const Oid kNextHop{1, 4, 239, 1, 1, 1, 32, 1, 4, 10, 0, 10, 5, 32, 1044, 0, 0};
 
 TEST_F(IpMcast, CommandsCarryTheVrf) {
@@ -28,7 +28,7 @@ TEST_F(IpMcast, CommandsCarryTheVrf) {
         {"ipMcastInterfaceTtl", {1, 1034}, 1, "show debugging ip mroute interface 1034"},
         {"ipMcastInterfaceIfIndex", {}, 0, "show debugging ip mroute interface 0"},
         {"ipMcastRouteInIfIndex", {}, 0, "show debugging ip mroute uib"},
-        {"ipMcastRouteProtocol", kRoute, 1, "show debugging ip mroute uib 239.1.1.1/32 10.0.10.5/32"},
+        {"ipMcastRouteProtocol", kMulticastRoute, 1, "show debugging ip mroute uib 239.1.1.1/32 10.0.10.5/32"},
         {"ipMcastRouteNextHopState", {}, 0, "show debugging ip mroute uib nexthop"},
         {"ipMcastRouteNextHopIfIndex", kNextHop, 1,
          "show debugging ip mroute uib nexthop 239.1.1.1/32 10.0.10.5/32 1044"},
@@ -81,7 +81,7 @@ TEST_F(IpMcast, ServesIpv4ByEachTablesOwnRule) {
         EXPECT_EQ(command_of("ipMcastRouteNextHopState", on_interface(index), 1), hops_first);
     EXPECT_EQ(command_of("ipMcastRouteNextHopState", no_type, 0), hops_first);
     for (const char* object : {"ipMcastRouteUpstreamNeighbor", "ipMcastRouteOctets"})
-        EXPECT_EQ(command_of(object, kRoute, 1), "");
+        EXPECT_EQ(command_of(object, kMulticastRoute, 1), "");
     EXPECT_EQ(command_of("ipMcastRouteNextHopPkts", kNextHop, 1), "");
 }
 
@@ -92,7 +92,7 @@ TEST_F(IpMcast, KeysAreWholeRecords) {
     };
     const Oid next_route{1, 4, 239, 1, 1, 2, 32, 1, 4, 10, 0, 10, 5, 32};
     answer("ipMcastRouteTable", integer(1034), route(2));
-    EXPECT_EQ(next("ipMcastRouteInIfIndex", kRoute).name, oid_of("ipMcastRouteInIfIndex", next_route));
+    EXPECT_EQ(next("ipMcastRouteInIfIndex", kMulticastRoute).name, oid_of("ipMcastRouteInIfIndex", next_route));
     EXPECT_EQ(shown[0].key, route(1));
     answer("ipMcastRouteNextHopTable", integer(2), join(route(2), join(integer(7), address_record({10, 0, 0, 9}))));
     EXPECT_EQ(next("ipMcastRouteNextHopState", kNextHop).name,
