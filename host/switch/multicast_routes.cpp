@@ -99,16 +99,16 @@ std::size_t MulticastRoutes::count(const Arguments& said) const {
 // Columns of group and source, which are the same in both tables. The VRF's number is the index's first.
 template <class Row>
 Columns<Row> address_columns(const std::string& table) {
-    constexpr std::size_t kGroup = 1, kSource = 8;  // type, length, octets, prefix length
+    constexpr std::size_t kGroupAt = 1, kSourceAt = 8;  // type, length, octets, prefix length
     const auto octets = [](std::size_t at) {
         return [at](const Row&, const Index& index) { return octets_of(&index[at + 2], 4); };
     };
-    return {{1, table + "GroupAddressType", from_index(kGroup)},
-            {2, table + "Group", octets(kGroup)},
-            {3, table + "GroupPrefixLength", from_index(kGroup + 6)},
-            {4, table + "SourceAddressType", from_index(kSource)},
-            {5, table + "Source", octets(kSource)},
-            {6, table + "SourcePrefixLength", from_index(kSource + 6)}};
+    return {{1, table + "GroupAddressType", from_index(kGroupAt)},
+            {2, table + "Group", octets(kGroupAt)},
+            {3, table + "GroupPrefixLength", from_index(kGroupAt + 6)},
+            {4, table + "SourceAddressType", from_index(kSourceAt)},
+            {5, table + "Source", octets(kSourceAt)},
+            {6, table + "SourcePrefixLength", from_index(kSourceAt + 6)}};
 }
 
 void MulticastRoutes::describe(Description& d) {

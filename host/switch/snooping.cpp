@@ -171,20 +171,20 @@ Duration Snooping::expiry(const Membership& member) const {
 // Every port in every VLAN that it is a member of and that has an interface. What counts there has steady rates that
 // differ from column to column.
 Rows Snooping::statistics() const {
-    struct Counts {};
-    const FindRow<Counts> from = [this](const Index& index) -> std::optional<std::pair<Index, Counts>> {
+    struct Nothing {};
+    const FindRow<Nothing> from = [this](const Index& index) -> std::optional<std::pair<Index, Nothing>> {
         for (auto port = lower_bound(ports_.all(), {index[0]}); port != ports_.all().end(); ++port)
             for (const auto& [vlan, snooping] : interfaces_) {
                 Index row{port->first, vlan, words_.type};
                 if (row >= index && vlans_.has(vlan - kVlanIfIndexBase, port->first))
-                    return std::pair{std::move(row), Counts{}};
+                    return std::pair{std::move(row), Nothing{}};
             }
         return {};
     };
-    Columns<Counts> columns;
+    Columns<Nothing> columns;
     for (int magic = 4; magic <= 11; ++magic)
         columns.emplace_back(magic, fmt::format("{}StatisticColumn{}", words_.tables, magic),
-                             [this, magic](const Counts&, const Index& index) {
+                             [this, magic](const Nothing&, const Index& index) {
                                  const auto queries = static_cast<std::uint32_t>(switch_.uptime() / kQueryInterval);
                                  const oid rate = 1 + (index[0] + index[1] + static_cast<oid>(magic)) % 7;
                                  return queries * rate & 0x7fffffff;

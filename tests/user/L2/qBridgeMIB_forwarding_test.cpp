@@ -4,7 +4,7 @@
 namespace tests {
 namespace {
 
-const Oid kGroup{10, 1, 0, 0x5e, 0, 0, 0xfb, 0};  // VLAN, address, receive port
+const Oid kStaticGroup{10, 1, 0, 0x5e, 0, 0, 0xfb, 0};  // VLAN, address, receive port
 const std::string kAdd = "5 mac address-table static 01-00-5e-00-00-fb vlan 10";
 
 }  // namespace
@@ -30,7 +30,7 @@ TEST_F(QBridgeForwarding, GroupsHaveAFirstRowOfTheirOwn) {
     next("dot1qTpGroupLearnt", {0, 1, 2, 3, 4, 5, 6});  // the VLAN alone decides
     get("dot1qTpGroupLearnt", {10, 1, 0, 0x5e, 0, 0, 0xfb});
     next("dot1qStaticMulticastStaticEgressPorts");
-    get("dot1qStaticMulticastStatus", kGroup);
+    get("dot1qStaticMulticastStatus", kStaticGroup);
     EXPECT_THAT(commands(), ElementsAre("show debugging mcast group_table", "show debugging mcast group_table",
                                         "show debugging mcast group_table vlan 10 mac 01-00-5E-00-00-FB",
                                         "show debugging mcast static_table",
@@ -45,7 +45,7 @@ TEST_F(QBridgeForwarding, StaticPortsAreAddedBeforeOthersAreRemoved) {
     };
     const auto set_ports = [&](const Bytes& ports) {
         forget();
-        return set("dot1qStaticMulticastStaticEgressPorts", kGroup, OctetString, ports);
+        return set("dot1qStaticMulticastStaticEgressPorts", kStaticGroup, OctetString, ports);
     };
     EXPECT_EQ(set_ports({0x60, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x40, 0xff, 0xff}), noError);  // cut to 12 octets
     EXPECT_THAT(lines(), ElementsAre(kAdd + " interface port2", kAdd + " interface port3", kAdd + " interface port90",
@@ -72,8 +72,8 @@ TEST_F(QBridgeForwarding, StaticPortsAreAddedBeforeOthersAreRemoved) {
 TEST_F(QBridgeForwarding, WritersCheckWhatTheyTake) {
     answer("write_dot1qStaticMulticastStaticEgressPorts", Bytes(12));
     std::vector<Writable> writables{
-        Writable("dot1qStaticMulticastStaticEgressPorts", kGroup, OctetString, any_octets()),
-        Writable("dot1qStaticMulticastStatus", kGroup, Integer, between(1, 2))
+        Writable("dot1qStaticMulticastStaticEgressPorts", kStaticGroup, OctetString, any_octets()),
+        Writable("dot1qStaticMulticastStatus", kStaticGroup, Integer, between(1, 2))
             .sends({{1, {}}, {2, {"5 no mac address-table static 01-00-5e-00-00-fb vlan 10"}}}),
         Writable("dot1qStaticUnicastStatus", {1}, Integer, between(1, 5)).order(unparsed()).refused(),
         Writable("dot1qConstraintType", {1}, Integer, any_number()).order(unparsed()).refused(),
