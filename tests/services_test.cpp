@@ -2,7 +2,9 @@
 #include "services/services.h"
 #include "services/library.h"
 #include "services/registry.h"
+#include "support/checks.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,6 +15,7 @@
 #include <cstddef>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <numeric>
 #include <optional>
@@ -24,23 +27,16 @@
 namespace tests {
 namespace {
 
-using services::Oid;
+using ::testing::AllOf;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using Bytes = std::vector<unsigned char>;
-
-constexpr int kKinds[] = {0, 2, 6, 7, 8, 10, 11, 12, 13, 14};
+using ::testing::ThrowsMessage;
 
 template <class Record>
 Bytes bytes_of(const Record& record) {
     Bytes bytes(sizeof record);
     std::memcpy(bytes.data(), &record, sizeof record);
     return bytes;
-}
-
-Bytes operator+(Bytes left, const Bytes& right) {
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
 }
 
 InetAddress ipv4(unsigned char a, unsigned char b, unsigned char c, unsigned char d) { return {1, 4, {a, b, c, d}, 0}; }
@@ -51,24 +47,18 @@ InetText inet_text(std::uint32_t type, const char* text, std::uint32_t prefix_le
     return field;
 }
 
-int to_field(int kind, const oid* first, int count, void* field) {
-    return reinterpret_cast<uib_to_field*>(uib_oid_convert[3 * kind])(first, count, field);
-}
-
 int to_oid(int kind, oid* out, const void* field, int count) {
     return reinterpret_cast<uib_to_oid*>(uib_oid_convert[3 * kind + 1])(out, field, count);
 }
 
-// A field of any kind with nothing after it, so that a sanitizer sees a step beyond it.
+// A field of any kind with what an index puts there. Nothing follows it, so that a sanitizer sees a step beyond it.
 class Field {
 public:
-    explicit Field(int kind, std::size_t octets) : memory_(octets, 0xee) {
-        if (kind == 14) {
-            counted_ = {0, static_cast<std::uint32_t>(octets), memory_.data()};
-            place_ = &counted_;
-        } else {
-            place_ = memory_.data();
-        }
+    Field(int kind, std::size_t octets, const Oid& index) : memory_(octets, 0xee) {
+        if (kind == 14) counted_ = {0, static_cast<std::uint32_t>(octets), memory_.data()};
+        place_ = kind == 14 ? static_cast<void*>(&counted_) : memory_.data();
+        auto* const convert = reinterpret_cast<uib_to_field*>(uib_oid_convert[3 * kind]);
+        EXPECT_EQ(convert(index.data(), static_cast<int>(index.size()), place_), 0);
     }
     void* place() { return place_; }
     const Bytes& octets() const { return memory_; }
@@ -80,19 +70,6 @@ private:
     void* place_;
 };
 
-std::size_t field_size(int kind) {
-    switch (kind) {
-        case 6: return 6;
-        case 7: return sizeof(InetText);
-        case 10: return sizeof(InetAddress);
-        case 11: return sizeof(InetPrefix);
-        case 12: return sizeof(InetPairOnInterface);
-        case 13: return 2 * sizeof(InetAddress);
-        case 14: return 5;
-        default: return 4;
-    }
-}
-
 struct Conversion {
     int kind;
     Oid index;
@@ -102,46 +79,39 @@ struct Conversion {
 const std::vector<Conversion>& conversions() {
     static const InetAddress v6{2, 16, {0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}, 0};
     static const Oid v6_index{2, 16, 0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
-    static const auto join = [](Oid left, const Oid& right) {
-        left.insert(left.end(), right.begin(), right.end());
-        return left;
-    };
     static const std::vector<Conversion> all{
         {2, {4294967295}, bytes_of(std::uint32_t{4294967295})},
         {6, {0, 1, 2, 253, 254, 255}, {0, 1, 2, 253, 254, 255}},
         {7, {1, 4, 192, 0, 2, 0, 24}, bytes_of(inet_text(1, "192.0.2.0", 24))},
-        {7, join(v6_index, {64}), bytes_of(inet_text(2, "2001:db8::1", 64))},
+        {7, join(v6_index, Oid{64}), bytes_of(inet_text(2, "2001:db8::1", 64))},
         {7, {16, 3, 'a', '.', 'b', 0}, bytes_of(inet_text(16, "a.b", 0))},
         {8, {2, 0, 70000}, bytes_of(std::uint32_t{70000})},
         {10, {1, 4, 10, 0, 0, 255}, bytes_of(ipv4(10, 0, 0, 255))},
         {10, v6_index, bytes_of(v6)},
         {10, {0, 0}, Bytes(28, 0)},
         {11, {1, 4, 10, 0, 0, 0, 8}, bytes_of(InetPrefix{ipv4(10, 0, 0, 0), 8})},
-        {11, join(v6_index, {128}), bytes_of(InetPrefix{v6, 128})},
+        {11, join(v6_index, Oid{128}), bytes_of(InetPrefix{v6, 128})},
         {12,
          {1, 4, 239, 1, 1, 1, 1025, 4, 10, 0, 0, 9},
          bytes_of(InetPairOnInterface{ipv4(239, 1, 1, 1), 1025, ipv4(10, 0, 0, 9)})},
-        {13, join({1, 4, 239, 1, 1, 1}, v6_index), bytes_of(ipv4(239, 1, 1, 1)) + bytes_of(v6)},
+        {13, join(Oid{1, 4, 239, 1, 1, 1}, v6_index), join(bytes_of(ipv4(239, 1, 1, 1)), bytes_of(v6))},
         {14, {5, 'h', 'e', 'l', 'l', 'o'}, {'h', 'e', 'l', 'l', 'o'}},
     };
     return all;
 }
 
-}  // namespace
-
 TEST(IndexConversion, EveryKindConvertsToItsFieldAndBack) {
-    for (const Conversion& conversion : conversions()) {
-        SCOPED_TRACE("kind " + std::to_string(conversion.kind) + " " + services::to_string(conversion.index));
-        const int count = static_cast<int>(conversion.index.size());
-        ASSERT_EQ(uib_snmp_get_oid_size(conversion.index.data(), conversion.kind), count);
-        Field field(conversion.kind, conversion.field.size());
-        EXPECT_EQ(to_field(conversion.kind, conversion.index.data(), count, field.place()), 0);
-        EXPECT_EQ(field.octets(), conversion.field);
+    for (const auto& [kind, index, octets] : conversions()) {
+        SCOPED_TRACE("kind " + std::to_string(kind) + " " + services::to_string(index));
+        const int count = static_cast<int>(index.size());
+        ASSERT_EQ(uib_snmp_get_oid_size(index.data(), kind), count);
+        Field field(kind, octets.size(), index);
+        EXPECT_EQ(field.octets(), octets);
 
-        ASSERT_EQ(uib_snmp_set_oid_size(nullptr, conversion.kind, field.place()), count);
-        Oid back(conversion.index.size());
-        EXPECT_EQ(to_oid(conversion.kind, back.data(), field.place(), count), 0);
-        EXPECT_EQ(back, conversion.index);
+        ASSERT_EQ(uib_snmp_set_oid_size(nullptr, kind, field.place()), count);
+        Oid back(index.size());
+        EXPECT_EQ(to_oid(kind, back.data(), field.place(), count), 0);
+        EXPECT_EQ(back, index);
     }
 }
 
@@ -152,45 +122,36 @@ TEST(IndexConversion, AFixedStringIsSizedOnly) {
 }
 
 TEST(IndexConversion, WhatIsNotGivenIsZero) {
-    for (const Conversion& conversion : conversions()) {
-        const auto complete = static_cast<int>(conversion.index.size());
-        for (int given = 0; given < complete; ++given) {
-            SCOPED_TRACE("kind " + std::to_string(conversion.kind) + ", " + std::to_string(given) + " given");
-            const Oid cut(conversion.index.begin(), conversion.index.begin() + given);  // nothing readable after it
+    for (const auto& [kind, index, octets] : conversions())
+        for (std::size_t given = 0; given < index.size(); ++given) {
+            SCOPED_TRACE("kind " + std::to_string(kind) + ", " + std::to_string(given) + " given");
+            const Oid cut(index.begin(), index.begin() + static_cast<std::ptrdiff_t>(given));
             Oid padded = cut;
-            padded.resize(conversion.index.size());
-            Field field(conversion.kind, conversion.field.size());
-            Field expected(conversion.kind, conversion.field.size());
-            to_field(conversion.kind, cut.data(), given, field.place());
-            to_field(conversion.kind, padded.data(), complete, expected.place());
-            Bytes octets = expected.octets();
+            padded.resize(index.size());
+            Bytes expected = Field(kind, octets.size(), padded).octets();
             // The second address of kind 12 has the first one's type only where it is reached.
-            if (conversion.kind == 12 && given <= 7) octets[offsetof(InetPairOnInterface, second.type)] = 0;
-            EXPECT_EQ(field.octets(), octets);
+            if (kind == 12 && given <= 7) expected[offsetof(InetPairOnInterface, second.type)] = 0;
+            EXPECT_EQ(Field(kind, octets.size(), cut).octets(), expected);
         }
-    }
 }
 
 TEST(IndexConversion, HostileCountsStayWithinBounds) {
     const oid hostile[] = {0,  1,   3,   4,     15,         16,         17,         64,
                            65, 255, 256, 65536, 0x7fffffff, 0x80000000, 4000000000, 0xffffffff};
-    for (const int kind : kKinds)
+    for (const auto& [kind, index, octets] : conversions())
         for (const oid a : hostile)
             for (const oid b : hostile)
-                for (const std::size_t given :
-                     {std::size_t{1}, std::size_t{2}, std::size_t{3}, std::size_t{9}, std::size_t{100}}) {
+                for (const int given : {1, 2, 3, 9, 100}) {
                     // A request of `given` sub-identifiers and what a host keeps readable after a longest one.
-                    Oid request(given + 32, 300);
+                    Oid request(static_cast<std::size_t>(given) + 32, 300);
                     request[0] = a;
                     request[1] = b;
                     const int size = uib_snmp_get_oid_size(request.data(), kind);
                     ASSERT_GT(size, 0);
                     ASSERT_LT(size, INT_MAX / 4);
-                    if (uib_oid_convert[3 * kind] == nullptr) continue;
-                    request.resize(given);
+                    request.resize(static_cast<std::size_t>(std::min(given, size)));
                     request.shrink_to_fit();
-                    Field field(kind, field_size(kind));
-                    to_field(kind, request.data(), std::min(static_cast<int>(given), size), field.place());
+                    Field field(kind, octets.size(), request);
                     const int needed = uib_snmp_set_oid_size(nullptr, kind, field.place());
                     ASSERT_LE(needed, 128);
                     Oid out(static_cast<std::size_t>(needed));
@@ -200,23 +161,16 @@ TEST(IndexConversion, HostileCountsStayWithinBounds) {
 
 TEST(IndexConversion, AWrongAddressLengthFitsNoRequestAndKeepsItsOrder) {
     const Oid address{1, 17, 10, 0, 0, 1};
-    Field field(10, sizeof(InetAddress));
-    to_field(10, address.data(), static_cast<int>(address.size()), field.place());
-    EXPECT_EQ(field.octets(), bytes_of(InetAddress{1, 17, {10, 0, 0, 1}, 0}));
+    EXPECT_EQ(Field(10, sizeof(InetAddress), address).octets(), bytes_of(InetAddress{1, 17, {10, 0, 0, 1}, 0}));
     for (const int kind : {12, 13}) EXPECT_GT(uib_snmp_get_oid_size(address.data(), kind), 128);
 }
 
 TEST(IndexConversion, ASubIdentifierThatIsNotAnOctetSortsAfterEveryOctet) {
-    const Oid mac{0, 1, 300, 3, 4, 5};
-    Field field(6, 6);
-    to_field(6, mac.data(), 6, field.place());
-    EXPECT_THAT(field.octets(), ElementsAre(0, 1, 255, 255, 255, 255));
+    EXPECT_THAT(Field(6, 6, {0, 1, 300, 3, 4, 5}).octets(), ElementsAre(0, 1, 255, 255, 255, 255));
 }
 
 TEST(IndexConversion, ACountedStringIsCutToItsCapacity) {
-    const Oid index{7, 'a', 'b', 'c', 'd', 'e', 'f', 'g'};
-    Field field(14, 5);
-    to_field(14, index.data(), 8, field.place());
+    Field field(14, 5, {7, 'a', 'b', 'c', 'd', 'e', 'f', 'g'});
     EXPECT_EQ(field.counted().length, 5u);
     EXPECT_THAT(field.octets(), ElementsAre('a', 'b', 'c', 'd', 'e'));
     field.counted().length = 4000000000;
@@ -243,11 +197,8 @@ TEST(Addresses, AreSpelledByTheirType) {
 }
 
 TEST(Lists, MembersAreCountedFromTheFirstOctetsHighestBit) {
-    Bytes list(12, 0);
-    EXPECT_NE(PORTLIST_chk_empty(list.data()), 0);
-    list[0] = 0x80;
-    list[1] = 0x01;
-    list[11] = 0x01;
+    EXPECT_NE(PORTLIST_chk_empty(Bytes(12).data()), 0);
+    Bytes list{0x80, 0x01, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x01};
     EXPECT_EQ(PORTLIST_chk_empty(list.data()), 0);
     std::vector<int> members;
     for (int port = -200; port < 300; ++port)
@@ -266,10 +217,8 @@ TEST(Lists, ResultsMayBeSources) {
         Bytes a(size), b(size, 0x3c);
         std::iota(a.begin(), a.end(), static_cast<unsigned char>(1));
         Bytes common(size), differing(size);
-        for (std::size_t i = 0; i < size; ++i) {
-            common[i] = a[i] & b[i];
-            differing[i] = a[i] ^ b[i];
-        }
+        std::ranges::transform(a, b, common.begin(), std::bit_and<>());
+        std::ranges::transform(a, b, differing.begin(), std::bit_xor<>());
         Bytes first = a;
         both(first.data(), b.data(), first.data());
         EXPECT_EQ(first, common);
@@ -278,8 +227,6 @@ TEST(Lists, ResultsMayBeSources) {
         EXPECT_EQ(second, differing);
     }
 }
-
-namespace {
 
 // Every test finds the host without anything plugged in, and leaves it as it was.
 class HostTest : public ::testing::Test, protected services::Backend {
@@ -320,8 +267,6 @@ VariableEntry variable(const Oid& name, ReadMethod* read = read_nothing) {
     return entry;
 }
 
-}  // namespace
-
 TEST_F(HostTest, RequestsReachTheBackendAsTheyWereSent) {
     std::size_t length = 0;
     std::uint32_t key = 7;
@@ -341,11 +286,9 @@ TEST_F(HostTest, RequestsReachTheBackendAsTheyWereSent) {
 
     ASSERT_EQ(shown.size(), 2u);
     const services::ShowRequest& request = shown.front();
-    EXPECT_EQ(std::tie(request.request_class, request.command, request.name),
-              std::make_tuple(1ull << 40, "show it 7", "aTable"));
-    EXPECT_EQ(std::tie(request.result_size, request.key_size, request.magic, request.exact, request.index_count,
-                       request.line),
-              std::make_tuple(8192, 4, 3, 0, 2, 99));
+    EXPECT_EQ(std::tie(request.request_class, request.command, request.result_size, request.key_size, request.magic,
+                       request.exact, request.index_count, request.name, request.line),
+              std::make_tuple(1ull << 40, "show it 7", 8192, 4, 3, 0, 2, "aTable", 99));
     EXPECT_TRUE(request.result == ret_value && request.key == &key && request.value_length == &length);
     ASSERT_EQ(configured.size(), 2u);
     EXPECT_EQ(std::tie(configured[0].mode, configured[0].command, configured[0].caller, configured[0].line),
@@ -379,8 +322,7 @@ TEST_F(HostTest, LogLinesAreFormattedWhole) {
     debugmsg("token", "nobody %s", "listens");
     std::vector<std::string> lines;
     services::services().log = [&](const services::LogLine& line) {
-        lines.push_back(line.channel + "|" + line.token + "|" + std::to_string(line.category) + "|" +
-                        std::to_string(line.level) + "|" + line.text);
+        lines.push_back(fmt::format("{}|{}|{}|{}|{}", line.channel, line.token, line.category, line.level, line.text));
     };
     const std::string longer(5000, 'x');
     debugmsgtoken("trace", "%d:%s", 1, longer.c_str());
@@ -432,12 +374,11 @@ TEST_F(HostTest, RegistrationsAreCheckedBeforeTheyAreTaken) {
     const VariableEntry unreadable = variable({1}, nullptr);
     const Oid module{1, 3, 6, 1, 4, 1, 32473, 1};
     const Oid other{1, 3, 6, 1, 4, 1, 32473, 2};
-    const Oid longest(128, 1);
     const auto add = [](const VariableEntry* variables, std::size_t size, std::size_t count, const Oid& oid) {
         return register_mib("it", variables, size, count, oid.data(), oid.size()) == 0;
     };
     EXPECT_FALSE(add(entries, sizeof *entries - 4, 2, module));
-    EXPECT_FALSE(add(entries, sizeof *entries, 2, longest));
+    EXPECT_FALSE(add(entries, sizeof *entries, 2, Oid(128, 1)));
     EXPECT_FALSE(add(&unreadable, sizeof unreadable, 1, module));
     EXPECT_TRUE(add(entries, sizeof *entries, 2, module));
     EXPECT_FALSE(add(entries, sizeof *entries, 2, module));  // a second time
@@ -467,32 +408,31 @@ TEST_F(HostTest, OidsAreReadFromNumbersAndNames) {
     services::Library library(SWITCHMIB_LIBRARY);
     library.initialise();
     const services::Registry registry(services::services().registrations, library);
-    std::string longest = "1";
-    for (int i = 1; i < 128; ++i) longest += ".1";
-
-    for (const auto& [text, oid] :
-         std::initializer_list<std::pair<const char*, Oid>>{{"1.3.6.1", {1, 3, 6, 1}},
-                                                            {".1.3.4294967295", {1, 3, 4294967295}},
-                                                            {"0", {0}},
-                                                            {"ifDescr", {1, 3, 6, 1, 2, 1, 2, 2, 1, 2}},
-                                                            {"ifDescr.5121", {1, 3, 6, 1, 2, 1, 2, 2, 1, 2, 5121}},
-                                                            {"interfaces", {1, 3, 6, 1, 2, 1, 2}},
-                                                            {"ifDescr[5121]", {1, 3, 6, 1, 2, 1, 2, 2, 1, 2, 5121}},
-                                                            {"IF-MIB::ifNumber.0", {1, 3, 6, 1, 2, 1, 2, 1, 0}},
-                                                            {"interfaces::ifTable", {1, 3, 6, 1, 2, 1, 2, 2}},
-                                                            {"Q-BRIDGE-MIB", {1, 3, 6, 1, 2, 1, 17, 7}},
-                                                            {"interfaces.2", {1, 3, 6, 1, 2, 1, 2, 2}}}) {
-        EXPECT_EQ(registry.parse(text), oid) << text;
-    }
+    const std::string longest = services::to_string(Oid(128, 1));
+    const Oid if_descr{1, 3, 6, 1, 2, 1, 2, 2, 1, 2};
+    const std::pair<const char*, Oid> parsed[] = {
+        {"1.3.6.1", {1, 3, 6, 1}},
+        {".1.3.4294967295", {1, 3, 4294967295}},
+        {"0", {0}},
+        {"ifDescr", if_descr},
+        {"ifDescr.5121", join(if_descr, Oid{5121})},
+        {"interfaces", {1, 3, 6, 1, 2, 1, 2}},
+        {"ifDescr[5121]", join(if_descr, Oid{5121})},
+        {"IF-MIB::ifNumber.0", {1, 3, 6, 1, 2, 1, 2, 1, 0}},
+        {"interfaces::ifTable", {1, 3, 6, 1, 2, 1, 2, 2}},
+        {"Q-BRIDGE-MIB", {1, 3, 6, 1, 2, 1, 17, 7}},
+        {"interfaces.2", {1, 3, 6, 1, 2, 1, 2, 2}},
+    };
+    for (const auto& [text, oid] : parsed) EXPECT_EQ(registry.parse(text), oid) << text;
     EXPECT_TRUE(registry.parse(longest));
     const std::vector<std::string> malformed{
         "",   ".",  "1..3",     "1.",         "..1",       "4294967296", "-1",           "1.3x",
         " 1", "+1", "ifDescr.", "ifDescr..1", "ifDescr.x", "noSuchName", longest + ".1", "ifDescr." + longest};
     for (const std::string& text : malformed) EXPECT_FALSE(registry.parse(text)) << text;
 
-    EXPECT_EQ(registry.format({1, 3, 6, 1, 2, 1, 2, 2, 1, 2, 5121}), "ifDescr[ifIndex 5121]");
-    EXPECT_EQ(registry.format({1, 3, 6, 1, 2, 1, 2, 2, 1, 2, 5121, 1}), "ifDescr.5121.1");
-    EXPECT_EQ(registry.format({1, 3, 6, 1, 2, 1, 2, 2, 1, 2}), "ifDescr");
+    EXPECT_EQ(registry.format(join(if_descr, Oid{5121})), "ifDescr[ifIndex 5121]");
+    EXPECT_EQ(registry.format(join(if_descr, Oid{5121, 1})), "ifDescr.5121.1");
+    EXPECT_EQ(registry.format(if_descr), "ifDescr");
     EXPECT_EQ(registry.format({1, 3, 6, 1, 2, 1, 2, 2}), "1.3.6.1.2.1.2.2");
 }
 
@@ -505,22 +445,19 @@ TEST_F(HostTest, ALibrarysExportsAreItsOwn) {
     EXPECT_EQ(library.symbol("memcpy"), nullptr);  // one of what the library needs itself
 }
 
-namespace {
-
 void expect_refusal(const std::string& path, const std::string& reason) {
-    try {
-        services::Library library(path);
-        ADD_FAILURE() << path << " was taken";
-    } catch (const std::runtime_error& error) {
-        EXPECT_THAT(error.what(), ::testing::AllOf(HasSubstr(path), HasSubstr(reason)));
-    }
+    EXPECT_THAT([&] { const services::Library library(path); },
+                ThrowsMessage<std::runtime_error>(AllOf(HasSubstr(path), HasSubstr(reason))));
 }
 
-}  // namespace
-
 TEST_F(HostTest, FilesThatAreNotAModuleLibraryAreNamed) {
-    const std::string copy = ::testing::TempDir() + "no_library.so";
-    const auto write = [&](const std::string& octets) { std::ofstream(copy, std::ios::binary) << octets; };
+    expect_refusal("", "empty");
+    expect_refusal("/nonexistent/lib.so", "no such file");
+    expect_refusal(::testing::TempDir(), "not a file");
+#ifdef __x86_64__  // under emulation the file of libc cannot be seen
+    expect_refusal("libc.so.6", "_snmp_init");
+#endif
+
     std::ifstream stream(SWITCHMIB_LIBRARY, std::ios::binary);
     const std::string whole(std::istreambuf_iterator<char>(stream), {});
     const auto with = [&](std::size_t offset, char octet) {
@@ -528,30 +465,27 @@ TEST_F(HostTest, FilesThatAreNotAModuleLibraryAreNamed) {
         changed[offset] = octet;
         return changed;
     };
-
-    expect_refusal("", "empty");
-    expect_refusal("/nonexistent/lib.so", "no such file");
-    expect_refusal(::testing::TempDir(), "not a file");
-#ifdef __x86_64__  // under emulation the file of libc cannot be seen
-    expect_refusal("libc.so.6", "_snmp_init");
-#endif
-    for (const std::string& text : {std::string(), std::string("\x7f"), std::string("not an ELF file\n")}) {
-        write(text);
-        expect_refusal(copy, "not an ELF file");
+    const bool is_32_bit = sizeof(void*) == 4;
+    const std::pair<std::string, const char*> files[] = {
+        {"", "not an ELF file"},
+        {"\x7f", "not an ELF file"},
+        {"not an ELF file\n", "not an ELF file"},
+        // Cut anywhere, also between what is mapped and the section headers at the end.
+        {whole.substr(0, 8), "cut short"},
+        {whole.substr(0, 100), "cut short"},
+        {whole.substr(0, whole.size() / 2), "cut short"},
+        {whole.substr(0, whole.size() - 1), "cut short"},
+        {with(offsetof(Elf32_Ehdr, e_machine), EM_SPARC), "another machine"},
+        {with(EI_DATA, ELFDATA2MSB), "another machine"},
+        {with(EI_CLASS, is_32_bit ? ELFCLASS64 : ELFCLASS32), is_32_bit ? "64-bit" : "32-bit"},
+        {with(offsetof(Elf32_Ehdr, e_type), ET_EXEC), "not a shared library"},
+    };
+    const std::string path = ::testing::TempDir() + "no_library.so";
+    for (const auto& [octets, reason] : files) {
+        std::ofstream(path, std::ios::binary) << octets;
+        expect_refusal(path, reason);
     }
-    // Cut anywhere, also between what is mapped and the section headers at the end.
-    for (const std::size_t left : {std::size_t{8}, std::size_t{100}, whole.size() / 2, whole.size() - 1}) {
-        write(whole.substr(0, left));
-        expect_refusal(copy, "cut short");
-    }
-    write(with(offsetof(Elf32_Ehdr, e_machine), EM_SPARC));
-    expect_refusal(copy, "another machine");
-    write(with(EI_DATA, ELFDATA2MSB));
-    expect_refusal(copy, "another machine");
-    write(with(EI_CLASS, sizeof(void*) == 4 ? ELFCLASS64 : ELFCLASS32));
-    expect_refusal(copy, sizeof(void*) == 4 ? "64-bit" : "32-bit");
-    write(with(offsetof(Elf32_Ehdr, e_type), ET_EXEC));
-    expect_refusal(copy, "not a shared library");
 }
 
+}  // namespace
 }  // namespace tests
