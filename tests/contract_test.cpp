@@ -1,4 +1,4 @@
-// The contract with the backend: each module's as tests/golden/contract has it, whatever was staged before, and printed.
+// The contract with the backend: as tests/golden/contract has it for each module, whatever was staged, and printed.
 #include "tool/contract.h"
 #include "support/golden.h"
 #include "support/recording_host.h"
