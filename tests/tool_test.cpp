@@ -11,7 +11,6 @@
 #include "tool/trace.h"
 #include "tool/walk.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -38,6 +37,13 @@ std::string complaint(const Call& call) {
     return "";
 }
 
+// Of the cases, inputs and messages, each input is refused with its message.
+void expect_complaints(const auto& cases, const auto& parse) {
+    for (const auto& [input, message] : cases)
+        EXPECT_THAT(complaint([&, &input = input] { parse(input); }), HasSubstr(message))
+            << testing::PrintToString(input);
+}
+
 class Tool : public tests::RecordingHost {
 protected:
     const services::Registry& registry = loaded().registry;
@@ -62,7 +68,6 @@ TEST_F(Tool, PrintsValuesByType) {
         {Value::object_id(oid_of("ifDescr", {2})), "OID: ifDescr[ifIndex 2]"},
         {{agent::kIpAddress, {192, 0, 2, 255}}, "IpAddress: 192.0.2.255"},
         {{agent::kIpAddress, {192, 0}}, "IpAddress: wrong size, 2 octets: c0 00"},
-        {{agent::kInteger, {}}, "INTEGER: wrong size, 0 octets: "},
         {{agent::kObjectId, {1, 2, 3}}, "OID: 01 02 03"},
         {{agent::kNoSuchInstance, {}}, "noSuchInstance"},
         {{0x47, {1}}, "type 0x47: 01"},
@@ -78,7 +83,7 @@ TEST_F(Tool, PrintsValuesByType) {
                                 "group": "interfacesGlobals", "scalar": "1", "magic": 1, "type": "noSuchInstance"})"));
     const auto route = tool::json_varbind(
         registry, {*registry.parse("inetCidrRouteType[10.0.0.0/8, 0.0, 192.0.2.1]"), Value::octet_string({0xff})});
-    EXPECT_EQ(route["index"], tool::Json::parse(R"(["10.0.0.0/8", "0.0", "192.0.2.1"])"));
+    EXPECT_EQ(route["index"], (tool::Json{"10.0.0.0/8", "0.0", "192.0.2.1"}));
     EXPECT_EQ(route["octets"], "ff");
     EXPECT_EQ(tool::in_quotes("desc a\nno shutdown\x7f"), R"("desc a\x0ano shutdown\x7f")");
 }
@@ -102,8 +107,6 @@ mvrSourcePortList    mvrPortEntry.2   MvrPortList     read-create     current
     services::Registry with_texts(loaded().registrations, loaded().library);
     with_texts.set_syntaxes(services::read_syntaxes(path));
 
-    Bytes written(652);
-    written[640] = 0x80;
     const struct {
         const char* name;
         Value value;
@@ -128,9 +131,10 @@ mvrSourcePortList    mvrPortEntry.2   MvrPortList     read-create     current
     };
     for (const auto& [name, value, text] : cases)
         EXPECT_EQ(tool::format_varbind(with_texts, {oid_of(name, {}), value}), std::string(name) + " = " + text);
-    // Its first 640 octets are not ports.
-    EXPECT_THAT(tool::format_varbind(with_texts, {oid_of("mvrSourcePortList", {}), Value::octet_string(written)}),
-                HasSubstr("Hex-STRING: 00"));
+    // As it is written, it has its ports after 640 other octets.
+    EXPECT_THAT(
+        tool::format_varbind(with_texts, {oid_of("mvrSourcePortList", {}), Value::octet_string(Bytes(652, 0x80))}),
+        HasSubstr("= Hex-STRING: 80 80"));
     const auto json = tool::json_varbind(with_texts, {oid_of("swPortSpeed", {5121}), Value::integer(6)});
     EXPECT_EQ(json["value"], 6);
     EXPECT_EQ(json["text"], "auto(6)");
@@ -177,64 +181,43 @@ TEST_F(Tool, ParsesOids) {
         {"", "not a sub-identifier"},
         {long_oid, "more than 128"},
     };
-    for (const auto& [text, message] : cases)
-        EXPECT_THAT(complaint([&, &text = text] { tool::parse_oid(registry, text); }), HasSubstr(message)) << text;
+    expect_complaints(cases, [&](const auto& text) { tool::parse_oid(registry, text); });
 }
 
 // Every index and key of each kind, by its text.
 TEST(ToolIndex, PartsOfIndexAndKey) {
-    const auto address = [](std::uint32_t type, Bytes octets) {
-        InetAddress record{};
-        record.type = type;
-        record.length = static_cast<std::uint32_t>(octets.size());
-        std::ranges::copy(octets, record.octets);
-        return record;
-    };
-    const auto bytes = [](const auto&... records) {
-        Bytes all;
-        const auto add = [&](const void* record, std::size_t size) {
-            const auto* octets = static_cast<const std::uint8_t*>(record);
-            all.insert(all.end(), octets, octets + size);
-        };
-        (add(&records, sizeof records), ...);
-        return all;
-    };
-    const InetAddress v4 = address(1, {10, 0, 0, 1});
-    const InetAddress v6 = address(2, {0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1});
-    const InetAddress none = address(0, {});
-    const InetText text{1, "10.0.0.0", 24};
-    const std::uint32_t number = 4000000000U;
-    const std::uint8_t octets[] = {0, 0x1b, 0xff, 4, 5, 6};
-    const services::Oid v6_ids{2, 16, 0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
-    services::Oid v6_prefix = v6_ids;
-    v6_prefix.push_back(64);
+    using tests::join, tests::integer, tests::address_record;
+    const Bytes number = integer(4000000000), mac{0, 0x1b, 0xff, 4, 5, 6};
+    const Bytes v6_octets{0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
+    const Bytes v4 = address_record({10, 0, 0, 1}), v6 = address_record(v6_octets), none = address_record({});
+    Bytes prefix = tests::text("10.0.0.0");
+    prefix.resize(sizeof(InetText::text));
+    const services::Oid v6_ids = join({2, 16}, services::Oid(v6_octets.begin(), v6_octets.end()));
     const struct {
         services::IndexField field;
         services::Oid ids;
         std::string text;
         Bytes key;
-        std::string key_text;  // where it is another one
+        std::string key_text = text;  // where it is another one
     } cases[] = {
-        {{2, 4}, {4000000000U}, "4000000000", bytes(number), ""},
-        {{6, 6}, {0, 0x1b, 0xff, 4, 5, 6}, "00:1b:ff:04:05:06", bytes(octets), ""},
-        {{0, 6}, {0, 0x1b, 0xff, 4, 5, 6}, "00:1b:ff:04:05:06", bytes(octets), ""},
-        {{14, 6}, {6, 0, 0x1b, 0xff, 4, 5, 6}, "00:1b:ff:04:05:06", bytes(octets), ""},
-        {{8, 4}, {3, 2, 0, 4000000000U}, "2.0.4000000000", bytes(number), "4000000000"},
-        {{7, 72}, {1, 4, 10, 0, 0, 0, 24}, "10.0.0.0/24", bytes(text), ""},
-        {{10, 28}, {1, 4, 10, 0, 0, 1}, "10.0.0.1", bytes(v4), ""},
-        {{10, 28}, v6_ids, "2001:db8::1", bytes(v6), ""},
-        {{10, 28}, {0, 0}, "none", bytes(none), ""},
-        {{11, 32}, v6_prefix, "2001:db8::1/64", bytes(v6, std::uint32_t{64}), ""},
-        {{12, 60}, {1, 4, 10, 0, 0, 1, 7, 4, 10, 0, 0, 1}, "10.0.0.1 7 10.0.0.1", bytes(v4, std::uint32_t{7}, v4), ""},
-        {{13, 56}, {1, 4, 10, 0, 0, 1, 0, 0}, "10.0.0.1 none", bytes(v4, none), ""},
+        {{2, 4}, {4000000000U}, "4000000000", number},
+        {{6, 6}, {0, 0x1b, 0xff, 4, 5, 6}, "00:1b:ff:04:05:06", mac},
+        {{0, 6}, {0, 0x1b, 0xff, 4, 5, 6}, "00:1b:ff:04:05:06", mac},
+        {{14, 6}, {6, 0, 0x1b, 0xff, 4, 5, 6}, "00:1b:ff:04:05:06", mac},
+        {{8, 4}, {3, 2, 0, 4000000000U}, "2.0.4000000000", number, "4000000000"},
+        {{7, 72}, {1, 4, 10, 0, 0, 0, 24}, "10.0.0.0/24", join(join(integer(1), prefix), integer(24))},
+        {{10, 28}, {1, 4, 10, 0, 0, 1}, "10.0.0.1", v4},
+        {{10, 28}, v6_ids, "2001:db8::1", v6},
+        {{10, 28}, {0, 0}, "none", none},
+        {{11, 32}, join(v6_ids, {64}), "2001:db8::1/64", join(v6, integer(64))},
+        {{12, 60}, {1, 4, 10, 0, 0, 1, 7, 4, 10, 0, 0, 1}, "10.0.0.1 7 10.0.0.1", join(join(v4, integer(7)), v4)},
+        {{13, 56}, {1, 4, 10, 0, 0, 1, 0, 0}, "10.0.0.1 none", join(v4, none)},
     };
     for (const auto& [field, ids, text_of_index, key, text_of_key] : cases) {
-        const std::vector<std::string> parts{text_of_index};
-        EXPECT_EQ(services::index_parts({field}, ids.data(), ids.size()), parts);
+        EXPECT_EQ(services::index_parts({field}, ids.data(), ids.size()), std::vector{text_of_index});
         EXPECT_EQ(services::index_parts({field}, ids.data(), ids.size() - 1), std::nullopt) << text_of_index;
         EXPECT_EQ(services::index_from_text(field, text_of_index), ids) << text_of_index;
-        EXPECT_EQ(services::key_parts({field}, key.data(), key.size()),
-                  std::vector{text_of_key.empty() ? text_of_index : text_of_key});
+        EXPECT_EQ(services::key_parts({field}, key.data(), key.size()), std::vector{text_of_key});
         EXPECT_EQ(services::key_parts({field}, key.data(), key.size() - 1), std::nullopt) << text_of_index;
     }
 
@@ -242,44 +225,32 @@ TEST(ToolIndex, PartsOfIndexAndKey) {
     const std::uint8_t padded[] = {1, 2, 3, 4, 5, 6, 0xee, 0xee, 7, 0, 0, 0, 0xee};
     EXPECT_EQ(services::key_parts({{6, 6}, {2, 4}}, padded, sizeof padded),
               (std::vector<std::string>{"01:02:03:04:05:06", "7"}));
-    const InetAddress unknown = address(3, {1, 2, 3, 4});
-    EXPECT_EQ(services::key_parts({{10, 28}}, &unknown, sizeof unknown), std::nullopt);
+    Bytes unknown = v4;
+    unknown[0] = 3;  // its type
+    EXPECT_EQ(services::key_parts({{10, 28}}, unknown.data(), 28), std::nullopt);
     const services::Oid wrong[] = {{1, 4, 10, 0, 0, 256}, {1, 5, 1, 2, 3, 4, 5}, {3, 4, 1, 2, 3, 4}, {1, 0}, {}};
     for (const services::Oid& ids : wrong)
         EXPECT_EQ(services::index_parts({{10, 28}}, ids.data(), ids.size()), std::nullopt);
 
-    const std::pair<services::IndexField, std::string> no_values[] = {
-        {{2, 4}, "-1"},
-        {{2, 4}, "4294967296"},
-        {{2, 4}, ""},
-        {{6, 6}, "00:1b:ff:04:05"},
-        {{6, 6}, "001bff"},
-        {{6, 6}, "00:1b:ff:04:05:06:"},
-        {{14, 2}, "xx"},
-        {{8, 4}, "1..2"},
-        {{10, 28}, "10.0.0"},
-        {{11, 32}, "10.0.0.1"},
-        {{11, 32}, "10.0.0.0/x"},
-        {{13, 56}, "10.0.0.1"},
-        {{12, 60}, "10.0.0.1 10.0.0.1"},
-        {{99, 1}, "1"},
+    const std::pair<services::IndexField, std::vector<std::string>> no_values[] = {
+        {{2, 4}, {"-1", "4294967296", ""}},
+        {{6, 6}, {"00:1b:ff:04:05", "001bff", "00:1b:ff:04:05:06:"}},
+        {{14, 2}, {"xx"}},
+        {{8, 4}, {"1..2"}},
+        {{10, 28}, {"10.0.0"}},
+        {{11, 32}, {"10.0.0.1", "10.0.0.0/x"}},
+        {{13, 56}, {"10.0.0.1"}},
+        {{12, 60}, {"10.0.0.1 10.0.0.1"}},
+        {{99, 1}, {"1"}},
     };
-    for (const auto& [field, text_of_none] : no_values)
-        EXPECT_EQ(services::index_from_text(field, text_of_none), std::nullopt) << text_of_none;
+    for (const auto& [field, texts] : no_values)
+        for (const std::string& none_of : texts)
+            EXPECT_EQ(services::index_from_text(field, none_of), std::nullopt) << none_of;
 }
 
 TEST_F(Tool, GroupsDescribeTables) {
-    const services::Group* const ports = registry.group("swPortTable");
-    ASSERT_NE(ports, nullptr);
-    EXPECT_TRUE(ports->is_table && ports->answers);
-    EXPECT_EQ(ports->index_column, "swPortIndex");
-    EXPECT_EQ(ports->oid, *registry.parse("swPortTable"));
-    EXPECT_EQ(loaded().object("swPortSpeed").group, ports);
-    // A table that never answers may have no index, but is a table.
-    const services::Group* const test = registry.group("ifTestTable");
-    ASSERT_NE(test, nullptr);
-    EXPECT_TRUE(test->is_table && !test->answers);
-    EXPECT_FALSE(registry.group("interfacesGlobals")->is_table);
+    EXPECT_EQ(registry.group("swPortTable"), loaded().object("swPortSpeed").group);
+    EXPECT_EQ(registry.group("swPortTable")->oid, *registry.parse("swPortTable"));
     // The first column can be set, so it is not an index.
     EXPECT_EQ(registry.group("dot1qPortVlanTable")->index_column, "");
     for (const services::Object& object : registry.objects()) {
@@ -299,24 +270,23 @@ TEST_F(Tool, ParsesTypedValues) {
     EXPECT_EQ(tool::parse_value(registry, "o", "ifDescr"), Value::object_id(oid_of("ifDescr")));
     EXPECT_EQ(tool::parse_value(registry, "a", "10.0.0.255"), (Value{agent::kIpAddress, {10, 0, 0, 255}}));
 
-    const std::tuple<std::string, std::string, std::string> cases[] = {
-        {"i", "2147483648", "'2147483648' is not an INTEGER"},
-        {"i", "", "'' is not an INTEGER"},
-        {"i", "1x", "'1x' is not an INTEGER"},
-        {"u", "-1", "'-1' is not an unsigned"},
-        {"x", "0", "'0' is not a sequence of octets"},
-        {"x", "0g", "'0g' is not a sequence"},
-        {"a", "10.0.0.256", "'10.0.0.256' is not an IPv4 address"},
-        {"a", "10.0.0", "'10.0.0' is not"},
-        {"a", "10.0.0.1.", "'10.0.0.1.' is not"},
-        {"o", "nobody", "unknown name 'nobody'"},
-        {"q", "1", "unknown type 'q'"},
-        {"", "1", "unknown type ''"},
+    const struct {
+        std::string type, message;
+        std::vector<std::string> texts;
+    } cases[] = {
+        {"i", " is not an INTEGER", {"2147483648", "", "1x"}},
+        {"u", " is not an unsigned", {"-1"}},
+        {"x", " is not a sequence of octets", {"0", "0g"}},
+        {"a", " is not an IPv4 address", {"10.0.0.256", "10.0.0", "10.0.0.1."}},
     };
-    for (const auto& [type, text, message] : cases)
-        EXPECT_THAT(complaint([&, &type = type, &text = text] { tool::parse_value(registry, type, text); }),
-                    HasSubstr(message))
-            << type << text;
+    for (const auto& [type, message, texts] : cases)
+        for (const std::string& text : texts)
+            EXPECT_THAT(complaint([&, &type = type] { tool::parse_value(registry, type, text); }),
+                        HasSubstr('\'' + text + '\'' + message));
+    EXPECT_THAT(complaint([&] { tool::parse_value(registry, "o", "nobody"); }), HasSubstr("unknown name 'nobody'"));
+    for (const std::string type : {"q", ""})
+        EXPECT_THAT(complaint([&] { tool::parse_value(registry, type, "1"); }),
+                    HasSubstr("unknown type '" + type + '\''));
 
     const auto as_registered = [&](const char* object, const char* text) {
         return tool::parse_value(registry, loaded().object(object), text);
@@ -327,7 +297,6 @@ TEST_F(Tool, ParsesTypedValues) {
     EXPECT_EQ(as_registered("ifAlias", "text:hex:00"), Value::octet_string(tests::text("hex:00")));
     EXPECT_EQ(as_registered("ifAlias", "hex:00 ff"), Value::octet_string({0, 0xff}));
     EXPECT_EQ(as_registered("ipForwardDest", "10.0.0.1"), (Value{agent::kIpAddress, {10, 0, 0, 1}}));
-    EXPECT_THAT(complaint([&] { as_registered("dot1qPvid", "-2"); }), HasSubstr("'-2' is not an unsigned"));
     EXPECT_THAT(complaint([&] { as_registered("ifHCInOctets", "1"); }),
                 HasSubstr("no SET can have the type Counter64"));
 }
@@ -356,12 +325,10 @@ TEST_F(Tool, ScriptedAnswersComeInOrderAndTheLastOneStays) {
     EXPECT_EQ(key, 2U) << "its row is the backend's";
     EXPECT_EQ(show(1), (Bytes{1, 2}));
     EXPECT_EQ(show(1), (Bytes{0, 0, 0, 0, 1, 0})) << "cut to what the library has room for";
-    EXPECT_EQ(show(1), std::nullopt);
-    EXPECT_EQ(show(1), std::nullopt);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(show(1), std::nullopt);
 
     EXPECT_TRUE(backend.configure({5, "interface port1", "write_it", 1}));
-    EXPECT_FALSE(backend.configure({-1, "speed 100", "write_it", 1}));
-    EXPECT_FALSE(backend.configure({-1, "speed 10", "write_it", 1}));
+    for (const char* line : {"speed 100", "speed 10"}) EXPECT_FALSE(backend.configure({-1, line, "write_it", 1}));
     EXPECT_THAT(lines, Contains("show \"show it\" name ifTable magic 3 exact 0 key [ifIndex 1] (scripted) -> 2 octets "
                                 "\"up\", row [ifIndex 2]"));
     EXPECT_THAT(lines, Contains("config mode -1 \"speed 100\" caller write_it (scripted) -> refused"));
@@ -375,21 +342,17 @@ TEST_F(Tool, ScriptedAnswersComeInOrderAndTheLastOneStays) {
         {"ifTable=hex:0", "ifTable=hex:0: an answer is"},
         {"config=1", "config=1: a configuration line"},
     };
-    for (const auto& [text, message] : cases)
-        EXPECT_THAT(complaint([&, &text = text] { tool::parse_script(text, script); }), HasSubstr(message)) << text;
+    expect_complaints(cases, [&](const auto& text) { tool::parse_script(text, script); });
 }
 
 TEST_F(Tool, KeysOfAnotherLayoutAreShownAsOctets) {
     std::vector<tool::Event> events;
     tool::TracingBackend tracing(*this, registry, [&](const tool::Event& event) { events.push_back(event); });
-    services::Backend& backend = tracing;
-    std::uint8_t result[4];
+    std::uint8_t result[4], key[52] = {};
     std::size_t length = 0;
-    Bytes key(52);
     const auto shown_key = [&] {
-        services::ShowRequest request{3, "show it", result, 4, &length, key.data(), 52, 7, 1, 2, "inetCidrRouteTable",
-                                      1};
-        backend.show(request);
+        services::ShowRequest request{3, "show it", result, 4, &length, key, 52, 7, 1, 2, "inetCidrRouteTable", 1};
+        static_cast<services::Backend&>(tracing).show(request);
         return events.back().line();
     };
     EXPECT_EQ(shown_key(),
@@ -426,13 +389,14 @@ TEST_F(Tool, ListsWhatPatternsSelect) {
               "no object, table or module is called 'ifNumbr', did you mean 'ifNumber'?");
     EXPECT_EQ(complaint([&] { names({"IP-MIB::swPort*"}); }), "no object, table or module is called 'IP-MIB::swPort*'");
 
-    const auto lines = [&](const std::vector<std::string>& patterns, tool::ListForm form) {
+    using Form = tool::ListForm;
+    const auto lines = [&](const std::vector<std::string>& patterns, Form form) {
         std::istringstream text(tool::list(registry, tool::select(registry, patterns), form));
         std::vector<std::string> all;
         for (std::string line; std::getline(text, line);) all.push_back(line);
         return all;
     };
-    EXPECT_THAT(lines({"nVlanInterfaceName", "ifTestId", "ip::ipforwardin?"}, tool::ListForm::text),
+    EXPECT_THAT(lines({"nVlanInterfaceName", "ifTestId", "ip::ipforwardin?"}, Form::text),
                 ElementsAre("ip 1.3.6.1.2.1.4 (IP-MIB, 1 object)", "  ipGlobals, scalars",
                             "    .1  ipForwarding  INTEGER    read-write, no writer", "",
                             "ifMIB 1.3.6.1.2.1.31 (IF-MIB, 1 object)", "  ifTestTable, index: integer, never answers",
@@ -440,22 +404,14 @@ TEST_F(Tool, ListsWhatPatternsSelect) {
                             HasSubstr("pellamVlanInterfaceMIB 1.3.6.1.4.1."),
                             "  nVlanInterfaceTable, index: integer nVlanInterfaceVid",
                             "    .1.1.1.3  nVlanInterfaceName  STRING     read-only"));
-    EXPECT_THAT(lines({"swPortSpeed"}, tool::ListForm::names),
+    EXPECT_THAT(lines({"swPortSpeed"}, Form::names),
                 ElementsAre("swPortSpeed", "swPortSpeedStatus", "swPortTable", "switchPortMIB"));
-    EXPECT_THAT(lines({"ifNumber"}, tool::ListForm::modules),
-                ElementsAre("interfaces 1.3.6.1.2.1.2 (IF-MIB, 1 object)"));
-    EXPECT_THAT(lines({"ifNumber"}, tool::ListForm::markdown),
-                Contains("| .1 | ifNumber | INTEGER | read-only | no |"));
-    EXPECT_THAT(lines({}, tool::ListForm::text), Not(Contains(::testing::SizeIs(::testing::Gt(100u)))));
-    const auto objects = lines({}, tool::ListForm::json);
-    EXPECT_EQ(objects.size(), registry.objects().size());
-    const auto speed = std::ranges::find_if(
-        objects, [](const std::string& line) { return line.find("\"swPortSpeed\"") != std::string::npos; });
-    ASSERT_NE(speed, objects.end());
-    const auto object = tool::Json::parse(*speed);
-    EXPECT_EQ(object["access"], "read-write");
-    EXPECT_EQ(object["writable"], true);
-    EXPECT_EQ(object["table"], "swPortTable");
+    EXPECT_THAT(lines({"ifNumber"}, Form::modules), ElementsAre("interfaces 1.3.6.1.2.1.2 (IF-MIB, 1 object)"));
+    EXPECT_THAT(lines({"ifNumber"}, Form::markdown), Contains("| .1 | ifNumber | INTEGER | read-only | no |"));
+    EXPECT_THAT(lines({}, Form::text), Not(Contains(::testing::SizeIs(::testing::Gt(100u)))));
+    EXPECT_THAT(lines({"swport*speed"}, Form::json),
+                ElementsAre(AllOf(HasSubstr(R"("name":"swPortSpeed")"), HasSubstr(R"("access":"read-write")"),
+                                  HasSubstr(R"("writable":true)"), HasSubstr(R"("table":"swPortTable")"))));
 }
 
 TEST_F(Tool, ExplainShowsEveryPhaseWithItsRequests) {
@@ -506,7 +462,7 @@ TEST_F(Tool, ExplainShowsEveryPhaseWithItsRequests) {
     std::vector<std::string> events;
     for (const std::string& line : as_json(explained({"set", "ifAlias.5121=x"}), registry)) {
         const auto event = tool::Json::parse(line);
-        events.push_back(event["event"].get<std::string>() + event.value("phase", "") + event.value("command", ""));
+        events.push_back(event.value("event", "") + event.value("phase", "") + event.value("command", ""));
     }
     EXPECT_THAT(events, ElementsAre("set", "showREADshow interface_uib ifMIB 5121", "phaseREAD", "phaseRESERVE1",
                                     "phaseRESERVE2", "configACTIONinterface port1", "configACTIONdesc x", "phaseACTION",
@@ -521,10 +477,8 @@ TEST_F(Tool, ExplainShowsEveryPhaseWithItsRequests) {
         {{"set", "swPortSped.5121=2"}, "unknown name 'swPortSped', did you mean 'swPortSpeed'"},
         {{"set", "1.3.9.1=2"}, "1.3.9.1=2: no such object is registered"},
         {{"get", "--vfr", "red"}, "unknown option --vfr"},
-        {{"get", "ifDescription"}, "unknown name 'ifDescription'"},
     };
-    for (const auto& [words, message] : cases)
-        EXPECT_THAT(complaint([&, &words = words] { tool::parse_explained(registry, words); }), HasSubstr(message));
+    expect_complaints(cases, [&](const auto& words) { tool::parse_explained(registry, words); });
 }
 
 TEST_F(Tool, WithoutNamesEverythingGoesByNumber) {
@@ -548,9 +502,8 @@ TEST_F(Tool, WalkFindsWhatIsUnderTheRoot) {
     answers["nVlanInterfaceTable"] = [](const services::ShowRequest& request) {
         std::uint32_t vid;
         std::memcpy(&vid, request.key, sizeof vid);
-        if (vid == 10) return Answer{std::nullopt, {}};
-        const std::uint8_t next = vid == 0 ? 1 : 10;
-        return Answer{tests::integer(next), {next, 0, 0, 0}};
+        const Bytes next = tests::integer(vid == 0 ? 1 : 10);
+        return vid == 10 ? Answer{} : Answer{next, next};
     };
     agent::Engine engine(registry);
     const auto walked = [&](const std::string& root) {
@@ -566,12 +519,7 @@ TEST_F(Tool, WalkFindsWhatIsUnderTheRoot) {
     EXPECT_TRUE(walked("1.3.9").empty());
 }
 
-// What parsing these words says: the help, or what is wrong.
-std::string said(const std::vector<std::string>& words, tool::CommandLine&& line = {}) {
-    std::string text;
-    const std::string wrong = complaint([&] { text = line.parse(words).value_or(""); });
-    return wrong.empty() ? text : wrong;
-}
+std::string parse_words(const std::vector<std::string>& words) { return tool::CommandLine().parse(words).value_or(""); }
 
 TEST(ToolOptions, CommandLine) {
     tool::CommandLine line;
@@ -592,11 +540,12 @@ TEST(ToolOptions, CommandLine) {
         {{"serve", "--vlans", "many"}, "--vlans"},
         {{"serve", "--listen"}, "--listen"},
     };
-    for (const auto& [words, message] : cases) EXPECT_THAT(said(words), HasSubstr(message));
-    EXPECT_THAT(said({"--version"}), HasSubstr("mibhost "));
-    for (const std::string command : {"", "serve", "list", "explain", "walk"}) {
-        std::istringstream help(
-            said(command.empty() ? std::vector<std::string>{"-h"} : std::vector<std::string>{command, "--help"}));
+    expect_complaints(cases, parse_words);
+    EXPECT_THAT(parse_words({"--version"}), HasSubstr("mibhost "));
+    const std::vector<std::string> asking_for_help[] = {
+        {"-h"}, {"serve", "--help"}, {"list", "--help"}, {"explain", "--help"}, {"walk", "--help"}};
+    for (const auto& words : asking_for_help) {
+        std::istringstream help(parse_words(words));
         for (std::string text; std::getline(help, text);) EXPECT_LE(text.size(), 100u) << text;
     }
 }
@@ -614,18 +563,20 @@ TEST(ToolOptions, ManualPageAndCompletion) {
 
 TEST(ToolOptions, ConfigurationFile) {
     const std::string path = ::testing::TempDir() + "/mibhost_options.conf";
-    const auto read = [&](const std::string& content, tool::CommandLine& line) {
+    const auto read = [&](const std::string& content) {
         std::ofstream(path) << content;
-        return complaint([&] { line.parse({"serve", "--config", path, "--vrf", "blue"}); });
+        tool::CommandLine line;
+        line.parse({"serve", "--config", path, "--vrf", "blue"});
+        return line.options();
     };
-    tool::CommandLine line;
-    EXPECT_EQ(read("community = \"c\"\nwrite-community = w\nvrf = red  # no\nverbose = true\nvlans = 12\n", line), "");
-    EXPECT_EQ(line.options().community, "c");
-    EXPECT_EQ(line.options().write_community, "w");
-    EXPECT_EQ(line.options().vrf, "blue") << "the command line overrides it";
-    EXPECT_TRUE(line.options().verbose);
-    EXPECT_EQ(line.options().size.vlans, 12u);
-    EXPECT_EQ(line.options().listen, "127.0.0.1:1161");
+    const tool::Options options =
+        read("community = \"c\"\nwrite-community = w\nvrf = red  # no\nverbose = true\nvlans = 12\n");
+    EXPECT_EQ(options.community, "c");
+    EXPECT_EQ(options.write_community, "w");
+    EXPECT_EQ(options.vrf, "blue") << "the command line overrides it";
+    EXPECT_TRUE(options.verbose);
+    EXPECT_EQ(options.size.vlans, 12u);
+    EXPECT_EQ(options.listen, "127.0.0.1:1161");
 
     const std::pair<std::string, std::string> cases[] = {
         {"lissten = x\n", path + ": serve has no option --lissten, did you mean '--listen'?"},
@@ -634,13 +585,10 @@ TEST(ToolOptions, ConfigurationFile) {
         {"verbose = maybe\n", "maybe"},
         {"vlans = 4095\n", "--vlans"},
     };
-    for (const auto& [content, message] : cases) {
-        tool::CommandLine other;
-        EXPECT_THAT(read(content, other), HasSubstr(message)) << content;
-    }
+    expect_complaints(cases, read);
     std::remove(path.c_str());
     for (const std::string& unreadable : {path, ::testing::TempDir()})
-        EXPECT_THAT(said({"serve", "--config", unreadable}), HasSubstr(unreadable));
+        EXPECT_THAT(complaint([&] { parse_words({"serve", "--config", unreadable}); }), HasSubstr(unreadable));
 }
 
 TEST(ToolOptions, ListenAddress) {
@@ -651,8 +599,7 @@ TEST(ToolOptions, ListenAddress) {
         {"127.0.0.1:65536", "'65536' is not"}, {"localhost:1161", "'localhost' is not an IP address"},
         {"127.0.0.1:16x", "'16x' is not"},     {":1161", "'' is not an IP address"},
     };
-    for (const auto& [text, message] : cases)
-        EXPECT_THAT(complaint([&, &text = text] { tool::parse_listen(text); }), HasSubstr(message)) << text;
+    expect_complaints(cases, tool::parse_listen);
 }
 
 }  // namespace
