@@ -8,8 +8,6 @@
 namespace sw {
 namespace {
 
-using std::chrono::seconds;
-
 constexpr oid kVlan1 = 1025, kVlan10 = 1034, kVlan30 = 1054;  // the last one is in the VRF red
 constexpr int kDynamic = 3, kStatic = 4;
 
@@ -28,14 +26,8 @@ class Ip : public OnSwitch {
 protected:
     explicit Ip(const Size& size = {}) : OnSwitch(size) {}
     int address(const Index& row, oid ifindex, int status) {
-        return set({{"ipAddressIfIndex", row, ifindex}, {"ipAddressRowStatus", row, status}});
+        return set_row(row, {{"ipAddressIfIndex", ifindex}, {"ipAddressRowStatus", status}});
     }
-    void expect_refused(int status, const char* reason) {
-        EXPECT_NE(status, 0) << reason;
-        EXPECT_TRUE(!log_.empty() && contains(log_.back(), reason)) << (log_.empty() ? "no log" : log_.back());
-        log_.clear();
-    }
-    ~Ip() override { EXPECT_TRUE(log_.empty()) << log_.front(); }
 };
 
 TEST_F(Ip, AddressBringsAndTakesItsPrefixAndRoute) {
@@ -45,12 +37,9 @@ TEST_F(Ip, AddressBringsAndTakesItsPrefixAndRoute) {
         const Index row = join({{kVlan10}, prefix(network, bits)}), route = connected(network, bits);
         now_ += seconds(10);
         EXPECT_EQ(address(first, kVlan10, createAndGo), 0);
-        EXPECT_EQ(get("ipAddressIfIndex", first), kVlan10);
-        EXPECT_EQ(get("ipAddressStatus", first), 1);
+        expect_row(first, {{"ipAddressIfIndex", kVlan10}, {"ipAddressStatus", 1}});
         EXPECT_EQ(get("ipAddressPrefixOnLinkFlag", row), 1);
-        EXPECT_EQ(get("inetCidrRouteIfIndex", route), kVlan10);
-        EXPECT_EQ(get("inetCidrRouteProto", route), 2);
-        EXPECT_EQ(get("inetCidrRouteAge", route), 0);
+        expect_row(route, {{"inetCidrRouteIfIndex", kVlan10}, {"inetCidrRouteProto", 2}, {"inetCidrRouteAge", 0}});
         // The last address of a network takes it.
         Index second = first;
         second.back() = 9;
@@ -87,16 +76,13 @@ TEST_F(Ip, InterfaceTakesAllThatItHas) {
     EXPECT_EQ(get("ipNetToPhysicalType", neighbour(kVlan10, ipv4(10, 0, 10, 2))), kNone);
     EXPECT_EQ(set({{"ifAdminStatus", {kVlan10}, 1}}), 0);
     EXPECT_EQ(get("ipNetToPhysicalType", neighbour(kVlan10, ipv4(10, 0, 10, 2))), kDynamic);
-    EXPECT_EQ(set({{"nVlanInterfaceRowStatus", {10}, destroy}}), 0);
-    const std::pair<const char*, std::size_t> counts[] = {
-        {"ipAddressIfIndex", 2},     {"ipAddressPrefixOrigin", 2},   {"ipNetToPhysicalType", 5},
-        {"ipv4InterfaceIfIndex", 1}, {"ipv6InterfaceForwarding", 2}, {"ipv6RouterAdvertIfIndex", 1},
-        {"inetCidrRouteNumber", 1},
-    };
-    for (const auto& [object, count] : counts) EXPECT_EQ(rows(object).size(), count) << object;
+    remove_row("nVlanInterfaceRowStatus", {10});
+    expect_rows(1, {"ipv4InterfaceIfIndex", "ipv6RouterAdvertIfIndex"});
+    expect_rows(2, {"ipAddressIfIndex", "ipAddressPrefixOrigin", "ipv6InterfaceForwarding"});
+    expect_rows(5, {"ipNetToPhysicalType"});
     EXPECT_EQ(get("inetCidrRouteProto", connected(ipv4(10, 0, 10, 0), 24)), kNone);
     // A new one has IPv6 switched off.
-    EXPECT_EQ(set({{"nVlanInterfaceRowStatus", {10}, createAndGo}}), 0);
+    make_row("nVlanInterfaceRowStatus", {10});
     EXPECT_EQ(get("ipv6InterfaceEnableStatus", {kVlan10}), 2);
     expect({{"ipv6InterfaceEnableStatus", {kVlan10}, 1}});
 }
@@ -129,7 +115,7 @@ protected:
         return set({{"ipNetToPhysicalPhysAddress", row, mac}});
     }
     int status(const Index& row, int type, int value) {
-        return set({{"ipNetToPhysicalType", row, type}, {"ipNetToPhysicalRowStatus", row, value}});
+        return set_row(row, {{"ipNetToPhysicalType", type}, {"ipNetToPhysicalRowStatus", value}});
     }
     Fact type(const Index& row) { return get("ipNetToPhysicalType", row); }
 };
@@ -137,13 +123,12 @@ protected:
 TEST_F(Neighbours, StaticOnesComeByTheirPhysicalAddressAlone) {
     const Index row = neighbour(kVlan10, ipv4(10, 0, 10, 77)), learned = neighbour(kVlan10, ipv4(10, 0, 10, 2));
     // The type that was written last is the library's, from whatever test.
-    EXPECT_EQ(set({{"ipNetToPhysicalType", row, kStatic},
-                   {"ipNetToPhysicalPhysAddress", row, kStationMac},
-                   {"ipNetToPhysicalRowStatus", row, createAndGo}}),
+    EXPECT_EQ(set_row(row, {{"ipNetToPhysicalType", kStatic},
+                            {"ipNetToPhysicalPhysAddress", kStationMac},
+                            {"ipNetToPhysicalRowStatus", createAndGo}}),
               0);
-    EXPECT_EQ(get("ipNetToPhysicalPhysAddress", row), kStationMac);
+    expect_row(row, {{"ipNetToPhysicalPhysAddress", kStationMac}, {"ipNetToPhysicalState", 1}});
     EXPECT_EQ(type(row), kStatic);
-    EXPECT_EQ(get("ipNetToPhysicalState", row), 1);
     expect({{"ipNetToPhysicalPhysAddress", row, "\x02\x10\x20\x30\x40\x50"},
             {"ipNetToPhysicalPhysAddress", learned, kStationMac}});
     EXPECT_EQ(type(learned), kStatic);
@@ -186,15 +171,13 @@ TEST_F(Neighbours, Ipv6OnesAreOnlyRemoved) {
     EXPECT_EQ(type(fixed), kNone);
 }
 
-class ManyNeighbours : public Neighbours {
-protected:
+struct ManyNeighbours : Neighbours {
     ManyNeighbours() : Neighbours({.neighbours = 3000}) {}
 };
 
 TEST_F(ManyNeighbours, AreInANetworkThatHasRoomForThem) {
-    EXPECT_EQ(rows("ipNetToPhysicalRowStatus").size(), 3000u);
+    expect_rows(3000, {"ipNetToPhysicalRowStatus"});
     EXPECT_EQ(get("inetCidrRouteIfIndex", connected(ipv4(100, 64, 0, 0), 10)), kVlan1);
-    EXPECT_THROW(SimulatedSwitch({{}, {}, {.neighbours = 100'001}}), std::invalid_argument);
 }
 
 // --- router advertisements -------------------------------------------------------------------------------------------
@@ -210,8 +193,7 @@ TEST_F(Adverts, OfAnInterfaceAreSet) {
         {"ipv6RouterAdvertMaxInterval", {kVlan1}, 900},
         {"ipv6RouterAdvertMinInterval", {kVlan1}, 675},
         {"ipv6RouterAdvertMinInterval", {kVlan1}, 676, "three quarters"},
-        {"ipv6RouterAdvertManagedFlag", {kVlan1}, 1},
-        {"ipv6RouterAdvertManagedFlag", {kVlan1}, 2},
+        {"ipv6RouterAdvertManagedFlag", {kVlan1}, {1, 2}},
         {"ipv6RouterAdvertOtherConfigFlag", {kVlan1}, 1},
         {"ipv6RouterAdvertReachableTime", {kVlan1}, 3600000},
         {"ipv6RouterAdvertRetransmitTime", {kVlan1}, 1000},
@@ -219,31 +201,27 @@ TEST_F(Adverts, OfAnInterfaceAreSet) {
         {"ipv6RouterAdvertCurHopLimit", {kVlan1}, 255},
         {"ipv6RouterAdvertDefaultLifetime", {kVlan1}, 9000},
         {"ipv6RouterAdvertDefaultLifetime", {kVlan1}, 9001, "does not fit"},
-        {"ipv6InterfaceEnableStatus", {kVlan1}, 2},
-        {"ipv6InterfaceEnableStatus", {kVlan1}, 1},
+        {"ipv6InterfaceEnableStatus", {kVlan1}, {2, 1}},
+        {"ipv6RouterAdvertMaxInterval", {kVlan1}, 30},  // moves a minimum that it leaves no room for
     });
-    // A new maximum moves a minimum that it leaves no room for.
-    expect({{"ipv6RouterAdvertMaxInterval", {kVlan1}, 30}});
     EXPECT_EQ(get("ipv6RouterAdvertMinInterval", {kVlan1}), 10);
     // The line that stops them is also the one that removes them.
     EXPECT_EQ(set({{"ipv6RouterAdvertSendAdverts", {kVlan1}, 2}}), 0);
-    EXPECT_EQ(rows("ipv6RouterAdvertRowStatus").size(), 0u);
+    expect_rows(0, {"ipv6RouterAdvertRowStatus"});
 }
 
 TEST_F(Adverts, BeginWithOneValueAndTakeTheOthersThen) {
-    EXPECT_EQ(set({{"ipv6RouterAdvertMaxInterval", {kVlan10}, 100},
-                   {"ipv6RouterAdvertMinInterval", {kVlan10}, 50},
-                   {"ipv6RouterAdvertCurHopLimit", {kVlan10}, 12},
-                   {"ipv6RouterAdvertRowStatus", {kVlan10}, createAndGo}}),
+    EXPECT_EQ(set_row({kVlan10}, {{"ipv6RouterAdvertMaxInterval", 100},
+                                  {"ipv6RouterAdvertMinInterval", 50},
+                                  {"ipv6RouterAdvertCurHopLimit", 12},
+                                  {"ipv6RouterAdvertRowStatus", createAndGo}}),
               0);
-    EXPECT_EQ(get("ipv6RouterAdvertMaxInterval", {kVlan10}), 100);
-    EXPECT_EQ(get("ipv6RouterAdvertMinInterval", {kVlan10}), 50);
+    expect_row({kVlan10}, {{"ipv6RouterAdvertMaxInterval", 100}, {"ipv6RouterAdvertMinInterval", 50}});
     EXPECT_EQ(get("ipv6RouterAdvertCurHopLimit", {kVlan10}), 64);
-    EXPECT_EQ(set({{"ipv6RouterAdvertRowStatus", {kVlan10}, createAndGo}}), 0);
+    make_row("ipv6RouterAdvertRowStatus", {kVlan10});
     EXPECT_EQ(get("ipv6RouterAdvertCurHopLimit", {kVlan10}), 12);
     expect({{"ipv6RouterAdvertSendAdverts", {kVlan10}, 1}});
-    EXPECT_EQ(set({{"ipv6RouterAdvertRowStatus", {kVlan10}, destroy}}), 0);
-    EXPECT_EQ(get("ipv6RouterAdvertSendAdverts", {kVlan10}), kNone);
+    remove_row("ipv6RouterAdvertRowStatus", {kVlan10});
 }
 
 }  // namespace

@@ -94,6 +94,7 @@ TEST_F(Whole, AsksAtMostOnceForARequest) {
             EXPECT_TRUE(object.group->answers || !asked_.contains({object.group->name, object.entry.magic}));
         }
     }
+    log_.clear();  // the switch refuses some of these indexes
 }
 
 // A walk of a column with n rows costs n requests and the one that finds its end, a scalar one; what the library

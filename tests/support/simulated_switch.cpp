@@ -39,8 +39,9 @@ std::ostream& operator<<(std::ostream& out, const Fact& fact) {
     return out << "none";
 }
 
-OnSwitch::OnSwitch(const Size& size)
-    : switch_({[this] { return now_; }, [this](const std::string& line) { log_.push_back(line); }, size}),
+OnSwitch::OnSwitch(const Size& size, std::chrono::milliseconds now)
+    : now_(now),
+      switch_({[this] { return now_; }, [this](const std::string& line) { log_.push_back(line); }, size}),
       registry_(tests::loaded().registry),
       engine_(registry_) {
     services::services().backend = &switch_;
@@ -48,6 +49,7 @@ OnSwitch::OnSwitch(const Size& size)
 }
 
 OnSwitch::~OnSwitch() {
+    EXPECT_TRUE(log_.empty()) << log_.front();
     services::services().backend = nullptr;
     services::services().context = {};
 }
@@ -85,19 +87,53 @@ int OnSwitch::set(const std::vector<Assigned>& varbinds) {
     return engine_.set(request).status;
 }
 
+int OnSwitch::set_row(const Index& index, const std::vector<std::pair<std::string, Fact>>& facts) {
+    std::vector<Assigned> varbinds;
+    for (const auto& [object, fact] : facts) varbinds.push_back({object, index, fact});
+    return set(varbinds);
+}
+
+void OnSwitch::make_row(const std::string& status, const Index& index) {
+    EXPECT_EQ(set({{status, index, createAndGo}}), agent::kNoError) << status;
+    expect_row(index, {{status, 1}});
+}
+
+void OnSwitch::remove_row(const std::string& status, const Index& index) {
+    EXPECT_EQ(set({{status, index, destroy}}), agent::kNoError) << status;
+    expect_row(index, {{status, kNone}});
+}
+
 void OnSwitch::expect(const std::vector<Setting>& settings) {
-    for (const Setting& setting : settings) {
-        SCOPED_TRACE(fmt::format("{}.{}", setting.object, fmt::join(setting.index, ".")));
-        const Fact before = get(setting.object, setting.index);
-        log_.clear();
-        const int status = set({{setting.object, setting.index, setting.value}});
-        const bool is_accepted = setting.reason == nullptr;
-        EXPECT_EQ(status == agent::kNoError, is_accepted) << status;
-        EXPECT_EQ(get(setting.object, setting.index), is_accepted ? setting.value : before);
-        const std::string log = log_.empty() ? "" : log_.front();
-        EXPECT_TRUE(is_accepted ? log.empty() : contains(log, setting.reason)) << log;
-    }
+    for (const auto& [object, index, values, reason] : settings)
+        for (const Fact& value : values.each) {
+            SCOPED_TRACE(fmt::format("{}.{}", object, fmt::join(index, ".")));
+            const Fact before = get(object, index);
+            const int status = set({{object, index, value}});
+            if (reason == nullptr)
+                EXPECT_EQ(status, agent::kNoError);
+            else
+                expect_refused(status, reason);
+            EXPECT_EQ(get(object, index), reason == nullptr ? value : before);
+        }
+}
+
+void OnSwitch::expect_refused(int status, const std::string& reason) {
+    EXPECT_NE(status, agent::kNoError) << reason;
+    EXPECT_TRUE(!log_.empty() && contains(log_.back(), reason)) << reason << ": " << (log_.empty() ? "" : log_.back());
     log_.clear();
+}
+
+void OnSwitch::expect_refused(int mode, const std::string& line, const std::string& reason) {
+    expect_refused(configure(mode, line) ? agent::kNoError : agent::kGenErr, reason);
+}
+
+void OnSwitch::expect_row(const Index& index, const std::vector<std::pair<std::string, Fact>>& facts) {
+    for (const auto& [object, fact] : facts)
+        EXPECT_EQ(get(object, index), fact) << fmt::format("{}.{}", object, fmt::join(index, "."));
+}
+
+void OnSwitch::expect_rows(std::size_t count, const std::vector<std::string>& objects) {
+    for (const std::string& object : objects) EXPECT_EQ(rows(object).size(), count) << object;
 }
 
 std::map<std::string, agent::Value> OnSwitch::everything() {

@@ -21,6 +21,7 @@
 
 namespace sw {
 
+using std::chrono::hours, std::chrono::seconds;
 using switchmib::createAndGo, switchmib::destroy;
 
 // A value: a number, octets, or none where there is no such instance.
@@ -39,12 +40,21 @@ struct Fact {
 std::ostream& operator<<(std::ostream&, const Fact&);
 inline const Fact kNone{};
 
+// One value, or several that are set one after another.
+struct Facts {
+    std::vector<Fact> each;
+
+    template <std::convertible_to<Fact> One>
+    Facts(One one) : each{Fact(one)} {}
+    Facts(std::initializer_list<Fact> several) : each(several) {}
+};
+
 // A SET of one object. Without a reason it is accepted and reads back; with one it changes nothing, and the switch's
 // refusal names the reason.
 struct Setting {
-    const char* object;
+    std::string object;
     Index index;
-    Fact value;
+    Facts values;
     const char* reason = nullptr;
 };
 
@@ -54,10 +64,10 @@ struct Assigned {
     Fact value;
 };
 
-// A clock that tests move, and a log of what the switch refuses.
+// A clock that tests move, and a log of what the switch refuses, which has to be empty at the end of a test.
 class OnSwitch : public testing::Test {
 protected:
-    explicit OnSwitch(const Size& size = {});
+    explicit OnSwitch(const Size& size = {}, std::chrono::milliseconds now = {});
     ~OnSwitch() override;
 
     // A scalar has the index 0. Numbers are signed as their type is.
@@ -68,7 +78,19 @@ protected:
     Index next(const std::string& object, const Index& index);
     // One request; its error number.
     int set(const std::vector<Assigned>& varbinds);
+    // One request that sets objects in one row.
+    int set_row(const Index& index, const std::vector<std::pair<std::string, Fact>>& facts);
+    // A row that is made by its status alone is active then; one that is removed is gone.
+    void make_row(const std::string& status, const Index& index);
+    void remove_row(const std::string& status, const Index& index);
     void expect(const std::vector<Setting>& settings);
+    // A SET, by its error number, or a line was refused for that reason. Clears the log.
+    void expect_refused(int status, const std::string& reason);
+    void expect_refused(int mode, const std::string& line, const std::string& reason);
+    // What objects have in one row; kNone: they have none.
+    void expect_row(const Index& index, const std::vector<std::pair<std::string, Fact>>& facts);
+    // Each of the objects has so many rows.
+    void expect_rows(std::size_t count, const std::vector<std::string>& objects);
     // Everything that the switch serves, by name and index.
     std::map<std::string, agent::Value> everything();
 
@@ -78,7 +100,7 @@ protected:
     // Fails the test when there is none of that name.
     const services::Object& object(const std::string& name) const;
 
-    std::chrono::milliseconds now_{0};
+    std::chrono::milliseconds now_;
     std::vector<std::string> log_;
     SimulatedSwitch switch_;
     const services::Registry& registry_;
