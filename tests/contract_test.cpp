@@ -64,6 +64,8 @@ TEST(Contract, IsPrintedForPeople) {
         AllOf(HasSubstr("row [10]: \"show snmp vlan-static 10\", magics 1-2,4-5, class 2, result of 512 octets, "
                         "key \"0a 00 00 00\"\n"),
               HasSubstr("mode -1 \"name <value>\" from write_dot1qVlanStaticName\n")));
+    EXPECT_THAT(tool::contract_text(contract_of("dot1qPvid"), tool::ListForm::text),
+                HasSubstr("qBridgeMIB 1.3.6.1.2.1.17.7 (Q-BRIDGE-MIB, 1 object)\n"));
     EXPECT_THAT(tool::contract_text(entries, tool::ListForm::markdown),
                 AllOf(HasSubstr("## qBridgeMIB 1.3.6.1.2.1.17.7 (Q-BRIDGE-MIB, 5 objects)\n"),
                       HasSubstr("  - mode 5 `vlan 10` from write_dot1qVlanStaticRowStatus\n")));

@@ -114,7 +114,7 @@ mvrSourcePortList    mvrPortEntry.2   MvrPortList     read-create     current
     } cases[] = {
         {"swPortSpeed", Value::integer(-2), "INTEGER: slave(-2)"},
         {"swPortSpeed", Value::integer(5), "INTEGER: 5"},
-        {"swPortSpeed", {agent::kInteger, {6}}, "INTEGER: wrong size, 1 octets: 06"},
+        {"swPortSpeed", {agent::kInteger, {6}}, "INTEGER: wrong size, 1 octet: 06"},
         {"swPortSpeed", Value::unsigned32(agent::kGauge32, 6), "Gauge32: 6"},
         {"swPortDuplex", Value::integer(1), "INTEGER: 1"},
         {"nVlanPortIfTrunkNativeVlanTag", Value::integer(1), "INTEGER: true(1)"},

@@ -54,9 +54,9 @@ private:
     }
 
     void write_module(const Json& entry) {
-        heading(2, fmt::format("{} {} ({}{} objects)", plain(entry["name"]), plain(entry["oid"]),
+        heading(2, fmt::format("{} {} ({}{})", plain(entry["name"]), plain(entry["oid"]),
                                entry.contains("published") ? plain(entry["published"]) + ", " : "",
-                               plain(entry["objects"])));
+                               counted(entry["objects"].get<std::size_t>(), "object")));
     }
 
     void write_group(const Json& entry) {
@@ -73,8 +73,9 @@ private:
             const std::string part = each.contains("part") ? " of part " + plain(each["part"]) : "";
             return fmt::format("{}{}{} at {} ({})", family, what, part, plain(each["offset"]), plain(each["octets"]));
         };
-        item(0, fmt::format("{} of {} octets: {}", is_record ? "record in place of the key," : "key",
-                            plain(key["octets"]), joined(is_record ? key["record"] : key["fields"], field)));
+        item(0, fmt::format("{} of {}: {}", is_record ? "record in place of the key," : "key",
+                            counted(key["octets"].get<std::size_t>(), "octet"),
+                            joined(is_record ? key["record"] : key["fields"], field)));
     }
 
     void write_request(const Json& entry) {
@@ -86,7 +87,8 @@ private:
                             entry["columns"].dump().find_first_of(",-") != std::string::npos ? "magics" : "magic",
                             plain(entry["columns"]));
         if (!first && entry["exact"].size() == 1) text += entry["exact"][0] == 1 ? ", GET alone" : ", GETNEXT alone";
-        text += fmt::format(", class {}, result of {} octets", plain(entry["class"]), plain(entry["size"]));
+        text += fmt::format(", class {}, result of {}", plain(entry["class"]),
+                            counted(entry["size"].get<std::size_t>(), "octet"));
         if (entry.contains("index_count")) text += ", index count " + plain(entry["index_count"]);
         if (entry.contains("key")) text += ", key " + code(entry["key"]);
         item(0, text);

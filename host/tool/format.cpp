@@ -37,7 +37,7 @@ std::string uptime(std::uint32_t hundredths) {
     const std::uint32_t days = seconds / 86400;
     const std::string clock =
         fmt::format("{}:{:02}:{:02}.{:02}", seconds / 3600 % 24, seconds / 60 % 60, seconds % 60, hundredths % 100);
-    return days == 0 ? clock : fmt::format("{} day{}, {}", days, days == 1 ? "" : "s", clock);
+    return days == 0 ? clock : fmt::format("{}, {}", counted(days, "day"), clock);
 }
 
 std::string hex_of(const agent::Value& value) { return hex(value.octets.data(), value.octets.size()); }
@@ -149,6 +149,10 @@ void add_value(Json& json, const services::Registry& registry, const agent::Valu
 
 }  // namespace
 
+std::string counted(std::size_t number, std::string_view noun) {
+    return fmt::format("{} {}{}", number, noun, number == 1 ? "" : "s");
+}
+
 std::string portable(const services::Oid& oid) {
     const std::string numbers = services::to_string(oid) + '.';
     const std::string enterprises = "1.3.6.1.4.1.";
@@ -237,7 +241,8 @@ std::string format_value(const services::Registry& registry, const agent::Value&
                          const services::Syntax* syntax) {
     if (value.is_exception() || value.tag == agent::kNull) return type_name(value.tag);
     if (has_wrong_size(value))
-        return fmt::format("{}: wrong size, {} octets: {}", type_name(value.tag), value.octets.size(), hex_of(value));
+        return fmt::format("{}: wrong size, {}: {}", type_name(value.tag), counted(value.octets.size(), "octet"),
+                           hex_of(value));
     if (const auto text = text_by(syntax, value)) return fmt::format("{}: {}", type_name(value.tag), *text);
     const bool as_hex = value.tag == agent::kOctetString && !is_printable(value);
     return fmt::format("{}{}: {}", as_hex ? "Hex-" : "", type_name(value.tag), content(registry, value));

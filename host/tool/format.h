@@ -13,6 +13,8 @@ namespace tool {
 
 constexpr std::size_t kWidth = 100;  // columns of a terminal that what is printed should fit
 
+// "1 object", "2 objects"
+std::string counted(std::size_t number, std::string_view noun);
 // An OID by number, with words for this build's enterprise numbers, which are settings: "1.3.6.1.4.1.<vendor>.10".
 std::string portable(const services::Oid& oid);
 // "INTEGER", "STRING", "Counter32"...; "type 0x47" for an unknown tag.

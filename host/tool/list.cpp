@@ -118,11 +118,9 @@ std::string relative(const Module& module, const services::Object& object) {
     return '.' + services::to_string({oid.begin() + static_cast<std::ptrdiff_t>(module.oid.size()), oid.end()});
 }
 
-std::string count_of(std::size_t objects) { return fmt::format("{} object{}", objects, objects == 1 ? "" : "s"); }
-
 std::string module_line(const Module& module) {
     return fmt::format("{} {} ({}{})\n", module.name, services::to_string(module.oid), published(module.name),
-                       count_of(module.objects));
+                       counted(module.objects, "object"));
 }
 
 std::string name_of(const services::Object& object) { return object.name.empty() ? "-" : object.name; }
@@ -165,7 +163,7 @@ std::string as_markdown(const std::vector<Module>& modules) {
     std::string text;
     for (const Module& module : modules) {
         text += fmt::format("{}## {}\n\n`{}`, {}{}\n", text.empty() ? "" : "\n", module.name,
-                            services::to_string(module.oid), published(module.name), count_of(module.objects));
+                            services::to_string(module.oid), published(module.name), counted(module.objects, "object"));
         for (const Module::Part& part : module.parts) {
             if (part.group != nullptr) text += fmt::format("\n### {}\n", heading(*part.group));
             text += "\n| OID | Name | Type | Access | Writable |\n|---|---|---|---|---|\n";

@@ -159,8 +159,8 @@ int serve(const Options& options) {
     server.stop_on_signals();
     say("loaded", fmt::format("loaded {}: {}", session.library().path(), session.summary()));
     for (const services::Registration& registration : host.registrations)
-        say("module", fmt::format("{}{} {} ({} objects)", options.log_json ? "" : "  ", registration.descr,
-                                  services::to_string(registration.module_oid), registration.count));
+        say("module", fmt::format("{}{} {} ({})", options.log_json ? "" : "  ", registration.descr,
+                                  services::to_string(registration.module_oid), counted(registration.count, "object")));
     say("listening", fmt::format("listening on {}, {}", server.endpoint(),
                                  options.write_community ? "reads and writes" : "read-only (no write community)"));
     server.run();

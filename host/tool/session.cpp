@@ -1,6 +1,7 @@
 #include "tool/session.h"
 
 #include "services/services.h"
+#include "tool/format.h"
 
 #include <fmt/format.h>
 
@@ -49,12 +50,9 @@ Session::Session(const std::string& library_path, const std::string& texts)
 }
 
 std::string Session::summary() const {
-    const auto count = [](std::size_t number, const char* noun) {
-        return fmt::format("{} {}{}", number, noun, number == 1 ? "" : "s");
-    };
     const auto* const version = static_cast<const char*>(library_.symbol("switchmib_version"));
-    return (version != nullptr ? fmt::format("version {}, ", version) : "") + count(registry_.modules(), "module") +
-           ", " + count(registry_.objects().size(), "object");
+    return (version != nullptr ? fmt::format("version {}, ", version) : "") + counted(registry_.modules(), "module") +
+           ", " + counted(registry_.objects().size(), "object");
 }
 
 }  // namespace tool

@@ -34,8 +34,8 @@ std::string key_text(const services::Group* group, const services::ShowRequest& 
         return std::to_string(number);
     }
     if (std::all_of(octets, octets + size, [](std::uint8_t octet) { return octet == 0; }))
-        return fmt::format("{} zero octets", size);
-    return fmt::format("{} octets {}", size, shortened(octets, size));
+        return counted(size, "zero octet");
+    return counted(size, "octet") + ' ' + shortened(octets, size);
 }
 
 Json key_json(const services::Group* group, const services::ShowRequest& request) {
@@ -60,7 +60,7 @@ struct ShownValue {
 
 std::string value_text(const services::ShowRequest& request) {
     const ShownValue value(request);
-    std::string text = fmt::format("{} octet{}", value.length, value.length == 1 ? "" : "s");
+    std::string text = counted(value.length, "octet");
     if (value.number) text += fmt::format(" {}", *value.number);
     if (value.text)
         text += ' ' + in_quotes(*value.text);
