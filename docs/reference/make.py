@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """Makes the object reference, one HTML file, of the MIB texts and of what mibhost says of the library.
 
-usage: make.py MIBHOST LIBRARY SMIDUMP TEXTS ROOT OUTPUT
+usage: make.py MIBHOST LIBRARY SMIDUMP ROOT OUTPUT
 
-TEXTS has the private modules' texts, and below it those that they import; ROOT has SWITCH-ROOT-MIB of this build.
+ROOT has SWITCH-ROOT-MIB of this build.
 """
 
 import html
@@ -13,9 +13,10 @@ import re
 import subprocess
 import sys
 
-from texts import Texts
-
 HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path.append(os.path.join(HERE, "..", "..", "mibs"))
+
+from texts import Texts
 
 STANDARDS = {
     "IF-MIB": "RFC 2863", "IP-MIB": "RFC 4293", "IP-FORWARD-MIB": "RFC 4292", "EtherLike-MIB": "RFC 3635",
@@ -518,9 +519,9 @@ class Page:
 
 
 def main():
-    if len(sys.argv) != 7:
+    if len(sys.argv) != 6:
         sys.exit(__doc__)
-    mibhost, library, smidump, directory, root, output = sys.argv[1:]
+    mibhost, library, smidump, root, output = sys.argv[1:]
 
     def run(*arguments):
         result = subprocess.run([mibhost, *arguments], capture_output=True, text=True)
@@ -531,7 +532,7 @@ def main():
     def lines(command):
         return [json.loads(line) for line in run(command, "--library", library, "--json").splitlines()]
 
-    texts = Texts(smidump, directory, root)
+    texts = Texts(root, smidump)
     listed = {entry["name"]: entry for entry in lines("list")}
     page = Page(modules_of(lines("contract"), listed, texts), texts)
     text = page.html(run("--version").split()[-1])

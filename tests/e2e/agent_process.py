@@ -90,10 +90,10 @@ class Agent:
             self.process.wait(10)
 
 
-def main(run, seconds=80):
-    """Runs run(mibhost, library) within a time limit; a failed check ends with a message and exit code 1."""
-    if len(sys.argv) != 3:
-        sys.exit(f"usage: {os.path.basename(sys.argv[0])} MIBHOST LIBRARY")
+def main(run, seconds=80, names=("MIBHOST", "LIBRARY")):
+    """Runs run(*arguments) within a time limit; a failed check ends with a message and exit code 1."""
+    if len(sys.argv) != len(names) + 1:
+        sys.exit(f"usage: {os.path.basename(sys.argv[0])} {' '.join(names)}")
 
     def too_late(*_):
         raise Failure(f"not done after {seconds} seconds")
@@ -101,7 +101,7 @@ def main(run, seconds=80):
     signal.signal(signal.SIGALRM, too_late)
     signal.alarm(seconds)
     try:
-        run(sys.argv[1], sys.argv[2])
+        run(*sys.argv[1:])
     except Failure as failure:
         sys.exit(f"FAILED: {failure}")
     print("all checks passed")

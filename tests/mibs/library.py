@@ -8,8 +8,9 @@ import sys
 sys.dont_write_bytecode = True  # nothing is left in the source tree
 
 import mib_exceptions
+from mib_checks import ARGUMENTS, check, main, mibhost
 from mib_exceptions import ACCESSIBLE_INDEX, NEVER_ANSWER, NEVER_WRITABLE, NOT_ACCESSIBLE
-from mib_texts import Failure, Texts, main, mibhost, modules
+from texts import Texts
 
 # What the library registers for each base type.
 TYPES = {"Enumeration": "INTEGER", "Integer32": "INTEGER", "OctetString": "STRING", "Unsigned32": "Gauge32",
@@ -50,24 +51,17 @@ def check_exceptions(texts):
 def check_object(node, registered, texts):
     """One object of a text and the library's."""
     name = node.name
-    if node.oid != registered["oid"]:
-        yield f"{name}: OID {node.oid} in the text, {registered['oid']} in the library"
-    if TYPES.get(node.syntax.base) != registered["type"]:
-        yield f"{name}: {node.syntax.base} in the text, {registered['type']} in the library"
-    if node.kind != ("column" if "table" in registered else "scalar"):
-        yield f"{name}: a {node.kind} in the text alone"
-    if name in NOT_ACCESSIBLE:
-        expected = "noaccess"
-    else:
-        expected = {"read-only": "readonly", "read-write": "readwrite"}[registered["access"]]
-    if node.access != expected:
-        yield f"{name}: {node.access} in the text, {expected} in the library"
+    table = texts.row(node).name.removesuffix("Entry") + "Table" if node.kind == "column" else None
+    for what, in_text, in_library in (
+            ("OID", node.oid, registered["oid"]),
+            ("type", TYPES.get(node.syntax.base), registered["type"]),
+            ("access", node.access.replace("read-create", "read-write"),
+             "not-accessible" if name in NOT_ACCESSIBLE else registered["access"]),
+            ("table", table, registered.get("table"))):
+        if in_text != in_library:
+            yield f"{name}: {what} {in_text} in the text, {in_library} in the library"
     if (registered["access"] == "read-write" and not registered["writable"]) != (name in NEVER_WRITABLE):
         yield f"{name}: wrongly listed as having a write method, or as having none"
-    if node.kind == "column":
-        row = texts.row(node)
-        if row.name.removesuffix("Entry") + "Table" != registered["table"]:
-            yield f"{name}: in {row.name} in the text, in {registered['table']} in the library"
 
 
 def check_index(table, kinds, texts):
@@ -75,13 +69,11 @@ def check_index(table, kinds, texts):
     row = texts.nodes[table.removesuffix("Table") + "Entry"]
     if row.implied:
         yield f"{row.name}: its index is IMPLIED"
-    fields = []
-    for name in row.index:
-        node = texts.objects.get(name)
-        if node is None:
-            yield f"{row.name}: {name} in its index is not an object of these modules"
-            return
-        fields.append(field(node.syntax))
+    foreign = [name for name in row.index if name not in texts.objects]
+    if foreign:
+        yield f"{row.name}: in its index, {', '.join(foreign)} is not an object of these modules"
+        return
+    fields = [field(texts.objects[name].syntax) for name in row.index]
     expected = [name for kind in kinds for name in KINDS[kind]]
     if fields != expected:
         yield f"{row.name}: index {fields} in the text, {expected} in the library"
@@ -90,7 +82,7 @@ def check_index(table, kinds, texts):
 def check_access(texts, program, library):
     """Index objects are not-accessible where they answer nothing, and nowhere else."""
     indexes = {name for node in texts.nodes.values() for name in node.index}
-    hidden = {name for name, node in texts.objects.items() if node.access == "noaccess"}
+    hidden = {name for name, node in texts.objects.items() if node.access == "not-accessible"}
     for listed, found, what in (
             (set(NOT_ACCESSIBLE), hidden, "not-accessible"),
             (set(ACCESSIBLE_INDEX), indexes - hidden, "an index object that is accessible")):
@@ -113,24 +105,21 @@ def run(root_directory, program, library):
         by_module[line["module"]].append(line)
     wrong = [*check_names(texts), *check_exceptions(texts)]
     private = {module for module, lines in by_module.items() if lines[0]["oid"].startswith(PRIVATE + ".")}
-    wrong += [f"{name} has no text" for name in sorted(private - {texts.identity(module)[1] for module in modules()})]
-    for module in modules():
-        oid, identity = texts.identity(module)
-        registered = {line["name"]: line for line in by_module.get(identity, [])}
-        written = {name for name, node in texts.objects.items() if node.module == module}
-        wrong += [f"{module}: the library has no {name}" for name in sorted(written - set(registered))]
-        wrong += [f"{module}: the text has no {name}" for name in sorted(set(registered) - written)]
+    wrong += [f"{name} has no text" for name in sorted(private) if not texts.module_of_identity(name)]
+    for module in texts.modules:
+        registered = {line["name"]: line for line in by_module.get(module.identity, [])}
+        written = {name for name, node in texts.objects.items() if node.module == module.name}
+        wrong += [f"{module.name}: the library has no {name}" for name in sorted(written - set(registered))]
+        wrong += [f"{module.name}: the text has no {name}" for name in sorted(set(registered) - written)]
         for name in sorted(written & set(registered)):
-            if not registered[name]["oid"].startswith(oid + "."):
-                wrong.append(f"{name} is not below {identity}")
+            if not registered[name]["oid"].startswith(texts.nodes[module.identity].oid + "."):
+                wrong.append(f"{name} is not below {module.identity}")
             wrong += check_object(texts.objects[name], registered[name], texts)
-        tables = {line["table"]: line["kinds"] for line in registered.values() if "table" in line}
-        for table, kinds in tables.items():
+        for table, kinds in {line["table"]: line["kinds"] for line in registered.values() if "table" in line}.items():
             wrong += check_index(table, kinds, texts)
     wrong += check_access(texts, program, library)
-    if wrong:
-        raise Failure("\n".join(wrong))
-    print(f"{len(modules())} modules, {len(texts.objects)} objects: the texts have what the library has")
+    check(not wrong, "\n".join(wrong))
+    print(f"{len(texts.modules)} modules, {len(texts.objects)} objects: the texts have what the library has")
 
 
-main(run, "ROOT_DIRECTORY", "MIBHOST", "LIBRARY")
+main(run, 600, ARGUMENTS)

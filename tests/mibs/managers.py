@@ -18,10 +18,11 @@ from pysnmp.smi.rfc1902 import ObjectIdentity, ObjectType
 
 sys.dont_write_bytecode = True  # nothing is left in the source tree
 
-from mib_texts import ROOT, STANDARD, TEXTS, main, modules
-from agent_process import Agent, Failure, check, dotted
+from mib_checks import ARGUMENTS
+from agent_process import Agent, Failure, check, dotted, main
 from recording import Recording, tshark
 from snmp_client import Client
+from texts import directories, modules
 
 PRIVATE = (1, 3, 6, 1, 4, 1)
 # tshark takes no second field of six octets in an index.
@@ -31,15 +32,14 @@ TWO_OF_SIX_OCTETS = "dVoiceVlanOuiEntry"
 def view_of(root_directory, directory):
     """The texts as pysnmp loads them. It has the modules of SMI and INET-ADDRESS-MIB itself."""
     compiler = MibCompiler(SmiV2Parser(tempdir=""), PySnmpCodeGen(), PyFileWriter(directory))
-    compiler.addSources(*(FileReader(path) for path in (root_directory, TEXTS, STANDARD)))
+    compiler.addSources(*(FileReader(path) for path in directories(root_directory)))
     compiler.addSearchers(StubSearcher(*PySnmpCodeGen.baseMibs))
-    results = compiler.compile(ROOT, *modules())
-    failed = {name: getattr(result, "error", result) for name, result in results.items()
+    failed = {name: getattr(result, "error", result) for name, result in compiler.compile(*modules()).items()
               if result not in ("compiled", "untouched")}
     check(not failed, f"pysmi: {failed}")
     mib_builder = builder.MibBuilder()
     mib_builder.addMibSources(builder.DirMibSource(directory))
-    mib_builder.loadModules(ROOT, *modules())
+    mib_builder.loadModules(*modules())
     return view.MibViewController(mib_builder)
 
 
@@ -54,7 +54,7 @@ def resolve(mib_view, walked):
         except error.SmiError as reason:
             raise Failure(f"{dotted(oid)} = {value.prettyPrint()}: {reason}")
         text = typed.prettyPrint()
-        check(label not in ("enterprises", "switchVendor") and indexes, f"{dotted(oid)} is not an instance of the texts")
+        check(label not in ("enterprises", "switchVendor") and indexes, f"{dotted(oid)} is no instance of the texts")
         named = getattr(typed, "namedValues", None)
         check(not named or not text.lstrip("-").isdigit(), f"{label}: {text} has no name")
         resolved.append(f"{label}.{'.'.join(index.prettyPrint() for index in indexes)} = {text}")
@@ -75,10 +75,10 @@ def check_tshark(directory, root_directory, capture, port):
     configuration = os.path.join(directory, "wireshark")
     os.mkdir(configuration)
     for name, lines in (("preferences", ["nameres.load_smi_modules: TRUE"]),
-                        ("smi_paths", [f'"{path}"' for path in (root_directory, TEXTS, STANDARD)]),
-                        ("smi_modules", [f'"{module}"' for module in [ROOT, *modules()]])):
+                        ("smi_paths", [f'"{path}"' for path in directories(root_directory)]),
+                        ("smi_modules", [f'"{module}"' for module in modules()])):
         with open(os.path.join(configuration, name), "w") as file:
-            file.write("".join(line + "\n" for line in lines))
+            file.writelines(line + "\n" for line in lines)
     lines = tshark(capture, port, "-O", "snmp")
     names = [line for line in lines if "Object Name:" in line and dotted(PRIVATE) + "." in line]
     check(names, "tshark decodes no private object")
@@ -97,13 +97,12 @@ def run(root_directory, mibhost, library):
         capture = os.path.join(directory, "walk.pcap")
         recording = Recording(capture)
         with Agent(mibhost, library) as agent:
-            port = agent.port
-            walked = Client(port, record=recording.of(port)).walk(PRIVATE, 25)
+            walked = Client(agent.port, record=recording.of(agent.port)).walk(PRIVATE, 25)
         recording.file.close()
         resolved = resolve(mib_view, walked)
         check_samples(resolved)
         print(f"pysnmp resolves {len(resolved)} instances")
-        check_tshark(directory, root_directory, capture, port)
+        check_tshark(directory, root_directory, capture, agent.port)
 
 
-main(run, "ROOT_DIRECTORY", "MIBHOST", "LIBRARY")
+main(run, 600, ARGUMENTS)

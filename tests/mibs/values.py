@@ -6,8 +6,9 @@ import sys
 
 sys.dont_write_bytecode = True  # nothing is left in the source tree
 
+from mib_checks import ARGUMENTS, check, main, mibhost
 from mib_exceptions import ALWAYS_REFUSED, CHECKED_BY_THE_SWITCH, CUT, NEVER_WRITABLE, ONLY_READ
-from mib_texts import Failure, Texts, main, mibhost
+from texts import Texts
 
 OF_NUMBERS = {"Enumeration": (-2**31, 2**31 - 1), "Integer32": (-2**31, 2**31 - 1), "Unsigned32": (0, 2**32 - 1)}
 ENDLESS = 600  # octets that a text without a largest size has to admit
@@ -29,22 +30,18 @@ BEFORE = {"nVlanSubnetVlanRowStatus": "nVlanSubnetVlanId=10", "nPrivateVlanVlanR
 
 def sub_ids(node, multicast):
     """Sub-identifiers for an index object. Interfaces are port 1 and the one of VLAN 10."""
-    syntax = node.syntax
+    syntax, is_mld = node.syntax, "Mld" in node.name
     if "MacAddress" in syntax.types:
         return [2, 0x50, 0, 0, 0, 1]
-    if "InetAddressType" in syntax.types:
-        return [2 if "Mld" in node.name else 1]
     if "InetAddress" in syntax.types:
-        if "Mld" in node.name:
+        if is_mld:
             return [16, 0xff, 0x3e] + [0] * 13 + [1]
         return [4, 239, 1, 0, 1] if multicast else [4, 10, 0, 10, 0]
     if "InterfaceIndex" in syntax.types:
         return [1034 if "Vlan" in node.name else 5121]
     if syntax.base == "OctetString":
         return [2, 8, 0]
-    if syntax.names:
-        return [2 if "Mld" in node.name else 1]
-    return [10]
+    return [(2 if is_mld else 1) if syntax.names else 10]  # an InetAddressType has names
 
 
 def index_of(node, texts):
@@ -66,19 +63,17 @@ def candidates(syntax):
     """Numbers or sizes in and just out of what the syntax admits."""
     low, high = OF_NUMBERS.get(syntax.base, (0, 65535))
     if syntax.names:
-        numbers = syntax.names.values()
-        inside, around = set(numbers), set(range(min(numbers) - 1, max(numbers) + 2))
+        inside, around = set(syntax.names), range(min(syntax.names) - 1, max(syntax.names) + 2)
     else:
-        ends = {end for ends in syntax.ranges or [(low, min(high, ENDLESS) if syntax.base == "OctetString" else high)]
-                for end in ends}
-        inside, around = ends, {near for end in ends for near in (end - 1, end + 1)}
+        ranges = syntax.ranges or [(low, min(high, ENDLESS) if syntax.base == "OctetString" else high)]
+        inside = {end for ends in ranges for end in ends}
+        around = {near for end in inside for near in (end - 1, end + 1)}
     return sorted(inside), sorted(n for n in around if low <= n <= high and not syntax.admits(n))
 
 
 def run(root_directory, program, library):
     texts = Texts(root_directory)
-    wrong = []
-    tried = 0
+    wrong, tried = [], 0
 
     def answers(node, value):
         """The errors of a SET, one for each case."""
@@ -94,27 +89,23 @@ def run(root_directory, program, library):
             yield answer["error"]
 
     for name, node in sorted(texts.objects.items()):
-        if node.access != "readwrite" or name in NEVER_WRITABLE:
+        if node.access not in ("read-write", "read-create") or name in NEVER_WRITABLE:
             continue
         inside, outside = candidates(node.syntax)
-        for value in inside:
+        for value in inside + outside:
             errors = set(answers(node, value))
-            if name in ALWAYS_REFUSED:
-                expected = errors == {ALWAYS_REFUSED[name]}
-            elif value in ONLY_READ.get(name, ()):
-                expected = "noError" not in errors
+            accepted = "noError" in errors
+            if value in outside:
+                is_right = accepted == (name in CHECKED_BY_THE_SWITCH + CUT)
+            elif name in ALWAYS_REFUSED:
+                is_right = errors == {ALWAYS_REFUSED[name]}
             else:
-                expected = "noError" in errors
-            if not expected:
-                wrong.append(f"{name}: {value} is in the text, and answered with {', '.join(sorted(errors))}")
-        unchecked = name in CHECKED_BY_THE_SWITCH + CUT
-        for value in outside:
-            errors = set(answers(node, value))
-            if ("noError" in errors) != unchecked:
-                wrong.append(f"{name}: {value} is not in the text, and answered with {', '.join(sorted(errors))}")
-    if wrong:
-        raise Failure("\n".join(wrong))
+                is_right = accepted == (value not in ONLY_READ.get(name, ()))
+            if not is_right:
+                wrong.append(f"{name}: {value} is {'not ' if value in outside else ''}in the text, and answered with "
+                             f"{', '.join(sorted(errors))}")
+    check(not wrong, "\n".join(wrong))
     print(f"{tried} SETs: the library accepts and refuses what the texts say")
 
 
-main(run, "ROOT_DIRECTORY", "MIBHOST", "LIBRARY")
+main(run, 600, ARGUMENTS)

@@ -111,13 +111,12 @@ class Browser:
 
 
 @contextlib.asynccontextmanager
-async def browser(program="chromium-headless-shell"):
+async def browser():
     with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as profile:
-        arguments = ["--remote-debugging-port=0", f"--user-data-dir={profile}", "--disable-gpu",
-                     "--disable-dev-shm-usage", "--hide-scrollbars"]
-        if os.geteuid() == 0:
-            arguments.append("--no-sandbox")  # which Chromium does not have for root
-        process = await asyncio.create_subprocess_exec(program, *arguments, stdin=asyncio.subprocess.DEVNULL,
+        command = ["chromium-headless-shell", "--remote-debugging-port=0", f"--user-data-dir={profile}",
+                   "--disable-gpu", "--disable-dev-shm-usage", "--hide-scrollbars",
+                   *(["--no-sandbox"] if os.geteuid() == 0 else [])]  # Chromium has no sandbox for root
+        process = await asyncio.create_subprocess_exec(*command, stdin=asyncio.subprocess.DEVNULL,
                                                        stdout=asyncio.subprocess.DEVNULL,
                                                        stderr=asyncio.subprocess.PIPE, start_new_session=True)
         try:
@@ -125,7 +124,7 @@ async def browser(program="chromium-headless-shell"):
             while not address:
                 line = await asyncio.wait_for(process.stderr.readline(), 60)
                 if not line:
-                    raise RuntimeError(f"{program} ended")
+                    raise RuntimeError(f"{command[0]} ended")
                 address = re.search(rb"listening on (ws://\S+)", line)
             drain = asyncio.create_task(process.stderr.read())
             async with websockets.connect(address.group(1).decode(), max_size=None) as socket:

@@ -91,15 +91,21 @@ class Test:
         if not is_right:
             self.failures.append(message)
 
+    async def open(self, place="", width=1400, **media):
+        await self.page.media(width, **media)
+        await self.page.go(self.url + place)
+
     async def equal(self, expression, expected, what):
         got = await self.page.evaluate(expression)
         self.check(got == expected, f"{what}: {got!r}, not {expected!r}")
 
-    async def at(self, name):
-        """The object is shown, its heading is on the screen, and its module alone is there."""
-        module = await self.page.evaluate(f"document.getElementById('{name}').closest('section.module').id")
+    async def at(self, name, address=None):
+        """The address has the object, its heading is on the screen, and its module alone is there."""
+        await self.equal("location.hash", address or f"#{name}", f"the address at {name}")
+        element = f"document.getElementById('{name}')"
+        module = await self.page.evaluate(f"{element}.closest('section.module').id")
         await self.equal(SHOWN, [module], f"shown at {name}")
-        top = await self.page.evaluate(f"document.getElementById('{name}').getBoundingClientRect().top")
+        top = await self.page.evaluate(f"{element}.getBoundingClientRect().top")
         self.check(0 <= top < 200, f"{name} is at {top} pixels")
 
     async def search(self, text):
@@ -109,8 +115,7 @@ class Test:
         return await self.page.evaluate(FOUND)
 
     async def searches(self):
-        await self.page.media(1400)
-        await self.page.go(self.url)
+        await self.open()
         await self.equal(SHOWN, ["how-to-read"], "shown at first")
         for text, expected in (("dot1qPvid", "dot1qPvid"),
                                ("QPVID", "dot1qPvid"),
@@ -128,18 +133,15 @@ class Test:
         self.check("dot1qPvid" in below and "dot1qVlanStaticRowStatus" not in below, "what is below an OID")
         for text in ("<b>no such thing</b>", "(", "[\\"):
             self.check(not await self.search(text), f"{text} finds something")
-        status = await self.page.evaluate("document.getElementById('results-count').textContent")
-        self.check(status.startswith("Nothing is found"), status)
+        await self.equal("document.getElementById('results-count').textContent", "Nothing is found for “[\\”.", "count")
 
     async def links(self):
         """A link to an object is found by the keyboard alone, and survives a reload."""
-        await self.page.go(self.url)
+        await self.open()
         await self.search("dot1qPvid")
         await self.page.press("Enter")
-        await self.equal("location.hash", "#dot1qPvid", "after Enter")
         await self.at("dot1qPvid")
         await self.page.reload()
-        await self.equal("location.hash", "#dot1qPvid", "after the reload")
         await self.at("dot1qPvid")
         await self.page.evaluate("history.back()")
         await self.page.settle()
@@ -150,45 +152,40 @@ class Test:
         await self.equal("document.activeElement.hash", "#dot1qPvid", "after the arrow")
         for name in ("dot1qPvid", "nVlanPortIfTagAllowVlanLstSecond2K", "ieee8021AsPortDSClockIdentity"):
             for width in (400, 1400):
-                await self.page.media(width)
-                await self.page.go(f"{self.url}#{name}")
+                await self.open(f"#{name}", width)
                 await self.at(name)
-        await self.page.go(f"{self.url}#1.3.6.1.2.1.17.7.1.4.5.1.1")
-        await self.at("dot1qPvid")
+        await self.open("#1.3.6.1.2.1.17.7.1.4.5.1.1")
+        await self.at("dot1qPvid", "#1.3.6.1.2.1.17.7.1.4.5.1.1")
         for address in ("#nothing", "#%zz"):
-            await self.page.go(self.url + address)
+            await self.open(address)
             await self.equal(SHOWN, ["how-to-read"], f"shown at {address}")
 
     async def answers(self):
         """What new readers ask, answered where they come."""
-        await self.page.media(1400)
         for name, wanted in (
                 ("nVlanPortIfTagAllowVlanLstSecond2K", ("sends tagged", "CorvinVlanList", "2 hybrid",
                                                         "switchport hybrid allowed vlan add tagged 1")),
                 ("dot1qVlanStaticRowStatus", ("4 createAndGo\nsends vlan 10",)),
                 ("nVlanMacVlanTable", ("show snmp mac-vlan 02-50-00-00-00-01", "class 2", "nVlanMacVlanPriority",
                                        "4 octets in machine order", "MAC address"))):
-            await self.page.go(f"{self.url}#{name}")
+            await self.open(f"#{name}")
             text = await self.page.evaluate(f"document.getElementById('{name}').innerText")
             for part in wanted:
                 self.check(part in text, f"{name} does not say: {part}")
 
     async def looks(self):
-        await self.page.go(self.url)
-        for what in await self.page.evaluate(BASICS):
-            self.failures.append(what)
+        await self.open()
+        self.failures += await self.page.evaluate(BASICS)
         for scheme in ("light", "dark"):
             for width in (400, 1400):
-                await self.page.media(width, scheme)
                 for place in PLACES:
-                    await self.page.go(self.url + place)
-                    for what in await self.page.evaluate(CONTRAST):
-                        self.failures.append(f"{place}, {scheme}: contrast of {what}")
+                    await self.open(place, width, scheme=scheme)
+                    self.failures += [f"{place}, {scheme}: contrast of {what}"
+                                      for what in await self.page.evaluate(CONTRAST)]
                     if self.pictures:
                         name = f"{width}-{scheme}-{place.strip('#').replace('=', '-') or 'start'}.png"
                         await self.page.screenshot(os.path.join(self.pictures, name))
-        await self.page.media(400)
-        await self.page.go(self.url)
+        await self.open(width=400)
         for module in await self.page.evaluate("[...document.querySelectorAll('.to-module')].map(e => e.hash)"):
             await self.page.evaluate(f"location.hash = '{module}'")
             await self.page.settle()
@@ -196,8 +193,7 @@ class Test:
             self.check(width <= 400, f"{module} is {width} pixels wide on a screen of 400")
 
     async def print(self):
-        await self.page.media(800, medium="print")
-        await self.page.go(self.url + "#qBridgeMIB")
+        await self.open("#qBridgeMIB", 800, medium="print")
         await self.equal(SHOWN, ["qBridgeMIB"], "printed")
         await self.equal("[...document.querySelectorAll('nav, #search')].some(e => e.checkVisibility())", False,
                          "navigation in print")
@@ -208,9 +204,8 @@ class Test:
         for url in ("about:blank", self.url):
             await self.page.call("Page.navigate", url=url)
             await asyncio.sleep(2)
-        everything = "document.querySelectorAll('main > section:not([hidden])').length"
-        shown = await self.page.evaluate(f"{SHOWN}.length === {everything}")
-        self.check(shown, "without scripts, not every module is shown")
+        await self.equal(f"{SHOWN}.length === document.querySelectorAll('main > section:not([hidden])').length", True,
+                         "every module is shown without scripts")
         await self.equal("document.getElementById('search').checkVisibility()", False, "a search without scripts")
         await self.page.call("Emulation.setScriptExecutionDisabled", value=False)
 

@@ -1,14 +1,32 @@
-"""The MIB texts of the private modules, as smidump reads them."""
+"""The texts of the private modules as smidump reads them, for the object reference and for the tests of the texts."""
 
 import ast
-import glob
 import os
 import subprocess
 import sys
 
+HERE = os.path.dirname(os.path.abspath(__file__))
+ROOT = "SWITCH-ROOT-MIB"  # what a build makes of its template
+
 BASES = ("", "SNMPv2-SMI")
 BASE_NAMES = {"OctetString": "OCTET STRING", "Enumeration": "INTEGER"}  # as texts have them
 ACCESS = {"noaccess": "not-accessible", "readonly": "read-only", "readwrite": "read-write"}
+
+
+def modules():
+    """The names of the modules that have a text, the root module first."""
+    return [ROOT, *sorted(name.removesuffix(".mib") for name in os.listdir(HERE) if name.endswith(".mib"))]
+
+
+def directories(root):
+    """Where the texts are and the standard modules that they import; `root` has the root module."""
+    return [root, HERE, os.path.join(HERE, "standard")]
+
+
+def smi_tool(root, program, *arguments):
+    """Runs a program of smitools that finds the modules in those directories, and no others."""
+    environment = dict(os.environ, SMIPATH=os.pathsep.join(directories(root)), LC_ALL="C")
+    return subprocess.run([program, "-c", os.devnull, *arguments], env=environment, capture_output=True, text=True)
 
 
 class Syntax:
@@ -20,8 +38,13 @@ class Syntax:
         self.names = names or {}  # by number
         self.ranges = list(ranges)  # of numbers, or of an octet string's sizes
 
+    def admits(self, number):
+        if self.names:
+            return number in self.names
+        return not self.ranges or any(low <= number <= high for low, high in self.ranges)
+
     def ranges_in_words(self):
-        text = ", ".join(first if first == last else f"{first}..{last}" for first, last in self.ranges)
+        text = ", ".join(str(first) if first == last else f"{first}..{last}" for first, last in self.ranges)
         if not text:
             return ""
         return f"{text} octets" if self.base == "OctetString" else text
@@ -37,12 +60,16 @@ class Syntax:
 
 
 class Node:
-    def __init__(self, fields, syntax):
+    def __init__(self, module, name, fields, syntax):
+        self.module, self.name, self.syntax = module, name, syntax
+        self.kind = fields["nodetype"]  # node, scalar, table, row, column, ...
+        self.oid = fields.get("oid", "")
         self.access = ACCESS.get(fields.get("access"))
+        self.makes_rows = fields.get("create") == "true"  # a row whose columns are read-create
         self.description = fields.get("description", "")
         self.units = fields.get("units", "")
         self.index = list(fields.get("linkage", ()))
-        self.syntax = syntax
+        self.implied = "implied" in fields
 
 
 class Module:
@@ -58,42 +85,42 @@ class Convention:
 
 
 class Texts:
-    """All private modules: nodes by name, objects among them, and textual conventions of their own."""
+    """All modules: nodes by name, objects among them, and textual conventions of their own."""
 
-    def __init__(self, smidump, directory, root):
-        self._smidump = smidump
-        self._path = os.pathsep.join([root, directory, os.path.join(directory, "standard")])
+    def __init__(self, root, smidump="smidump"):
+        self._root, self._smidump = root, smidump
         self._dumps = {}
-        self.nodes, self.objects, self.conventions, self._modules = {}, {}, {}, {}
-        for path in sorted(glob.glob(os.path.join(directory, "*.mib"))):
-            name = os.path.basename(path).removesuffix(".mib")
+        self.modules = []
+        self.nodes, self.conventions = {}, {}
+        self.repeated = []  # names of nodes that are there twice
+        for name in modules():
             dump = self._dump(name)
-            module = Module(name, dump[name])
-            self._modules[module.identity] = module
-            for node_name, fields in dump.get("nodes", {}).items():
+            self.modules.append(Module(name, dump[name]))
+            for node, fields in dump.get("nodes", {}).items():
+                if node in self.nodes:
+                    self.repeated.append(node)
                 syntax = self._syntax(fields["syntax"]["type"]) if "syntax" in fields else None
-                node = self.nodes[node_name] = Node(fields, syntax)
-                if fields["nodetype"] in ("scalar", "column"):
-                    self.objects[node_name] = node
-            # smidump says of a row that its columns are read-create.
-            rows = {fields["oid"] for fields in dump.get("nodes", {}).values() if fields.get("create") == "true"}
-            for node_name, fields in dump.get("nodes", {}).items():
-                node = self.nodes[node_name]
-                if node.access == "read-write" and fields.get("oid", "").rpartition(".")[0] in rows:
-                    node.access = "read-create"
+                self.nodes[node] = Node(name, node, fields, syntax)
             for convention, fields in dump.get("typedefs", {}).items():
                 self.conventions[convention] = Convention(convention, name, fields.get("description", ""),
                                                           self._syntax(fields))
+        self.objects = {name: node for name, node in self.nodes.items() if node.kind in ("scalar", "column")}
+        self._rows = {node.oid: node for node in self.nodes.values() if node.kind == "row"}
+        for node in self.objects.values():
+            if node.access == "read-write" and node.kind == "column" and self.row(node).makes_rows:
+                node.access = "read-create"
 
     def module_of_identity(self, name):
         """The module with this MODULE-IDENTITY; None when it has no text."""
-        return self._modules.get(name)
+        return next((module for module in self.modules if module.identity == name), None)
+
+    def row(self, column):
+        """The row that a column is in."""
+        return self._rows[column.oid.rpartition(".")[0]]
 
     def _dump(self, module):
         if module not in self._dumps:
-            environment = dict(os.environ, SMIPATH=self._path, LC_ALL="C")
-            result = subprocess.run([self._smidump, "-c", os.devnull, "-q", "-k", "-f", "python", module],
-                                    env=environment, capture_output=True, text=True)
+            result = smi_tool(self._root, self._smidump, "-q", "-k", "-f", "python", module)
             if result.returncode != 0 or result.stderr:
                 sys.exit(f"smidump {module}: {result.stderr}")
             self._dumps[module] = ast.literal_eval(result.stdout.partition("\nMIB = ")[2])
@@ -107,7 +134,7 @@ class Texts:
         outer = self._named(parent["name"], parent["type"]) if parent else Syntax(fields["basetype"])
         names = {int(number["number"]): name for name, number in fields.items()
                  if isinstance(number, dict) and number.get("nodetype") == "namednumber"}
-        ranges = [(r["min"], r["max"]) for r in fields.get("ranges", ())]
+        ranges = [(int(r["min"]), int(r["max"])) for r in fields.get("ranges", ())]
         return Syntax(outer.base, outer.types, names or outer.names, ranges or outer.ranges)
 
     def _named(self, module, name):
