@@ -74,11 +74,11 @@ TEST(Command, IsPrintfsTextForWhatCommandsUse) {
 TEST(Command, CutInTwoWhenCompiledIsTheSame) {
     static constexpr NumberFormat kInTheMiddle("show vlan %d members"), kAlone("%d");
     for (const std::uint32_t value : {0u, 7u, 10u, 4094u, 0x7fffffffu, 0x80000000u, 0xffffffffu}) {
-        const auto printed = std::to_string(static_cast<std::int32_t>(value));
-        EXPECT_STREQ(Text<60>(kInTheMiddle, value).c_str(), ("show vlan " + printed + " members").c_str());
-        EXPECT_STREQ(Text<14>(kInTheMiddle, value).c_str(),
-                     ("show vlan " + printed + " members").substr(0, 13).c_str());
-        EXPECT_STREQ(Text<60>(kAlone, value).c_str(), printed.c_str());
+        const std::string printed = std::to_string(static_cast<std::int32_t>(value));
+        const std::string words = "show vlan " + printed + " members";
+        EXPECT_EQ(Text<60>(kInTheMiddle, value).c_str(), words);
+        EXPECT_EQ(Text<14>(kInTheMiddle, value).c_str(), words.substr(0, 13));
+        EXPECT_EQ(Text<60>(kAlone, value).c_str(), printed);
     }
 }
 

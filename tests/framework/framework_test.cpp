@@ -149,6 +149,10 @@ TEST_F(Framework, OddTableAsksAsItSays) {
     EXPECT_EQ(get("probeOdd", {13}).writer, kUntouched);  // a command that is not formed
     EXPECT_EQ(get("probeOddNever", {1}).value, std::nullopt);
     EXPECT_EQ(logged.back().text, "odd 1\n");  // a tracing table forms it nevertheless
+    for (const int magic : {0, 5}) {           // and for what is not a column
+        EXPECT_EQ(read("probeOdd", {1}, 1, magic).writer, kUntouched);
+        EXPECT_EQ(logged.back().text, "odd " + std::to_string(magic) + "\n");
+    }
     EXPECT_THAT(shown, IsEmpty());
     EXPECT_EQ(get("probeOddCleared", {1}).writer, nullptr);
     EXPECT_EQ(get_command("probeOddText", {1}), "odd text");

@@ -16,6 +16,7 @@
 #include <optional>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace tests {
@@ -29,8 +30,11 @@ Bytes integer(std::int64_t number);  // 4 octets in machine order
 Bytes text(const std::string& octets);
 Bytes port_list(std::initializer_list<int> members);  // 12 octets
 Bytes address_record(const Bytes& octets);            // the host's, 28 octets: IPv4, IPv6 or none by its length
-Bytes join(Bytes a, const Bytes& b);
-Oid join(Oid a, const Oid& b);
+template <class Element>
+std::vector<Element> join(std::vector<Element> a, const std::vector<Element>& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
 
 // The value of a varbind: a number of 4 octets, a text, or octets.
 struct Value {
@@ -91,8 +95,8 @@ struct Step {
     std::function<void()> violate = {};               // of `other`: changes the script so that the check fails
     std::vector<int> phases = {0, 1, 2, 3, 4, 5, 6};  // in which it is made
 
-    Step answers(int other_error) const;
-    Step in(std::vector<int> some_phases) const;
+    Step answers(int other_error) const { return {kind, other_error, violate, phases}; }
+    Step in(std::vector<int> some_phases) const { return {kind, error, violate, std::move(some_phases)}; }
 };
 using Order = std::vector<Step>;
 
@@ -104,7 +108,7 @@ inline const Step index{Step::index, noSuchName};         // the index has the k
 inline const Step interface { Step::interface, genErr };  // the interface has a name
 inline const Step value{Step::value, wrongValue};
 // A check of the module's own; `violate` scripts the backend so that it fails.
-Step other(int error, std::function<void()> violate);
+inline Step other(int error, std::function<void()> violate) { return {Step::other, error, std::move(violate)}; }
 }  // namespace step
 
 Order usual();         // type, length, column, index, value
@@ -117,31 +121,39 @@ public:
     // `index` is that of a row which is accepted. {0} is a scalar's, whose OID is not checked.
     Writable(std::string object, Oid index, std::uint8_t type, Values values);
 
-    Writable& order(Order steps);  // usual() when it is not given
+    Writable& order(Order steps) { return with(order_, std::move(steps)); }  // usual() when it is not given
 
-    // What each value sends in ACTION, and the error after it. Values that are not listed may send anything. Without this
-    // too, a refused line must be the last, with genErr, and lines must name "write_<object>" as their caller.
+    // What each value sends in ACTION, and the error after it. Values that are not listed may send anything. Without
+    // this too, a refused line must be the last, with genErr, and lines must name "write_<object>" as their caller.
     struct Sending {
         Value value;
         Lines lines;
         int error = noError;
     };
-    Writable& sends(std::vector<Sending> sendings);
-    Writable& sends_nothing();
+    Writable& sends(std::vector<Sending> sendings) { return with(sendings_, std::move(sendings)); }
+    Writable& sends_nothing() { return with(sends_nothing_, true); }
 
     // Writes that pass the checks are refused in these phases, and send nothing.
-    Writable& refused(std::vector<int> phases = {action}, int error = genErr);
+    Writable& refused(std::vector<int> phases = {action}) { return with(refused_in_, std::move(phases)); }
 
     // What a refused first line does, when it does not end the write with genErr.
     enum FirstLine { ends, succeeds, is_ignored };
-    Writable& refused_first_line(FirstLine what);
+    Writable& refused_first_line(FirstLine what) { return with(first_line_, what); }
 
-    Writable& in_existing_row();                              // the host passes a current value
-    Writable& before(std::function<void()> prepare);          // done before each write
-    Writable& logs(std::map<Step::Kind, std::string> texts);  // what RecordingHost::log() is after each refusal
+    // The host passes a current value.
+    Writable& in_existing_row() { return with(existing_, true); }
+    // Done before each write.
+    Writable& before(std::function<void()> prepare) { return with(prepare_, std::move(prepare)); }
+    // What RecordingHost::log() is after each refusal.
+    Writable& logs(std::map<Step::Kind, std::string> texts) { return with(logs_, std::move(texts)); }
 
 private:
     friend class CheckRun;
+    template <class Field, class Given>
+    Writable& with(Field& field, Given given) {
+        field = std::move(given);
+        return *this;
+    }
     std::string object_;
     Oid index_;
     std::uint8_t type_;
@@ -151,7 +163,6 @@ private:
     std::optional<std::vector<Sending>> sendings_;
     bool sends_nothing_ = false;
     std::vector<int> refused_in_;
-    int refusal_ = genErr;
     FirstLine first_line_ = ends;
     bool existing_ = false;
     std::function<void()> prepare_;

@@ -29,16 +29,6 @@ Bytes port_list(std::initializer_list<int> members) {
     return list;
 }
 
-Bytes join(Bytes a, const Bytes& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
-Oid join(Oid a, const Oid& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
 Bytes address_record(const Bytes& octets) {
     const auto length = static_cast<int>(octets.size());
     Bytes record = join(join(integer(length == 4 ? 1 : length == 16 ? 2 : 0), integer(length)), octets);

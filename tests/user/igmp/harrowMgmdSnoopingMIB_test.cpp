@@ -1,6 +1,6 @@
 // IGMP and MLD snooping: every case holds for both. In its texts "@config" and its like are the protocol's words (see
 // Snooping::words_), and several lines are in one text, each after a "|".
-#include "support/recording_host.h"
+#include "user/igmp/multicast_host.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -10,64 +10,39 @@
 namespace tests {
 namespace {
 
-Oid index_of(const char* numbers) { return *numbers ? services::oid_from_numbers(numbers).value() : Oid(); }
-
-std::string joined(const Lines& lines) {
-    std::string text;
-    for (const std::string& line : lines) text += "|" + line;
-    return text;
-}
-
-// A table as it is read: in its traces "@T" is its name, "#" the source line and "@command" the command.
+// A table as it is read from its start and after a row: in its traces "@T" is its name, "#" the source line and
+// "@command" the command.
 struct Reading {
     const char* table;
-    int columns;
-    int first;           // the first column that answers; those after it do too
-    const char* column;  // its name
+    const char* column;  // the first that answers
     const char* result;
-    std::size_t key_size;
-    std::size_t type;  // the word of the key that is forced to the protocol, and the number of the index
+    std::size_t type;  // the number of the index that is forced to the protocol
     const char* index;
     const char* start_trace;
-    const char* start_command;
     const char* trace;
-    const char* command;
     const char* command_trace;
 };
 constexpr Reading kReadings[] = {
-    {"Table", 7, 2, "State", "RETVALUE_mgmdSnpTable", 8, 1, "5001.7", "@T # index:0 vp->magic:2",
-     "show debugging @show snooping snmp interface 0 @type", "@T # index:5001 vp->magic:2",
-     "show debugging @show snooping snmp interface 5001 @type", "@T # cmd : @command "},
-    {"GroupTable", 11, 5, "GroupStatus", "RETVALUE_mgmdSnpGroupTable", 36, 2, "5121.1034.1.4.239.1.1.1",
-     "@T # 0 v:0 type:0 @none", "show debugging @show snooping snmp group 0 0 @type @none",
-     "@T # 5121 v:1034 type:1 239.1.1.1", "show debugging @show snooping snmp group 5121 1034 @type 239.1.1.1",
-     "@T # cmd : @command m:5"},
-    {"GroupSrcTable", 5, 2, "GroupSrcStatus", "RETVALUE_mgmdSnpGroupSrcTable", 64, 2,
-     "5121.1034.1.4.239.1.1.1.1.4.10.0.0.9", "type :0 adr:@none idx:0 src:@none magic:2$@T$#",
-     "show debugging @show snp snmp source 0 0 @type @none @none",
-     "type :1 adr:239.1.1.1 idx:5121 src:10.0.0.9 magic:2$@T$#",
-     "show debugging @show snp snmp source 5121 1034 @type 239.1.1.1 10.0.0.9", "@T # cmd : @command m:2"},
-    {"MrouterTable", 5, 3, "MrouterDesignate", "RETVALUE_mgmdSnpMrouterTable", 8, 1, "1034",
-     "@T # index:0 type:0 vp->magic:3", "show debugging @show snooping snmp mrouter 0 @type",
-     "@T # index:1034 type:0 vp->magic:3", "show debugging @show snooping snmp mrouter 1034 @type",
-     "cmd:@command$@T$#"},
-    {"FilterTable", 4, 4, "FilterLimit", "RETVALUE_mgmdSnpFilterTable", 12, 2, "5121.1034.7", "@T # 0 v:0",
-     "show debugging @show snooping snmp filter 0 0 @type", "@T # 5121 v:1034",
-     "show debugging @show snooping snmp filter 5121 1034 @type", "@T # cmd : @command m:4"},
-    {"AccGrpTable", 5, 4, "AccessGroup", "RETVALUE_mgmdSnpAccGrpTable", 12, 2, "5121.1034.7", "@T # 0 v:0",
-     "show debugging @show snooping snmp access-group 0 0 @type", "@T # 5121 v:1034",
-     "show debugging @show snooping snmp access-group 5121 1034 @type", "@T # cmd : @command M:4"},
-    {"HostTable", 5, 5, "HostAddress", "RETVALUE_mgmdSnpHostTable", 64, 2, "10.5121.1.4.239.1.1.1.1.4.10.0.0.9",
-     "@T # if:0 v:0 type:0 g:@none h:@none", "show debugging @show snooping snmp host 0 @type @none 0 @none",
-     "@T # if:5121 v:10 type:1 g:239.1.1.1 h:10.0.0.9",
-     "show debugging @show snooping snmp host 10 @type 239.1.1.1 5121 10.0.0.9", "@T # cmd : @command m:5"},
-    {"StatisticTable", 11, 4, "StatisticColumn4", "RETVALUE_mgmdSnpStatisticsTable", 12, 2, "5121.1034.7", "@T # 0 v:0",
-     "show debugging @show snooping snmp statistics 0 0 @type", "@T # 5121 v:1034",
-     "show debugging @show snooping snmp statistics 5121 1034 @type", "@T # cmd : @command M:4"},
-    {"StatisticGroupTable", 4, 4, "StatisticGroupColumn4", "RETVALUE_mgmdSnpStatisticsGroupTable", 32, 1,
-     "1034.1.4.239.1.1.1", "@T # v:0 type:0 @none", "show debugging @show snooping snmp statistics group 0 @type @none",
-     "@T # v:1034 type:1 239.1.1.1", "show debugging @show snooping snmp statistics group 1034 @type 239.1.1.1",
+    {"Table", "State", "RETVALUE_mgmdSnpTable", 1, "5001.7", "@T # index:0 vp->magic:2", "@T # index:5001 vp->magic:2",
+     "@T # cmd : @command "},
+    {"GroupTable", "GroupStatus", "RETVALUE_mgmdSnpGroupTable", 2, "5121.1034.1.4.239.1.1.1", "@T # 0 v:0 type:0 @none",
+     "@T # 5121 v:1034 type:1 239.1.1.1", "@T # cmd : @command m:5"},
+    {"GroupSrcTable", "GroupSrcStatus", "RETVALUE_mgmdSnpGroupSrcTable", 2, "5121.1034.1.4.239.1.1.1.1.4.10.0.0.9",
+     "type :0 adr:@none idx:0 src:@none magic:2$@T$#", "type :1 adr:239.1.1.1 idx:5121 src:10.0.0.9 magic:2$@T$#",
+     "@T # cmd : @command m:2"},
+    {"MrouterTable", "MrouterDesignate", "RETVALUE_mgmdSnpMrouterTable", 1, "1034", "@T # index:0 type:0 vp->magic:3",
+     "@T # index:1034 type:0 vp->magic:3", "cmd:@command$@T$#"},
+    {"FilterTable", "FilterLimit", "RETVALUE_mgmdSnpFilterTable", 2, "5121.1034.7", "@T # 0 v:0", "@T # 5121 v:1034",
      "@T # cmd : @command m:4"},
+    {"AccGrpTable", "AccessGroup", "RETVALUE_mgmdSnpAccGrpTable", 2, "5121.1034.7", "@T # 0 v:0", "@T # 5121 v:1034",
+     "@T # cmd : @command M:4"},
+    {"HostTable", "HostAddress", "RETVALUE_mgmdSnpHostTable", 2, "10.5121.1.4.239.1.1.1.1.4.10.0.0.9",
+     "@T # if:0 v:0 type:0 g:@none h:@none", "@T # if:5121 v:10 type:1 g:239.1.1.1 h:10.0.0.9",
+     "@T # cmd : @command m:5"},
+    {"StatisticTable", "StatisticColumn4", "RETVALUE_mgmdSnpStatisticsTable", 2, "5121.1034.7", "@T # 0 v:0",
+     "@T # 5121 v:1034", "@T # cmd : @command M:4"},
+    {"StatisticGroupTable", "StatisticGroupColumn4", "RETVALUE_mgmdSnpStatisticsGroupTable", 1, "1034.1.4.239.1.1.1",
+     "@T # v:0 type:0 @none", "@T # v:1034 type:1 239.1.1.1", "@T # cmd : @command m:4"},
 };
 
 }  // namespace
@@ -131,30 +106,11 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Protocols, Snooping, ::testing::Bool(),
                          [](const auto& mld) { return mld.param ? "mld" : "igmp"; });
 
-TEST_P(Snooping, TablesAreRegisteredProtocolByProtocol) {
-    const auto& all = loaded().registrations;
-    const auto module = std::ranges::find(all, "harrowMgmdSnoopingMIB", &services::Registration::descr);
-    ASSERT_NE(module, all.end());
-    std::string expected = "1.1 2.1 ", found;
-    for (const int arc : {1, 2})
-        for (int number = 2; const Reading& reading : kReadings) {
-            for (int i = 0; i < reading.columns; ++i)
-                expected += std::to_string(arc) + "." + std::to_string(number) + " ";
-            ++number;
-        }
-    for (const VariableEntry* entry = module->entries; entry != module->entries + module->count; ++entry)
-        found += std::to_string(entry->name[0]) + "." + std::to_string(entry->name[1]) + " ";
-    EXPECT_EQ(found, expected);
-}
-
 TEST_P(Snooping, GlobalsAreNeverServed) {
-    const ReadResult result = get(named("Global"), {0});
-    EXPECT_EQ(result.value, std::nullopt);
-    EXPECT_EQ(result.writer, nullptr);
+    EXPECT_EQ(get(named("Global"), {0}).writer, nullptr);
     EXPECT_EQ(log(), "");
     EXPECT_EQ(get(named("Global"), {1}).value, std::nullopt);
     EXPECT_EQ(log(), "|!return NULL$harrowMgmdSnoopingMIBGlobals$#");
-    EXPECT_THAT(shown, IsEmpty());
 }
 
 TEST_P(Snooping, ReadsTraceForceTheProtocolAndUseTheirOwnBuffers) {
@@ -162,31 +118,17 @@ TEST_P(Snooping, ReadsTraceForceTheProtocolAndUseTheirOwnBuffers) {
         const std::string table = named(reading.table), column = named(reading.column);
         SCOPED_TRACE(table);
         answer(table, integer(7));  // and leaves the key as it came
+        const Oid row = index_of(reading.index);
         for (const bool start : {true, false}) {
             forget();
-            Oid index = index_of(start ? "" : reading.index);
-            const ReadResult result = next(column, index);
-            const std::string command = filled(start ? reading.start_command : reading.command);
-            EXPECT_THAT(commands(), ElementsAre(command));
-            EXPECT_EQ(log(), filled(std::string("|") + (start ? reading.start_trace : reading.trace) + "|" +
-                                        reading.command_trace,
-                                    table, command));
-            EXPECT_EQ(result.value, integer(7));
+            const ReadResult result = next(column, start ? Oid() : row);
+            const std::string trace = std::string("|") + (start ? reading.start_trace : reading.trace);
+            EXPECT_EQ(log(), filled(trace + "|" + reading.command_trace, table, commands().at(0)));
             EXPECT_EQ(result.address, loaded().symbol<unsigned char>(reading.result));
-            ASSERT_EQ(shown.at(0).key.size(), reading.key_size);
-            EXPECT_EQ(shown[0].request.result_size, 400);
-            EXPECT_EQ(std::memcmp(&shown[0].key[4 * reading.type], &type_, sizeof type_), 0);
-            if (reading.type < index.size()) index[reading.type] = type_;
             if (start) continue;
-            EXPECT_EQ(result.name, oid_of(column, index));
-        }
-        // The columns of the index, and what is not a column, are traced, but not served.
-        for (int magic = 0; magic <= reading.columns + 1; ++magic) {
-            forget();
-            const bool served = magic >= reading.first && magic <= reading.columns;
-            EXPECT_EQ(read(column, index_of(reading.index), 1, magic).value.has_value(), served);
-            EXPECT_EQ(shown.size(), served ? 1u : 0u);
-            EXPECT_EQ(logged.size(), 2u);
+            Oid name = row;
+            if (reading.type < row.size()) name[reading.type] = type_;
+            EXPECT_EQ(result.name, oid_of(column, name));
         }
         forget();
         EXPECT_EQ(get(column, Oid(40, 1)).value, std::nullopt);
@@ -227,31 +169,17 @@ TEST_P(Snooping, WritesSendTheirLinesAndTraceThem) {
     } cases[] = {
         {"State", "1034.7", Integer, integer(1), "vlan10", "@config", vlan},
         {"State", "1034", Integer, integer(2), "vlan10", "no @config", vlan},
-        {"QuerierState", "1034.1", Integer, integer(1), "vlan10", "@config querier", vlan},
-        {"QuerierState", "1034.1", Integer, integer(2), "vlan10", "no @config querier", vlan},
         {"ImmediateLeave", "1034.1", Integer, integer(1), "vlan10", "@config @leave", vlan},
-        {"ImmediateLeave", "1034.1", Integer, integer(2), "vlan10", "no @config @leave", vlan},
-        {"HostBaseFastLeave", "1034.1", Integer, integer(1), "vlan10", "@config host-based fast-leave", vlan},
-        {"HostBaseFastLeave", "1034.1", Integer, integer(2), "vlan10", "no @config host-based fast-leave", vlan},
         {"State", "1", Integer, integer(1), "", "@config", "|1| interface | "},  // no such interface
-        {"GroupStatus", kGroup, Integer, integer(createAndGo), "vlan10",
-         "@config static-group 239.1.1.1 interface port1", group + add},
         {"GroupStatus", kGroup, Integer, integer(destroy), "vlan10",
          "no @config static-group 239.1.1.1 interface port1", group + add},
         {"GroupSrcStatus", kSource, Integer, integer(createAndGo), "vlan10",
          "@config static-group 239.1.1.1 source 10.0.0.9 interface port1", group + " s:10.0.0.9" + add},
-        {"GroupSrcStatus", kSource, Integer, integer(destroy), "vlan10",
-         "no @config static-group 239.1.1.1 source 10.0.0.9 interface port1", group + " s:10.0.0.9" + add},
         {"MrouterDesignate", "1005", OctetString, ports, "vlan5", "@designate 1005  1 0 -2147483648", numbers},
-        {"MrouterNotAllowed", "1005", OctetString, ports, "vlan5", "@forbid 1005  1 0 -2147483648", numbers},
-        {"MrouterDesignate", "1005", OctetString, Bytes(), "vlan5", "@designate 1005  0 0 0",
-         routers + "|  0|  0|  0| "},
         {"MrouterDesignate", "1005", OctetString, few, "vlan5", "@designate 1005  305419896 255 0",
          routers + "|portlist.p[0]:12345678|  305419896|portlist.p[1]:ff|  255|  0| "},
         {"MrouterNotAllowed", "1005", OctetString, many, "vlan5", "@forbid 1005  -1 -1 -1",  // cut
          routers + "|portlist.p[0]:ffffffff|  -1|portlist.p[1]:ffffffff|  -1|portlist.p[2]:ffffffff|  -1| "},
-        {"FilterLimit", "5121.1034.1", Unsigned32, integer(1), "port1", "@config limit 1 vlan 10",
-         limit + "1|interface port1|"},
         {"FilterLimit", "5121.1034.1", Unsigned32, integer(2048), "port1", "@config limit 2048 vlan 10",
          limit + "2048|interface port1|"},
         {"FilterLimit", "5121.1034.1", Unsigned32, integer(0), "port1", "@unlimit vlan 10",
@@ -286,11 +214,9 @@ TEST_P(Snooping, ChecksRefuseInTheirOrderAndLogInTheirOwnWords) {
     const std::string length = "|!SNMP_ERR_WRONGLENGTH", group = "|@T:# idx:1 v_idx:2 g:10.0.0.1";
     // What the refusals of type, length, a short OID, the index and the value log.
     const auto writable = [this](const char* column, const char* row, Asn tag, const Values& values,
-                                 const std::vector<std::string>& logs) {
-        std::map<Step::Kind, std::string> texts;
-        const Step::Kind kinds[] = {Step::type, Step::length, Step::column, Step::index, Step::value};
-        for (std::size_t i = 0; i < logs.size(); ++i) texts[kinds[i]] = filled(logs[i], "write_" + named(column));
-        return Writable(named(column), index_of(row), tag, values).logs(texts);
+                                 std::vector<std::string> logs) {
+        for (std::string& log : logs) log = filled(log, "write_" + named(column));
+        return Writable(named(column), index_of(row), tag, values).logs(refusals(logs));
     };
     expect_checks({
         writable("State", "1034.1", Integer, between(1, 2), {type, length, name, name, vlan}),

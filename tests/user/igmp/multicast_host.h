@@ -40,6 +40,16 @@ protected:
     }
 };
 
+// "5121.1034.1" as an index.
+inline Oid index_of(const char* numbers) { return *numbers ? services::oid_from_numbers(numbers).value() : Oid(); }
+
+// Lines in one text, each after a "|".
+inline std::string joined(const Lines& lines) {
+    std::string text;
+    for (const std::string& line : lines) text += "|" + line;
+    return text;
+}
+
 // The first refusals of a writer, in the order of its steps, as Writable::logs takes them.
 inline std::map<Step::Kind, std::string> refusals(const std::vector<std::string>& logs) {
     constexpr Step::Kind kKinds[] = {Step::type, Step::length, Step::column, Step::index, Step::value};
