@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Configures a running agent with pysnmp in SETs of several varbinds, and reads all of it back: a VLAN with its ports,
 what frames are classified by, private VLANs, the voice VLAN, the hardware, the bridge, IP addresses and neighbours,
-router advertisements, routes and snooping."""
+router advertisements, tunnels, routes and snooping."""
 
 import sys
 
@@ -9,7 +9,7 @@ from pysnmp.proto.rfc1902 import Gauge32, Integer32, OctetString
 
 sys.dont_write_bytecode = True  # nothing is left in the source tree
 
-from agent_process import ENTERPRISE, PORT1, Agent, check, dotted, main
+from agent_process import ENTERPRISE, IF_DESCR, PORT1, TUNNEL_MIB, Agent, check, dotted, main
 from snmp_client import Client
 
 BRIDGE = (1, 3, 6, 1, 2, 1, 17)
@@ -266,6 +266,24 @@ def addresses(agent, client):
     print("IP: an address with its prefix and route, a neighbour, and router advertisements come, change and go")
 
 
+def tunnels(agent, client):
+    address, status = TUNNEL_MIB + (1, 1, 1, 1, 9), TUNNEL_MIB + (1, 1, 3, 1, 7)
+    row = (1, 4, 192, 0, 2, 1, 1, 4, 203, 0, 113, 10, 12, 7)
+    moved, ifindex = row[:5] + (2,) + row[6:], (896 + 7,)
+    ends = "192.0.2.{} 203.0.113.10 12 7"
+    configure(agent, client, [(status, row, CREATE)],
+              ["snmp check tunnel create " + ends.format(1), "interface tunnel 7", "tunnel source 192.0.2.1",
+               "tunnel destination 203.0.113.10", "tunnel mode ipv6ip"],
+              {(IF_DESCR, ifindex): OctetString("IPv6 over IPv4 tunnel7")})
+    configure(agent, client, [(address, ifindex, OctetString(hexValue="c0000202"))],
+              ["show interface tunnel7", "interface tunnel 7", "tunnel source 192.0.2.2"],
+              {(status, row): None, (status, moved): ACTIVE})
+    configure(agent, client, [(status, moved, DESTROY)],
+              ["snmp check tunnel destroy " + ends.format(2), "no interface tunnel 7"],
+              {(address, ifindex): None, (IF_DESCR, ifindex): None})
+    print("tunnels: one created, given another address, removed")
+
+
 def snooping(agent, client):
     for arc, kind, config, group, text in ((IGMP, 1, "ip igmp", (1, 4, 239, 1, 1, 9), "239.1.1.9"),
                                            (MLD, 2, "ipv6 mld", (2, 16, 255, 30) + (0,) * 13 + (9,), "ff1e::9")):
@@ -307,7 +325,8 @@ def sizes(client):
 def run(mibhost, library):
     with Agent(mibhost, library, "--write-community", "private", "-v") as agent:
         client = Client(agent.port, "private")
-        for area in (vlans, classification, private_vlans, voice_vlan, hardware, bridge, routes, addresses, snooping):
+        for area in (vlans, classification, private_vlans, voice_vlan, hardware, bridge, routes, addresses, tunnels,
+                     snooping):
             area(agent, client)
         sizes(client)
         check(agent.stop() == 0, "the agent does not end with exit code 0")
