@@ -90,7 +90,7 @@ class Agent:
             self.process.wait(10)
 
 
-def main(run, seconds=80, names=("MIBHOST", "LIBRARY")):
+def main(run, seconds=170, names=("MIBHOST", "LIBRARY")):
     """Runs run(*arguments) within a time limit; a failed check ends with a message and exit code 1."""
     if len(sys.argv) != len(names) + 1:
         sys.exit(f"usage: {os.path.basename(sys.argv[0])} {' '.join(names)}")
