@@ -229,7 +229,7 @@ TEST_F(KernelStatistics, MessagesWalkByTypeWithinAVersion) {
         SCOPED_TRACE(services::to_string(index));
         const std::pair<oid, oid> at{index.empty() ? 0 : index[0], index.size() < 2 ? 0 : index[1]};
         const auto here = packets.find(at), after = packets.upper_bound(at);
-        for (const std::uint32_t more : {0, 13}) {
+        for (const std::uint32_t more : {0u, 13u}) {
             const char* column = more == 0 ? "icmpMsgStatsInPkts" : "icmpMsgStatsOutPkts";
             Number number;
             Row row;
