@@ -236,7 +236,7 @@ Error write_ipv6InterfaceEnableStatus(Set& set) {
     const char* line;
     TRY(set.integer(status));
     TRY(set.row(row));
-    TRY(set.choose({{1, "ipv6 enable"}, {2, "no ipv6 enable"}}, line));
+    TRY(set.choose({{1, "ipv6 enable"}, {2, "no ipv6 enable"}}, status, line));
     return set.acting() ? vlan_interface_line(set, row.ifindex, line) : noError;
 }
 

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint32_t kNoVrf = std::numeric_limits<std::uint32_t>::max();
 
-constexpr std::uint32_t kByAddress = 2, kByHand = 3, kOspf = 13;  // how a route is known
+constexpr std::uint32_t kLocalRoute = 2, kStaticRoute = 3, kOspfRoute = 13;  // inetCidrRouteProto
 
 struct Route {
     Index destination{};  // type, length, octets, prefix length
@@ -85,23 +85,23 @@ Routes::Routes(Switch& its_switch)
         Routes::network_made(row[0], row[1], Index(row.begin() + 2, row.end()));
     const auto anywhere = [](std::uint32_t type) { return join({unspecified(type), {0}}); };
     const Index router6{kIpv6, 16, 0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 254};
-    add(kDefaultVrf, anywhere(kIpv4), {kIpv4, 4, 192, 0, 2, 254}, kByHand, 1, 1);
-    add(kDefaultVrf, {kIpv4, 4, 198, 51, 100, 0, 24}, {kIpv4, 4, 10, 0, 10, 2}, kOspf, 10, 20);
-    add(kDefaultVrf, {kIpv4, 4, 198, 51, 100, 0, 24}, {kIpv4, 4, 192, 0, 2, 253}, kOspf, 1, 20);
-    add(kDefaultVrf, anywhere(kIpv6), router6, kByHand, 1, 1);
-    add(*vrfs_.find("red"), {kIpv4, 4, 203, 0, 113, 0, 24}, {kIpv4, 4, 10, 0, 110, 3}, kByHand, 30, 1);
+    add(kDefaultVrf, anywhere(kIpv4), {kIpv4, 4, 192, 0, 2, 254}, kStaticRoute, 1, 1);
+    add(kDefaultVrf, {kIpv4, 4, 198, 51, 100, 0, 24}, {kIpv4, 4, 10, 0, 10, 2}, kOspfRoute, 10, 20);
+    add(kDefaultVrf, {kIpv4, 4, 198, 51, 100, 0, 24}, {kIpv4, 4, 192, 0, 2, 253}, kOspfRoute, 1, 20);
+    add(kDefaultVrf, anywhere(kIpv6), router6, kStaticRoute, 1, 1);
+    add(*vrfs_.find("red"), {kIpv4, 4, 203, 0, 113, 0, 24}, {kIpv4, 4, 10, 0, 110, 3}, kStaticRoute, 30, 1);
 
     const std::size_t count = its_switch.size().routes;
     const std::size_t missing = count - std::min(count, in_default_vrf());
     for (oid i = 0; i < missing; ++i)
         add(kDefaultVrf, {1, 4, 11 + i / 0x10000 % 200, i / 0x100 % 0x100, i % 0x100, 0, 24}, {1, 4, 10, 0, 10, 2},
-            kOspf, 10, 20);
+            kOspfRoute, 10, 20);
 }
 
 void Routes::network_made(std::uint32_t vrf, std::uint32_t ifindex, const Index& prefix) {
     Route& route = make(vrf, prefix, unspecified(prefix[0]));
     route.ifindex = ifindex;
-    route.protocol = kByAddress;
+    route.protocol = kLocalRoute;
     route.since = uptime();
 }
 
@@ -131,7 +131,7 @@ std::size_t Routes::in_default_vrf() const {
 // The interface through which a next hop is reached; 0: there is none.
 std::uint32_t Routes::interface_to(std::uint32_t vrf, const Index& next_hop) const {
     for (auto entry = routes_.lower_bound({vrf}); entry != routes_.end() && entry->first[0] == vrf; ++entry)
-        if (entry->second.protocol == kByAddress && covers(entry->second.destination, next_hop))
+        if (entry->second.protocol == kLocalRoute && covers(entry->second.destination, next_hop))
             return entry->second.ifindex;
     return 0;
 }
@@ -147,7 +147,7 @@ Rows Routes::shown_rows() const {
          {5, "inetCidrRouteNextHopType", [](const Route& r) { return r.next_hop[0]; }},
          {6, "inetCidrRouteNextHop", [](const Route& r) { return octets(r.next_hop); }},
          {7, "inetCidrRouteIfIndex", &Route::ifindex},
-         {8, "inetCidrRouteType", [](const Route& r) { return r.protocol == kByAddress ? 3 : 4; }},  // local, remote
+         {8, "inetCidrRouteType", [](const Route& r) { return r.protocol == kLocalRoute ? 3 : 4; }},  // local, remote
          {9, "inetCidrRouteProto", &Route::protocol},
          {10, "inetCidrRouteAge", [this](const Route& r) { return (uptime() - r.since).count() / 1000; }},
          {11, "inetCidrRouteNextHopAS", 0},  // no autonomous system
@@ -196,10 +196,10 @@ void Routes::set(const Vrf& vrf, const Argument& destination, const Argument& ne
     require(!through_tunnel || (tunnel < kVlanIfIndexBase && interfaces_.find(tunnel) != nullptr),
             "there is no such tunnel");
     const auto known = routes_.find(join({{vrf.number}, to, hop}));
-    require(known == routes_.end() || known->second.protocol == kByHand, "the route is not static");
+    require(known == routes_.end() || known->second.protocol == kStaticRoute, "the route is not static");
     Route& route = make(vrf.number, to, hop);
     if (known == routes_.end()) route.since = uptime();
-    route.protocol = kByHand;
+    route.protocol = kStaticRoute;
     route.ifindex = through_tunnel ? tunnel
                     : type.present ? kVlanIfIndexBase + id.number
                                    : interface_to(vrf.number, hop);
@@ -208,7 +208,7 @@ void Routes::set(const Vrf& vrf, const Argument& destination, const Argument& ne
 
 void Routes::remove(const Vrf& vrf, const Argument& destination, const Argument& next_hop) {
     const auto known = routes_.find(join({{vrf.number}, destination.index(), next_hop.index()}));
-    require(known != routes_.end() && known->second.protocol == kByHand, "there is no such static route");
+    require(known != routes_.end() && known->second.protocol == kStaticRoute, "there is no such static route");
     routes_.erase(known);
 }
 

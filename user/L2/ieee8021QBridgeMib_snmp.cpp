@@ -41,7 +41,7 @@ Error write_ieee8021QBridgeMvrpEnabledStatus(Set& set) {
     const char* line;
     TRY(set.integer(status));
     TRY(bridge_row(set, row));
-    TRY(set.choose({{1, "mvrp global"}, {2, "no mvrp global"}}, line));
+    TRY(set.choose({{1, "mvrp global"}, {2, "no mvrp global"}}, status, line));
     if (!set.acting()) return noError;
     trace_mvrp(set, line);
     return set.global(line);
@@ -311,7 +311,7 @@ Error port_line(const Set& set, Lines lines) {
     TRY(set.integer(number));
     TRY(bridge_row(set, row));
     TRY(set.interface_name(row.ifindex, name));
-    TRY(set.choose(lines, line));
+    TRY(set.choose(lines, number, line));
     if (!set.acting()) return noError;
     TRY(set.enter(name));
     trace_mvrp(set, line);

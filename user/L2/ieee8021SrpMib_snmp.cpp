@@ -23,7 +23,7 @@ Error write_switch(const Set& set, Lines lines) {
     const char* line;
     TRY(set.integer(status));
     TRY(set.row(row));
-    TRY(set.choose(lines, line));
+    TRY(set.choose(lines, status, line));
     return set.acting() ? set.sub(line) : noError;
 }
 Error write_ieee8021SrpBridgeBaseMsrpEnabledStatus(Set& set) {

@@ -53,9 +53,7 @@ bool Set::lookup(const Command& command, int magic, void* result, int size, int 
     return uib_sh_show_request(2, command, result, size, &length, nullptr, 0, magic, 1, 0, caller, line) == 0;
 }
 
-Error Set::choose(Lines lines, const char*& text) const {
-    std::int32_t number;
-    std::memcpy(&number, value, sizeof number);
+Error Set::choose(Lines lines, std::int32_t number, const char*& text) {
     const auto* chosen = std::ranges::find(lines, number, &Line::value);
     if (chosen == lines.end()) return wrongValue;
     text = chosen->text;
@@ -63,20 +61,22 @@ Error Set::choose(Lines lines, const char*& text) const {
 }
 
 Error Set::scalar_line(Lines lines, int line) const {
+    std::int32_t number;
     const char* text;
-    TRY(checked_value());
-    TRY(choose(lines, text));
+    TRY(integer(number));
+    TRY(choose(lines, number, text));
     return acting() ? global(text, line) : noError;
 }
 
 Error Set::interface_line(Lines lines, int line) const {
     InterfaceKey key;
     InterfaceName interface;
+    std::int32_t number;
     const char* text;
-    TRY(checked_value());
+    TRY(integer(number));
     TRY(row(key));
     TRY(interface_name(key.ifindex, interface));
-    TRY(choose(lines, text));
+    TRY(choose(lines, number, text));
     if (!acting()) return noError;
     TRY(enter(interface, line));
     return sub(text, line);

@@ -90,8 +90,8 @@ public:
     static Error range(std::int32_t number, std::int32_t low, std::int32_t high) {
         return number >= low && number <= high ? noError : wrongValue;
     }
-    // The line of a number whose length was checked.
-    Error choose(Lines lines, const char*& text) const;
+    // The line of a number; wrongValue where it has none.
+    static Error choose(Lines lines, std::int32_t number, const char*& text);
     static Error row_status(std::int32_t number) { return range(number, active, destroy); }
     static Error interface_name(std::uint32_t ifindex, InterfaceName& name, Error missing = genErr);
 
@@ -127,10 +127,6 @@ private:
         TRY(length(sizeof number));
         std::memcpy(&number, value, sizeof number);
         return noError;
-    }
-    Error checked_value() const {
-        std::int32_t number;
-        return integer(number);
     }
     Error row(const KeyShape& shape, void* key) const;
     Error text(char* buffer, std::size_t size) const;
